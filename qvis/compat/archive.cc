@@ -1,0 +1,221 @@
+#include "qvis/compat/archive.h"
+
+#include <algorithm>
+#include <bit>
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+std::string CArchiveException::Describe(int cause, const CString& path) {
+  const char* what = "archive error";
+  switch (cause) {
+    case readOnly: what = "write to an archive opened for loading"; break;
+    case endOfFile: what = "unexpected end of file"; break;
+    case writeOnly: what = "read from an archive opened for storing"; break;
+    case badIndex: what = "bad index"; break;
+    case badClass: what = "bad class"; break;
+    case badSchema: what = "bad schema"; break;
+    default: break;
+  }
+  std::string s(what);
+  if (!path.IsEmpty()) s += " in '" + path.str() + "'";
+  return s;
+}
+
+namespace {
+
+int CauseFromErrno(int err) {
+  switch (err) {
+    case ENOENT: return CFileException::fileNotFound;
+    case ENOTDIR:
+    case ENAMETOOLONG: return CFileException::badPath;
+    case EMFILE:
+    case ENFILE: return CFileException::tooManyOpenFiles;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EISDIR: return CFileException::accessDenied;
+    case ENOSPC: return CFileException::diskFull;
+    default: return CFileException::genericException;
+  }
+}
+
+}  // namespace
+
+CFile::CFile(const char* path, UINT flags) {
+  CFileException* error = nullptr;
+  if (!Open(path, flags, &error)) {
+    CFileException e = *error;
+    delete error;
+    throw e;
+  }
+}
+
+CFile::~CFile() {
+  if (fp_ != nullptr) std::fclose(fp_);
+}
+
+bool CFile::Open(const char* path, UINT flags, CFileException** error) {
+  Close();
+  path_ = CString(path);
+  const char* mode = "rb";
+  const UINT access = flags & 0x3;
+  if (flags & modeCreate) {
+    mode = (flags & modeNoTruncate) ? "ab+" : (access == modeReadWrite ? "wb+" : "wb");
+  } else if (access == modeWrite || access == modeReadWrite) {
+    mode = "rb+";
+  }
+  if (path == nullptr || *path == '\0') {
+    if (error) *error = new CFileException(CFileException::badPath, path_, "empty path");
+    return false;
+  }
+  fp_ = std::fopen(path, mode);
+  if (fp_ == nullptr) {
+    int err = errno;
+    if (error) *error = new CFileException(CauseFromErrno(err), path_, std::strerror(err));
+    return false;
+  }
+  return true;
+}
+
+UINT CFile::Read(void* buf, UINT count) {
+  if (fp_ == nullptr || count == 0) return 0;
+  size_t n = std::fread(buf, 1, count, fp_);
+  if (n < count && std::ferror(fp_)) {
+    throw CFileException(CFileException::hardIO, path_, "read failed");
+  }
+  return static_cast<UINT>(n);
+}
+
+void CFile::Write(const void* buf, UINT count) {
+  if (fp_ == nullptr) throw CFileException(CFileException::genericException, path_, "file not open");
+  if (count != 0 && std::fwrite(buf, 1, count, fp_) != count) {
+    int err = errno;
+    throw CFileException(CauseFromErrno(err), path_, std::strerror(err));
+  }
+}
+
+void CFile::Flush() {
+  if (fp_ != nullptr) std::fflush(fp_);
+}
+
+void CFile::Close() {
+  if (fp_ != nullptr) {
+    std::FILE* fp = fp_;
+    fp_ = nullptr;
+    if (std::fclose(fp) != 0) {
+      int err = errno;
+      throw CFileException(CauseFromErrno(err), path_, std::strerror(err));
+    }
+  }
+}
+
+std::uint64_t CFile::GetLength() const {
+  if (fp_ == nullptr) return 0;
+  long here = std::ftell(fp_);
+  if (here < 0 || std::fseek(fp_, 0, SEEK_END) != 0) return 0;
+  long end = std::ftell(fp_);
+  std::fseek(fp_, here, SEEK_SET);
+  return end < 0 ? 0 : static_cast<std::uint64_t>(end);
+}
+
+namespace qvis {
+
+UINT MemFile::Read(void* buf, UINT count) {
+  size_t n = std::min<size_t>(count, bytes_.size() - pos_);
+  if (n > 0) std::memcpy(buf, bytes_.data() + pos_, n);
+  pos_ += n;
+  return static_cast<UINT>(n);
+}
+
+void MemFile::Write(const void* buf, UINT count) {
+  const auto* p = static_cast<const std::uint8_t*>(buf);
+  if (pos_ + count > bytes_.size()) bytes_.resize(pos_ + count);
+  if (count > 0) std::memcpy(bytes_.data() + pos_, p, count);
+  pos_ += count;
+}
+
+}  // namespace qvis
+
+CArchive::CArchive(CFile* file, UINT mode, int buf_size)
+    : file_(file), mode_(mode == load ? load : store),
+      buf_(static_cast<size_t>(buf_size > 0 ? buf_size : 4096)) {}
+
+CArchive::~CArchive() {
+  if (!closed_ && IsStoring()) {
+    try {
+      Flush();
+    } catch (...) {
+      // A destructor cannot report; callers who care call Close().
+    }
+  }
+}
+
+void CArchive::Fail(int cause) const {
+  throw CArchiveException(cause, file_ ? file_->GetFilePath() : CString());
+}
+
+void CArchive::Flush() {
+  if (closed_ || !IsStoring() || file_ == nullptr) return;
+  if (pos_ > 0) file_->Write(buf_.data(), static_cast<UINT>(pos_));
+  pos_ = 0;
+  file_->Flush();
+}
+
+void CArchive::Close() {
+  if (closed_) return;
+  Flush();
+  closed_ = true;
+}
+
+void CArchive::Write(const void* data, UINT count) {
+  if (closed_ || file_ == nullptr) Fail(CArchiveException::genericException);
+  if (IsLoading()) Fail(CArchiveException::readOnly);
+  const auto* p = static_cast<const std::uint8_t*>(data);
+  while (count > 0) {
+    if (pos_ == buf_.size()) {
+      file_->Write(buf_.data(), static_cast<UINT>(pos_));
+      pos_ = 0;
+    }
+    size_t n = std::min<size_t>(count, buf_.size() - pos_);
+    std::memcpy(buf_.data() + pos_, p, n);
+    pos_ += n;
+    p += n;
+    count -= static_cast<UINT>(n);
+  }
+}
+
+void CArchive::FillBuffer() {
+  pos_ = 0;
+  end_ = file_->Read(buf_.data(), static_cast<UINT>(buf_.size()));
+}
+
+void CArchive::Read(void* data, UINT count) {
+  if (closed_ || file_ == nullptr) Fail(CArchiveException::genericException);
+  if (IsStoring()) Fail(CArchiveException::writeOnly);
+  auto* p = static_cast<std::uint8_t*>(data);
+  while (count > 0) {
+    if (pos_ == end_) {
+      FillBuffer();
+      if (end_ == 0) Fail(CArchiveException::endOfFile);
+    }
+    size_t n = std::min<size_t>(count, end_ - pos_);
+    std::memcpy(p, buf_.data() + pos_, n);
+    pos_ += n;
+    p += n;
+    count -= static_cast<UINT>(n);
+  }
+}
+
+void CArchive::ToLittleEndian(const void* src, std::uint8_t* dst, size_t n) {
+  std::memcpy(dst, src, n);
+  if constexpr (std::endian::native == std::endian::big) std::reverse(dst, dst + n);
+}
+
+void CArchive::FromLittleEndian(const std::uint8_t* src, void* dst, size_t n) {
+  std::memcpy(dst, src, n);
+  if constexpr (std::endian::native == std::endian::big) {
+    auto* d = static_cast<std::uint8_t*>(dst);
+    std::reverse(d, d + n);
+  }
+}

@@ -1,0 +1,21 @@
+// The one user-visible message of the library goes through this hook, so a window port can show
+// it in its own message box and a test can catch it. With no handler the text goes to stderr.
+#ifndef QVIS_COMPAT_MESSAGE_BOX_H_
+#define QVIS_COMPAT_MESSAGE_BOX_H_
+
+#include <functional>
+
+namespace qvis {
+
+using MessageBoxHandler = std::function<int(const char* text)>;
+
+// SetMessageBoxHandler installs the handler and returns the previous one (empty: none).
+MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler);
+
+// ShowMessageBox shows text (like AfxMessageBox with the default style) and returns the
+// handler's answer; 1 (IDOK) when there is no handler.
+int ShowMessageBox(const char* text);
+
+}  // namespace qvis
+
+#endif  // QVIS_COMPAT_MESSAGE_BOX_H_

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs the Debian packages qvis builds and tests with, and nothing else; packages that are
+# already there are left alone. `scripts/setup.sh --bench` adds the benchmark-only ones.
+set -euo pipefail
+
+packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
+          libfreetype-dev libfontconfig-dev libpng-dev fonts-liberation2)
+if [[ "${1:-}" == "--bench" ]]; then
+  packages+=(libcairo2-dev)
+fi
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$p")
+  fi
+done
+
+if ((${#missing[@]})); then
+  echo "setup: installing ${missing[*]}"
+  sudo_cmd=()
+  if [[ $(id -u) -ne 0 ]]; then sudo_cmd=(sudo); fi
+  export DEBIAN_FRONTEND=noninteractive
+  "${sudo_cmd[@]}" apt-get update -qq
+  "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+else
+  echo "setup: all packages present"
+fi

@@ -1,0 +1,45 @@
+// Start-up bookkeeping of the translucent drawing path.
+#include "qvis/render/alpha_startup.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace qvis {
+namespace {
+
+struct AlphaState {
+  std::vector<UINT_PTR> live;  // tokens of the start-ups not yet shut down
+  UINT_PTR next = 1;
+  bool fail = false;
+};
+
+AlphaState& State() {
+  static AlphaState state;
+  return state;
+}
+
+}  // namespace
+
+int AlphaStartup(UINT_PTR* token) {
+  if (token == nullptr) return 2;
+  AlphaState& s = State();
+  if (s.fail) {
+    *token = 0;
+    return 1;
+  }
+  *token = s.next++;
+  s.live.push_back(*token);
+  return 0;
+}
+
+void AlphaShutdown(UINT_PTR token) {
+  AlphaState& s = State();
+  auto it = std::find(s.live.begin(), s.live.end(), token);
+  if (it != s.live.end()) s.live.erase(it);
+}
+
+bool AlphaIsRunning() { return !State().live.empty(); }
+
+void SetAlphaStartupFailsForTesting(bool fail) { State().fail = fail; }
+
+}  // namespace qvis

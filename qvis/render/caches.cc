@@ -1,0 +1,203 @@
+// The pen, brush and font caches of the drawing surface.
+#include <algorithm>
+#include <cstring>
+
+#include "qvis/compat/win32_names.h"
+#include "qvis/render/object_caches.h"
+
+namespace qvis {
+namespace {
+int g_code_page_override = 0;
+}  // namespace
+
+int GetACP() { return g_code_page_override != 0 ? g_code_page_override : 1252; }
+void SetACP(int codePage) { g_code_page_override = codePage; }
+
+}  // namespace qvis
+
+// ----- Pens ----------------------------------------------------------------------------------
+
+CPen* CQVIS_PenMgr::CreatePen(int style, int endCap, int width, COLORREF color) {
+  if (style < 0 || style >= kStyles) return nullptr;
+  // Widths below 2 share the 1-pixel key: the request, not the result, is the key, so the end
+  // cap still separates two equal-looking cosmetic pens.
+  const int key_width = width >= 2 ? width : 1;
+  ByColor& by_color = m_mapPens[style][endCap][key_width];
+  auto it = by_color.find(color);
+  if (it != by_color.end()) return it->second.get();
+
+  auto pen = std::make_shared<CPen>();
+  if (key_width >= 2) {
+    qvis::gdi::LOGBRUSH brush;
+    brush.lbStyle = BS_SOLID;
+    brush.lbColor = color;
+    brush.lbHatch = 0;
+    pen->CreatePen(PS_GEOMETRIC | style | endCap, key_width, &brush, 0, nullptr);
+  } else {
+    pen->CreatePen(style, 1, color);
+  }
+  CPen* result = pen.get();
+  by_color.emplace(color, std::move(pen));
+  return result;
+}
+
+int CQVIS_PenMgr::Count(int style) const {
+  if (style < 0 || style >= kStyles) return 0;
+  return static_cast<int>(m_mapPens[style].size());
+}
+
+int CQVIS_PenMgr::Count() const {
+  int n = 0;
+  for (int s = 0; s < kStyles; ++s) n += Count(s);
+  return n;
+}
+
+int CQVIS_PenMgr::PenCount() const {
+  int n = 0;
+  for (const ByEndCap& table : m_mapPens) {
+    for (const auto& [cap, by_width] : table) {
+      for (const auto& [width, by_color] : by_width) n += static_cast<int>(by_color.size());
+    }
+  }
+  return n;
+}
+
+void CQVIS_PenMgr::Clear() {
+  for (ByEndCap& table : m_mapPens) table.clear();
+}
+
+// ----- Brushes -------------------------------------------------------------------------------
+
+CBrush* CQVIS_BrushMgr::CreateBrush(int style, COLORREF color) {
+  if (style < 0 || style >= kStyles) return nullptr;
+  auto& table = m_mapBrushes[style];
+  auto it = table.find(color);
+  if (it != table.end()) return it->second.get();
+
+  auto brush = std::make_shared<CBrush>();
+  if (style == 6) {
+    brush->CreateSolidBrush(color);
+  } else if (style == 7) {
+    // The stock hollow brush is shared by every colour; the wrapper only borrows it.
+    brush->Attach(qvis::gdi::GetStockObject(NULL_BRUSH));
+  } else {
+    brush->CreateHatchBrush(style, color);
+  }
+  CBrush* result = brush.get();
+  table.emplace(color, std::move(brush));
+  return result;
+}
+
+int CQVIS_BrushMgr::Count(int style) const {
+  if (style < 0 || style >= kStyles) return 0;
+  return static_cast<int>(m_mapBrushes[style].size());
+}
+
+int CQVIS_BrushMgr::Count() const {
+  int n = 0;
+  for (int s = 0; s < kStyles; ++s) n += Count(s);
+  return n;
+}
+
+void CQVIS_BrushMgr::Clear() {
+  for (auto& table : m_mapBrushes) table.clear();
+}
+
+// ----- Fonts ---------------------------------------------------------------------------------
+
+CQVIS_Font::CQVIS_Font() {
+  switch (qvis::GetACP()) {
+    case 949: m_nCharSet = HANGUL_CHARSET; break;
+    case 932: m_nCharSet = SHIFTJIS_CHARSET; break;
+    case 936: m_nCharSet = GB2312_CHARSET; break;
+    case 950: m_nCharSet = CHINESEBIG5_CHARSET; break;
+    default: m_nCharSet = ANSI_CHARSET; break;
+  }
+}
+
+CQVIS_Font::~CQVIS_Font() { delete m_pFont; }
+
+bool CQVIS_Font::IsSame(const CString& face, int height, int escapement, char italic,
+                        char underline, long weight, char strikeOut) const {
+  return m_cStrikeOut == strikeOut && m_nHeight == height && m_nEscapement == escapement &&
+         m_cItalic == italic && m_cUnderline == underline &&
+         m_dWeight == static_cast<double>(weight) && m_strFace.str() == face.str();
+}
+
+CFont* CQVIS_Font::CreateFontA(const CString& face, int height, int escapement, char italic,
+                               char underline, long weight, char strikeOut) {
+  m_cStrikeOut = strikeOut;
+  m_cItalic = italic;
+  m_nHeight = height;
+  m_nEscapement = escapement;
+  m_cUnderline = underline;
+  m_dWeight = static_cast<double>(weight);
+  m_strFace = face;
+
+  qvis::gdi::LOGFONTA lf;
+  lf.lfHeight = height;
+  lf.lfWidth = 0;
+  lf.lfEscapement = escapement;
+  lf.lfOrientation = 0;
+  lf.lfWeight = static_cast<LONG>(m_dWeight);
+  lf.lfItalic = static_cast<BYTE>(m_cItalic);
+  lf.lfUnderline = static_cast<BYTE>(m_cUnderline);
+  lf.lfStrikeOut = static_cast<BYTE>(m_cStrikeOut);
+  lf.lfCharSet = static_cast<BYTE>(m_nCharSet);
+  lf.lfOutPrecision = OUT_TT_ONLY_PRECIS;
+  lf.lfClipPrecision = 0;
+  lf.lfQuality = DRAFT_QUALITY;
+  lf.lfPitchAndFamily = 0;
+  // A longer face is the caller's error; the description holds 31 characters and the NUL.
+  const size_t n = std::min<size_t>(m_strFace.str().size(), qvis::gdi::kFaceNameSize - 1);
+  std::memcpy(lf.lfFaceName, m_strFace.GetString(), n);
+  lf.lfFaceName[n] = '\0';
+
+  delete m_pFont;
+  m_pFont = new CFont;
+  m_pFont->CreateFontIndirect(&lf);
+  return m_pFont;
+}
+
+CQVIS_FontMgr::CQVIS_FontMgr() : m_pArrFonts(new CArray<CQVIS_Font*, CQVIS_Font*>) {}
+
+CQVIS_FontMgr::~CQVIS_FontMgr() {
+  Clear();
+  delete m_pArrFonts;
+}
+
+CFont* CQVIS_FontMgr::Find(const CString& face, int height, int escapement, char italic,
+                           char underline, long weight, char strikeOut) const {
+  const INT_PTR n = m_pArrFonts->GetSize();
+  for (INT_PTR i = 0; i < n; ++i) {
+    CQVIS_Font* font = m_pArrFonts->GetAt(i);
+    if (font->IsSame(face, height, escapement, italic, underline, weight, strikeOut)) {
+      return font->m_pFont;
+    }
+  }
+  return nullptr;
+}
+
+CFont* CQVIS_FontMgr::CreateFontA(const CString& face, int height, int escapement, char italic,
+                                  char underline, long weight, char strikeOut) {
+  if (CFont* found = Find(face, height, escapement, italic, underline, weight, strikeOut)) {
+    return found;
+  }
+  auto* record = new CQVIS_Font;
+  m_pArrFonts->Add(record);
+  return record->CreateFontA(face, height, escapement, italic, underline, weight, strikeOut);
+}
+
+void CQVIS_FontMgr::Clear() {
+  const INT_PTR n = m_pArrFonts->GetSize();
+  for (INT_PTR i = 0; i < n; ++i) delete m_pArrFonts->GetAt(i);
+  m_pArrFonts->RemoveAll();
+  m_pArrFonts->FreeExtra();
+}
+
+int CQVIS_FontMgr::GetCount() const { return static_cast<int>(m_pArrFonts->GetSize()); }
+
+CQVIS_Font* CQVIS_FontMgr::GetAt(int i) const {
+  if (i < 0 || i >= GetCount()) return nullptr;
+  return m_pArrFonts->GetAt(i);
+}

@@ -1,0 +1,249 @@
+// VertexListFlow: the protocol steps the two vertex-list commands (track and polygon) share:
+// owning-list housekeeping, the click step with its automatic bend, moves, keys, finishing and
+// removing the last vertex. Internal to qvis/commands; each command supplies its own drawing
+// (Draw, DrawLineList ...) and its record type, and calls these steps from its public operations.
+#ifndef QVIS_COMMANDS_VERTEX_LIST_H_
+#define QVIS_COMMANDS_VERTEX_LIST_H_
+
+#include "qvis/commands/construction.h"
+#include "qvis/commands/rubber_band.h"
+#include "qvis/compat/carray.h"
+#include "qvis/compat/cstring.h"
+
+namespace qvis {
+
+// Owned record lists: CArray<Record*> whose records the list owns.
+template <class Record>
+struct OwnedList {
+  using List = CArray<Record*, Record*>;
+
+  // Empty frees every record and empties the list. Null: nothing.
+  static void Empty(List* list) {
+    if (!list) return;
+    for (Record* r : *list) delete r;
+    list->RemoveAll();
+  }
+  // Destroy frees the records and the list and nulls the pointer. Null: nothing.
+  static void Destroy(List*& list) {
+    Empty(list);
+    delete list;
+    list = nullptr;
+  }
+  // Clone returns a new list of copies of the records (an empty list for null).
+  static List* Clone(const List* src) {
+    List* out = new List;
+    if (src) {
+      for (const Record* r : *src) out->Add(new Record(*r));
+    }
+    return out;
+  }
+  // CopyInto replaces the records of dst (created when null) by copies of src's.
+  static void CopyInto(List*& dst, const List* src) {
+    if (!dst) dst = new List;
+    Empty(dst);
+    if (src) {
+      for (const Record* r : *src) dst->Add(new Record(*r));
+    }
+  }
+  static bool IsLast(const List* list, double x, double y) {
+    if (!list || list->IsEmpty()) return false;
+    const Record* last = list->GetAt(list->GetUpperBound());
+    return last->m_dX == x && last->m_dY == y;
+  }
+  static INT_PTR Count(const List* list) { return list ? list->GetSize() : 0; }
+};
+
+// VertexListFlow<Cmd>: the shared steps, over the public members both commands declare
+// (m_pPointList, m_nActive, m_nProgress, m_nPxy, anchor, cursor, bend point, info step) and
+// their operations (Draw, DrawLineList, DrawLineList(c), DrawLineListBackup, AddPoint, GetPxy,
+// MakeBackup, ReleasePoints, SetInfoLine).
+template <class Cmd>
+struct VertexListFlow {
+  // Append adds a vertex with the command's current stroke data.
+  static void Append(Cmd& c, double x, double y) {
+    if constexpr (requires { c.m_dWidth; }) {
+      c.AddPoint(x, y, c.m_dWidth);
+    } else {
+      c.AddPoint(x, y);
+    }
+  }
+
+  static int GetPxy(Cmd& c) {
+    TrackBend bend{{c.m_dAnchorX, c.m_dAnchorY}, {c.m_dCursorX, c.m_dCursorY}, c.m_nPxy};
+    WorldPt p;
+    const bool has = bend.BendPoint(&p);
+    c.m_nPxy = bend.mode;
+    if (!has) return 0;
+    c.m_dPx = p.x;
+    c.m_dPy = p.y;
+    return 1;
+  }
+
+  // Legs are the rubber band's legs from the anchor to the cursor (see TrackBend::Legs); they
+  // also leave the bend point in the members, as GetPxy does.
+  static int Legs(Cmd& c, WorldSeg out[2]) {
+    if (c.m_nPxy == kBendNone) {
+      out[0] = {{c.m_dAnchorX, c.m_dAnchorY}, {c.m_dCursorX, c.m_dCursorY}};
+      return 1;
+    }
+    if (!GetPxy(c)) return 0;
+    out[0] = {{c.m_dAnchorX, c.m_dAnchorY}, {c.m_dPx, c.m_dPy}};
+    out[1] = {{c.m_dPx, c.m_dPy}, {c.m_dCursorX, c.m_dCursorY}};
+    return 2;
+  }
+
+  static int MouseMove(Cmd& c, double x, double y) {
+    if (!c.m_nActive) return kNotHandled;
+    if (c.m_nProgress == 0) {
+      if (x == c.m_dAnchorX && y == c.m_dAnchorY) return kNotHandled;
+      RubberBand::Update(c, [&] {
+        c.m_dAnchorX = c.m_dCursorX = x;
+        c.m_dAnchorY = c.m_dCursorY = y;
+      });
+    } else {
+      if (x == c.m_dCursorX && y == c.m_dCursorY) return kNotHandled;
+      RubberBand::Update(c, [&] {
+        c.m_dCursorX = x;
+        c.m_dCursorY = y;
+      });
+    }
+    c.SetInfoLine();
+    return kHandled;
+  }
+
+  // ClickStep fixes a vertex. Progress 0 starts a figure at (x, y). Progress 1 adds the cursor
+  // (the position of the last move), preceded by the bend point when the bend mode gives one;
+  // the new anchor is the click position.
+  static int ClickStep(Cmd& c, double x, double y) {
+    if (c.m_nProgress == 0) {
+      c.Draw();
+      c.m_dAnchorX = c.m_dCursorX = x;
+      c.m_dAnchorY = c.m_dCursorY = y;
+      c.m_nProgress = 1;
+      Append(c, x, y);
+      c.Draw();
+      c.SetInfoLine();
+      return kHandled;
+    }
+    if (c.m_nProgress != 1) return kNotHandled;
+    c.Draw();
+    const INT_PTR n = OwnedList<typename Cmd::Record>::Count(c.m_pPointList);
+    INT_PTR expected;
+    if (c.m_nPxy != kBendNone && c.GetPxy()) {
+      c.MakeBackup();
+      Append(c, c.m_dPx, c.m_dPy);
+      Append(c, c.m_dCursorX, c.m_dCursorY);
+      expected = n + 2;
+    } else {
+      if (c.m_nPxy != kBendNone) {
+        c.m_dAnchorX = c.m_dCursorX = x;
+        c.m_dAnchorY = c.m_dCursorY = y;
+      }
+      c.MakeBackup();
+      Append(c, c.m_dCursorX, c.m_dCursorY);
+      expected = n + 1;
+    }
+    if (OwnedList<typename Cmd::Record>::Count(c.m_pPointList) != expected) {
+      c.DrawLineListBackup(c.m_crBackupColor);
+    }
+    c.DrawLineList();
+    c.m_dAnchorX = c.m_dCursorX = x;
+    c.m_dAnchorY = c.m_dCursorY = y;
+    c.Draw();
+    c.SetInfoLine();
+    return kHandled;
+  }
+
+  // Finish ends the figure with the list kept: erase, paint the list, progress 0, footprint.
+  static void Finish(Cmd& c) {
+    c.Draw();
+    c.m_nProgress = 0;
+    c.DrawLineList();
+    c.Draw();
+    c.SetInfoLine();
+  }
+
+  // Escape drops the figure in progress and shows the footprint at the cursor.
+  static void Escape(Cmd& c) {
+    c.ReleasePoints();
+    c.Draw();
+    c.m_dAnchorX = c.m_dCursorX;
+    c.m_dAnchorY = c.m_dCursorY;
+    c.m_nProgress = 0;
+    c.Draw();
+    c.SetInfoLine();
+  }
+
+  static int KeyPress(Cmd& c, int key) {
+    if (!c.m_nActive) return kNotHandled;
+    switch (key) {
+      case kKeyEscape:
+        if (c.m_nProgress == 0) return key - 28;  // -1: leave the command
+        Escape(c);
+        return kHandled;
+      case kKeyReturn:
+        c.MouseDown(kLeftButton, c.m_dCursorX, c.m_dCursorY);
+        Finish(c);
+        return kHandled;
+      case kKeyBack:
+        c.Back(0);
+        return kHandled;
+      case kKeySpace:
+        RubberBand::Update(c, [&] { c.m_nPxy = NextBendMode(c.m_nPxy); });
+        return kHandled;
+      default:
+        return kNotHandled;
+    }
+  }
+
+  static void Back(Cmd& c, unsigned long color) {
+    using Owned = OwnedList<typename Cmd::Record>;
+    if (Owned::Count(c.m_pPointList) == 0) return;
+    c.Draw();
+    c.DrawLineList(color);
+    typename Cmd::Record* last = c.m_pPointList->GetAt(c.m_pPointList->GetUpperBound());
+    c.m_pPointList->RemoveAt(c.m_pPointList->GetUpperBound());
+    delete last;
+    if (!c.m_pPointList->IsEmpty()) {
+      const typename Cmd::Record* now = c.m_pPointList->GetAt(c.m_pPointList->GetUpperBound());
+      c.m_dAnchorX = now->m_dX;
+      c.m_dAnchorY = now->m_dY;
+    }
+    c.DrawLineList();
+    c.Draw();
+  }
+
+  static void Active(Cmd& c) {
+    if (c.m_nActive) return;
+    c.m_nProgress = 0;
+    c.m_nActive = 1;
+    c.Draw();
+    c.m_nInfoStep = 0;
+    c.SetInfoLine();
+  }
+
+  static void Deactive(Cmd& c) {
+    if (!c.m_nActive) return;
+    c.Draw();
+    c.DrawLineList();
+    c.ReleasePoints();
+    c.m_nProgress = 0;
+    c.m_nActive = 0;
+    c.m_nInfoStep = 0;
+    c.SetInfoLine();
+  }
+
+  // InfoLine composes the prompt of the current step into a temporary text.
+  static CString InfoLine(const Cmd& c) {
+    CString text("Click first position");
+    if (c.m_nProgress == 1) {
+      text.Format("Click next position (dx=%2.3f,dy=%2.3f)", c.m_dCursorX - c.m_dAnchorX,
+                  -(c.m_dCursorY - c.m_dAnchorY));
+    }
+    return text;
+  }
+};
+
+}  // namespace qvis
+
+#endif  // QVIS_COMMANDS_VERTEX_LIST_H_

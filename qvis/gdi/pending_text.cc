@@ -15,7 +15,4 @@ HENHMETAFILE SetEnhMetaFileBits(UINT, const BYTE*) { return nullptr; }
 BOOL PlayEnhMetaFile(HDC, HENHMETAFILE, const CRect*) { return 0; }
 BOOL DeleteEnhMetaFile(HENHMETAFILE) { return 0; }
 
-bool WritePng(HBITMAP, const char*) { return false; }
-HBITMAP ReadPng(const char*) { return nullptr; }
-
 }  // namespace qvis::gdi

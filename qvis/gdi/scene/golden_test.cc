@@ -1,0 +1,120 @@
+// Golden tests: every tests/golden/<area>/<scene>.txt is drawn by the engine and compared with
+// <scene>.png (the final canvas) and <scene>.<NAME>.png (each `save NAME`), which real GDI
+// rendered from the same scene. One test per scene, named Golden_<area>.<scene>. The scene's
+// "# golden:" comment picks exact comparison (the default), a minimum agreement, or a report.
+// On a mismatch the engine's images are written to $QVIS_GOLDEN_OUT (default
+// /tmp/qvis-golden/<area>/) for inspection.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "qvis/gdi/png_io.h"
+#include "qvis/gdi/scene/golden_compare.h"
+#include "qvis/gdi/scene/scene_runner.h"
+
+namespace qvis::gdi {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReadText(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+fs::path OutputDir(const std::string& area) {
+  const char* env = std::getenv("QVIS_GOLDEN_OUT");
+  fs::path dir = env != nullptr && *env != '\0' ? fs::path(env) : fs::path("/tmp/qvis-golden");
+  return dir / area;
+}
+
+class GoldenSceneTest : public testing::Test {
+ public:
+  GoldenSceneTest(std::string area, fs::path scene) : area_(std::move(area)), scene_(std::move(scene)) {}
+
+  void TestBody() override {
+    const std::string text = ReadText(scene_);
+    std::string rule_error;
+    const GoldenRule rule = ParseGoldenRule(text, &rule_error);
+    ASSERT_TRUE(rule_error.empty()) << scene_ << ": " << rule_error;
+
+    const std::string stem = scene_.stem().string();
+    SceneOutcome outcome = RunScene(text, scene_.filename().string());
+    ASSERT_TRUE(outcome.ok) << outcome.error;
+
+    // The final canvas first, then each checkpoint that has a reference image.
+    struct Pair {
+      std::string label;
+      const PixelImage* actual;
+      fs::path expected;
+    };
+    std::vector<Pair> pairs = {{"final", &outcome.final_image, scene_.parent_path() / (stem + ".png")}};
+    for (const SceneCheckpoint& cp : outcome.checkpoints) {
+      pairs.push_back({cp.name, &cp.image, scene_.parent_path() / (stem + "." + cp.name + ".png")});
+    }
+    for (const Pair& pair : pairs) {
+      PixelImage expected;
+      if (!ReadPngImage(pair.expected.string(), &expected)) {
+        ADD_FAILURE() << "missing or unreadable reference " << pair.expected;
+        continue;
+      }
+      ImageComparison cmp = CompareImages(expected, *pair.actual, outcome.background);
+      ASSERT_TRUE(cmp.same_size) << pair.expected << ": reference is " << expected.width << "x"
+                                 << expected.height << ", engine drew " << pair.actual->width
+                                 << "x" << pair.actual->height;
+      std::printf("[ golden   ] %s/%s %s: agreement %.2f %% (%lld of %lld drawn pixels differ)\n",
+                  area_.c_str(), stem.c_str(), pair.label.c_str(), cmp.AgreementPercent(),
+                  cmp.differing, cmp.ink);
+      bool pass = rule.kind == GoldenRule::Kind::kReport ||
+                  (rule.kind == GoldenRule::Kind::kExact && cmp.differing == 0) ||
+                  (rule.kind == GoldenRule::Kind::kAgreement &&
+                   cmp.AgreementPercent() >= rule.min_agreement);
+      if (!pass || (cmp.differing > 0 && std::getenv("QVIS_GOLDEN_KEEP") != nullptr)) {
+        std::error_code ec;
+        fs::create_directories(OutputDir(area_), ec);
+        fs::path out = OutputDir(area_) / (stem + (pair.label == "final" ? "" : "." + pair.label) +
+                                           ".actual.png");
+        WritePngImage(*pair.actual, out.string());
+      }
+      EXPECT_TRUE(pass) << scene_ << " (" << pair.label << "): " << DescribeDifferences(cmp)
+                        << "\n  engine image: " << OutputDir(area_).string();
+    }
+  }
+
+ private:
+  std::string area_;
+  fs::path scene_;
+};
+
+// Registers one test per scene file when the test binary starts.
+const bool kRegistered = [] {
+  std::error_code ec;
+  const fs::path root = fs::path(QVIS_TEST_DATA_DIR) / "golden";
+  if (!fs::is_directory(root, ec)) return false;
+  std::vector<fs::path> scenes;
+  for (const auto& entry : fs::recursive_directory_iterator(root, ec)) {
+    if (entry.is_regular_file() && entry.path().extension() == ".txt") scenes.push_back(entry.path());
+  }
+  std::sort(scenes.begin(), scenes.end());
+  for (const fs::path& scene : scenes) {
+    std::string area = scene.parent_path().lexically_relative(root).generic_string();
+    std::string suite = "Golden_" + area;
+    std::replace(suite.begin(), suite.end(), '/', '_');
+    std::string name = scene.stem().string();
+    testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, scene.string().c_str(), 0,
+                          [area, scene]() -> testing::Test* { return new GoldenSceneTest(area, scene); });
+  }
+  return true;
+}();
+
+}  // namespace
+}  // namespace qvis::gdi

@@ -1,0 +1,195 @@
+// Engine records behind the device layer's handles: pens, brushes, fonts, bitmaps, regions and
+// the device context with its state, path and scratch buffers. Internal to qvis/gdi; the shapes
+// and text code read and draw through these. Owner: gdicore.
+#ifndef QVIS_GDI_DC_H_
+#define QVIS_GDI_DC_H_
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "qvis/gdi/gdi.h"
+#include "qvis/gdi/raster/blitter.h"
+#include "qvis/gdi/raster/geom.h"
+#include "qvis/gdi/raster/polygon.h"
+#include "qvis/gdi/raster/region.h"
+#include "qvis/gdi/raster/span.h"
+
+namespace qvis::gdi {
+
+// PenData: a cosmetic or geometric pen.
+struct PenData final : Pen {
+  int style = 0;            // PS_SOLID .. PS_ALTERNATE (the low four bits)
+  bool geometric = false;   // PS_GEOMETRIC, or CreatePen with a width above 1
+  int width = 1;            // pixels; cosmetic pens draw 1 pixel whatever the width
+  COLORREF color = 0;
+  DWORD end_cap = 0;        // PS_ENDCAP_ROUND 0 / SQUARE 0x100 / FLAT 0x200
+  DWORD join = 0;           // PS_JOIN_ROUND 0 / BEVEL 0x1000 / MITER 0x2000
+  UINT brush_style = 0;     // BS_SOLID, BS_HATCHED, BS_NULL of a geometric pen's brush
+  int hatch = 0;
+  std::vector<DWORD> user_style;  // PS_USERSTYLE entries
+
+  bool IsNull() const { return style == 5 /* PS_NULL */; }
+  // IsWide tells whether outlines go to the geometric stroker.
+  bool IsWide() const { return geometric && width >= 2; }
+};
+
+// BrushData: solid, hatched or hollow.
+struct BrushData final : Brush {
+  UINT style = 0;           // BS_SOLID 0, BS_NULL 1, BS_HATCHED 2
+  COLORREF color = 0;
+  int hatch = 0;            // HS_HORIZONTAL 0 .. HS_DIAGCROSS 5
+  bool IsNull() const { return style == 1 /* BS_NULL */; }
+};
+
+// FontData: the logical font; the text code keeps its rasteriser state in `engine_cache`.
+struct FontData final : Font {
+  LOGFONTA logfont;
+  std::shared_ptr<void> engine_cache;
+};
+
+// BitmapData: a 32-bpp (0x00RRGGBB words, top-down) or 1-bpp (MSB first, 1 = white, rows
+// padded to 32 bits) bitmap.
+struct BitmapData final : Bitmap {
+  int width = 0;
+  int height = 0;
+  int bpp = 32;
+  std::ptrdiff_t stride = 0;  // bytes per row
+  std::unique_ptr<std::uint8_t[]> bits;
+  DeviceContext* selected_in = nullptr;  // the DC holding it (stock bitmap: none recorded)
+
+  IRect Bounds() const { return IRect{0, 0, width, height}; }
+  std::uint32_t* Row32(int y) const {
+    return reinterpret_cast<std::uint32_t*>(bits.get() + stride * y);
+  }
+  std::uint8_t* RowBytes(int y) const { return bits.get() + stride * y; }
+};
+
+// RegionData: a region object.
+struct RegionData final : Region {
+  SpanRegion shape;
+};
+
+// PathData: the figures recorded between BeginPath and EndPath, in device coordinates. Types are
+// PT_MOVETO 6, PT_LINETO 2, PT_BEZIERTO 4, with PT_CLOSEFIGURE 1 or-ed into a figure's last
+// point.
+struct PathData {
+  enum State { kNone, kOpen, kClosed };
+  struct Vertex {
+    double x = 0;
+    double y = 0;
+    std::uint8_t type = 0;
+  };
+  static constexpr std::uint8_t kCloseFigure = 1;
+  static constexpr std::uint8_t kLineTo = 2;
+  static constexpr std::uint8_t kBezierTo = 4;
+  static constexpr std::uint8_t kMoveTo = 6;
+
+  State state = kNone;
+  std::vector<Vertex> vertices;
+  bool figure_open = false;  // a move has been recorded and not closed since
+
+  void Clear() {
+    state = kNone;
+    vertices.clear();
+    figure_open = false;
+  }
+  // MoveTo starts a new figure at p (a lone trailing move replaces the previous one).
+  void MoveTo(double x, double y);
+  // LineTo adds a segment, starting a figure at (from) if none is open.
+  void LineTo(double from_x, double from_y, double x, double y);
+  // CloseFigure closes the open figure.
+  void CloseFigure();
+};
+
+// DeviceContext: a memory DC over a bitmap, with GDI's state.
+struct DeviceContext {
+  DeviceContext();
+  ~DeviceContext();
+  DeviceContext(const DeviceContext&) = delete;
+  DeviceContext& operator=(const DeviceContext&) = delete;
+
+  BitmapData* bitmap = nullptr;
+  PenData* pen = nullptr;
+  BrushData* brush = nullptr;
+  FontData* font = nullptr;
+
+  int rop2 = 13;              // R2_COPYPEN
+  int bk_mode = 2;            // OPAQUE
+  COLORREF bk_color = 0xFFFFFF;
+  COLORREF text_color = 0;
+  int poly_fill_mode = 1;     // ALTERNATE
+  int arc_direction = 1;      // AD_COUNTERCLOCKWISE
+  UINT text_align = 0;
+  float miter_limit = 10.0f;
+  PointI brush_origin;
+  PointI position;            // current position
+
+  bool has_clip = false;
+  SpanRegion clip;            // the selected clip region (device coordinates)
+
+  PathData path;
+
+  // Scratch kept between primitives so warm drawing does not allocate.
+  PolygonScanner scanner;
+  BlitterSet blit_a;
+  BlitterSet blit_b;
+  std::vector<PointI> points;
+  std::vector<int> counts;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Object registry and typed access. Handles are checked against the live objects, so a stale or
+// foreign handle is refused instead of being read.
+
+// IsLive tells whether the object was created and not yet deleted (or is a stock object).
+bool IsLive(const GdiObject* object);
+// Register records a new object as live; Unregister forgets it (before it is freed or parked).
+void Register(GdiObject* object);
+void Unregister(GdiObject* object);
+
+// AsPen / AsBrush / AsFont / AsBitmap / AsRegion return the typed record of a live object of
+// that kind, null for null, dead or other objects.
+PenData* AsPen(const void* object);
+BrushData* AsBrush(const void* object);
+FontData* AsFont(const void* object);
+BitmapData* AsBitmap(const void* object);
+RegionData* AsRegion(const void* object);
+
+// ---------------------------------------------------------------------------------------------
+// Drawing helpers shared by the core, shapes and text code.
+
+// ClipBox: the box drawing may touch: the bitmap bounds, narrowed to the clip region's box.
+IRect ClipBox(const DeviceContext& dc);
+// ClipRegion: the region spans must also be clipped to, or null when the clip box is enough.
+const SpanRegion* ClipRegion(const DeviceContext& dc);
+
+// BrushSource: the fill source of a brush in this DC (hatch gaps by the DC's background mode and
+// colour); a null or hollow brush gives kNone.
+FillSource BrushSource(const DeviceContext& dc, const BrushData* brush);
+// PenSource: the fill source of the selected pen (kNone for a null pen). Geometric pens with a
+// hatched brush give a pattern.
+FillSource PenSource(const DeviceContext& dc);
+
+// BrushSink / PenSink / GapSink: sinks that paint with the given brush, the selected pen, or the
+// background colour (gaps of styled cosmetic lines in OPAQUE mode) through the DC's ROP2 and
+// clip. They use the DC's two blitter sets: BrushSink and PenSink share set A, GapSink uses set
+// B, so a pen sink and a gap sink can be live together, but a new BrushSink or PenSink call
+// reconfigures the previous one.
+SpanSink& BrushSink(DeviceContext& dc, const BrushData* brush);
+SpanSink& PenSink(DeviceContext& dc);
+SpanSink& GapSink(DeviceContext& dc);
+// SourceSink paints an arbitrary fill source with the given ROP2 (set A).
+SpanSink& SourceSink(DeviceContext& dc, const FillSource& source, int rop2);
+
+// DrawCosmeticPolyline draws a 1-pixel polyline (closed: back to the first point) with the
+// selected pen's colour and style, the style running on across the corners. Gaps are painted
+// in OPAQUE mode. Fewer than 2 points draws nothing.
+void DrawCosmeticPolyline(DeviceContext& dc, const PointI* points, int count, bool closed);
+// DrawPenOutline draws an outline with the selected pen: cosmetic pens as above, wide geometric
+// pens through StrokeWide; a null pen draws nothing.
+void DrawPenOutline(DeviceContext& dc, const PointI* points, int count, bool closed);
+
+}  // namespace qvis::gdi
+
+#endif  // QVIS_GDI_DC_H_

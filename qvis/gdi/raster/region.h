@@ -1,0 +1,103 @@
+// SpanRegion: the pixel set of a region as sorted y-bands, each band a sorted list of disjoint
+// x-intervals (the same list on every row of the band). Regions, clip regions and the clip
+// wrapper of the blitters are built on it. Owner: gdicore.
+#ifndef QVIS_GDI_RASTER_REGION_H_
+#define QVIS_GDI_RASTER_REGION_H_
+
+#include <vector>
+
+#include "qvis/gdi/raster/geom.h"
+#include "qvis/gdi/raster/span.h"
+
+namespace qvis::gdi {
+
+enum class RegionKind { kEmpty, kSimple, kComplex };
+enum class RegionOp { kAnd, kOr, kXor, kDiff };
+
+class SpanRegion {
+ public:
+  // Band: rows top <= y < bottom share the intervals walls[first .. first + 2 * count).
+  struct Band {
+    int top = 0;
+    int bottom = 0;
+    int first = 0;
+    int count = 0;
+  };
+
+  SpanRegion() = default;
+  // FromRect: the box (empty boxes give the empty region).
+  static SpanRegion FromRect(const IRect& box);
+  // Combine: a op b. Bands are coalesced, so equal pixel sets have equal representations.
+  static SpanRegion Combine(const SpanRegion& a, const SpanRegion& b, RegionOp op);
+
+  bool IsEmpty() const { return bands_.empty(); }
+  RegionKind Kind() const {
+    if (bands_.empty()) return RegionKind::kEmpty;
+    return (bands_.size() == 1 && bands_[0].count == 1) ? RegionKind::kSimple
+                                                         : RegionKind::kComplex;
+  }
+  // Bounds: the bounding box, empty for the empty region.
+  const IRect& Bounds() const { return bounds_; }
+  bool Contains(int x, int y) const;
+  // Intersects: whether any pixel of the box lies in the region.
+  bool Intersects(const IRect& box) const;
+  // Offset moves the region; coordinates saturate at the 32-bit range (pixels pushed past it
+  // are dropped).
+  void Offset(int dx, int dy);
+  // Emit sends the part of the region inside `clip` to the sink, row by row.
+  void Emit(const IRect& clip, SpanSink& sink) const;
+
+  const std::vector<Band>& bands() const { return bands_; }
+  const std::vector<int>& walls() const { return walls_; }
+  // FindBand returns the index of the band holding row y, or -1.
+  int FindBand(int y) const;
+
+  friend bool operator==(const SpanRegion& a, const SpanRegion& b) {
+    return a.bounds_ == b.bounds_ && a.walls_ == b.walls_ && a.BandsEqual(b);
+  }
+
+ private:
+  friend class RegionBuilder;
+  bool BandsEqual(const SpanRegion& o) const;
+  // Append adds a band below the last one, merging it when it continues the last band with
+  // the same intervals. Used by the builders, which produce bands in order.
+  void AppendBand(int top, int bottom, const int* walls, int count);
+  void ComputeBounds();
+
+  std::vector<Band> bands_;
+  std::vector<int> walls_;
+  IRect bounds_;
+};
+
+// RegionBuilder is a sink that collects spans in any order (overlaps allowed) and turns them into
+// a region.
+class RegionBuilder final : public SpanSink {
+ public:
+  void Blit(const Span* spans, int count) override;
+  void BlitRect(const IRect& box) override;
+  // Build returns the region of every span received so far and resets the builder.
+  SpanRegion Build();
+
+ private:
+  std::vector<Span> spans_;
+};
+
+// RegionClipSink forwards the parts of the spans that lie in a region to another sink.
+class RegionClipSink final : public SpanSink {
+ public:
+  RegionClipSink() = default;
+  void Reset(const SpanRegion* region, SpanSink* target) {
+    region_ = region;
+    target_ = target;
+  }
+  void Blit(const Span* spans, int count) override;
+  void BlitRect(const IRect& box) override;
+
+ private:
+  const SpanRegion* region_ = nullptr;
+  SpanSink* target_ = nullptr;
+};
+
+}  // namespace qvis::gdi
+
+#endif  // QVIS_GDI_RASTER_REGION_H_

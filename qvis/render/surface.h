@@ -208,8 +208,8 @@ class CQVIS_GDI {
                      double width, COLORREF color);
   // DrawRectangularLine draws the area swept by a w x h rectangle (centred on the line) moving
   // from (x1, y1) to (x2, y2), with the current pen and brush: Rectangle for horizontal,
-  // vertical and zero-length lines, a six-sided Polygon otherwise. Non-positive w or h sweep a
-  // zero-width box (a degenerate outline).
+  // vertical and zero-length lines, a six-sided Polygon otherwise. The sizes' absolute values
+  // are used; a size of 0 sweeps a flat box.
   void DrawRectangularLine(double x1, double y1, double x2, double y2, double w, double h);
   void DrawRectangularLine(qvis::HDC hdc, double x1, double y1, double x2, double y2, double w,
                            double h);
@@ -498,6 +498,10 @@ class CQVIS_GDI {
   int FillModeWidth(int pixels) const { return m_nFillMode == 0 ? 1 : pixels; }
   void ArcLike(int kind, qvis::HDC hdc, double cx, double cy, double r, double sx, double sy,
                double ex, double ey);
+  // SweptRectangle writes the device outline of the area a w x h box sweeps along the segment:
+  // 2 points (a Rectangle's corners) for axis-parallel segments, else 6 (a hexagon).
+  int SweptRectangle(double x1, double y1, double x2, double y2, double w, double h,
+                     CPoint* out) const;
   qvis::HRGN HoleRegion(qvis::HDC dc, double cx, double cy, double holeWidth, double holeHeight,
                         double angle);
   qvis::HRGN ObroundRegion(qvis::HDC dc, double cx, double cy, double width, double height,

@@ -1,0 +1,217 @@
+// CQVIS_GDI regions and pads: circle, rectangle, obround and polygon pads with optional holes,
+// built from device regions and painted solid, or hatched with a frame when the fill mode is 0.
+#include <cmath>
+
+#include "qvis/compat/win32_names.h"
+#include "qvis/geometry/kernel.h"
+#include "qvis/gdi/gdi.h"
+#include "qvis/render/gdi_objects.h"
+#include "qvis/render/surface.h"
+#include "qvis/render/surface_internal.h"
+
+namespace gdi = qvis::gdi;
+using qvis::render::SatAdd;
+using qvis::render::SatSub;
+
+namespace {
+
+// Union adds b to a and frees b; either may be null (the other is returned).
+qvis::HRGN Union(qvis::HRGN a, qvis::HRGN b) {
+  if (a == nullptr) return b;
+  if (b == nullptr) return a;
+  gdi::CombineRgn(a, a, b, RGN_OR);
+  gdi::DeleteObject(qvis::AsGdiObject(b));
+  return a;
+}
+
+int FillModeOf(qvis::HDC dc) {
+  const int mode = gdi::GetPolyFillMode(dc);
+  return mode == WINDING ? WINDING : ALTERNATE;
+}
+
+}  // namespace
+
+// ----- Region makers -------------------------------------------------------------------------
+
+qvis::HRGN CQVIS_GDI::GetCircleRgn(double cx, double cy, double r) {
+  return GetCircleRgn(nullptr, cx, cy, r);
+}
+
+qvis::HRGN CQVIS_GDI::GetCircleRgn(qvis::HDC, double cx, double cy, double r) {
+  const LONG rad = WorldToDeviceLength(r);
+  const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
+  return gdi::CreateEllipticRgn(SatSub(dcx, rad), SatSub(dcy, rad), SatAdd(dcx, rad),
+                                SatAdd(dcy, rad));
+}
+
+qvis::HRGN CQVIS_GDI::GetRectangleRgn(double x1, double y1, double x2, double y2) {
+  return GetRectangleRgn(nullptr, x1, y1, x2, y2);
+}
+
+qvis::HRGN CQVIS_GDI::GetRectangleRgn(qvis::HDC, double x1, double y1, double x2, double y2) {
+  return gdi::CreateRectRgn(WorldToDeviceX(x1), WorldToDeviceY(y1), WorldToDeviceX(x2),
+                            WorldToDeviceY(y2));
+}
+
+qvis::HRGN CQVIS_GDI::GetRectangleRgn(double cx, double cy, double w, double h, double angle) {
+  return GetRectangleRgn(nullptr, cx, cy, w, h, angle);
+}
+
+qvis::HRGN CQVIS_GDI::GetRectangleRgn(qvis::HDC hdc, double cx, double cy, double w, double h,
+                                      double angle) {
+  const double xs[4] = {cx - w / 2, cx - w / 2, cx + w / 2, cx + w / 2};
+  const double ys[4] = {cy + h / 2, cy - h / 2, cy - h / 2, cy + h / 2};
+  CPoint pts[4];
+  for (int i = 0; i < 4; ++i) {
+    double rx = xs[i], ry = ys[i];
+    CQVIS_Math::Rotate(cx, cy, xs[i], ys[i], &rx, &ry, angle);
+    pts[i] = CPoint(WorldToDeviceX(rx), WorldToDeviceY(ry));
+  }
+  return gdi::CreatePolygonRgn(pts, 4, FillModeOf(ResolveDC(hdc)));
+}
+
+qvis::HRGN CQVIS_GDI::GetPolygonScreen(CPoint* points, int count, int fillMode) {
+  return GetPolygonScreen(nullptr, points, count, fillMode);
+}
+
+qvis::HRGN CQVIS_GDI::GetPolygonScreen(qvis::HDC, CPoint* points, int count, int fillMode) {
+  if (points == nullptr || count < 3) return nullptr;
+  return gdi::CreatePolygonRgn(points, count, fillMode);
+}
+
+// ----- Pad construction ----------------------------------------------------------------------
+
+qvis::HRGN CQVIS_GDI::HoleRegion(qvis::HDC dc, double cx, double cy, double holeWidth,
+                                 double holeHeight, double angle) {
+  if (holeHeight != 0) {
+    // Only the corners turn: the hole stays an axis-aligned box between the turned corners.
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    CQVIS_Math::Rotate(cx, cy, cx - holeWidth / 2, cy + holeHeight / 2, &x1, &y1, angle);
+    CQVIS_Math::Rotate(cx, cy, cx + holeWidth / 2, cy - holeHeight / 2, &x2, &y2, angle);
+    return GetRectangleRgn(dc, x1, y1, x2, y2);
+  }
+  if (holeWidth != 0) return GetCircleRgn(dc, cx, cy, holeWidth / 2);
+  return nullptr;
+}
+
+qvis::HRGN CQVIS_GDI::PadRegion(qvis::HRGN outer, qvis::HDC dc, double cx, double cy,
+                                double holeWidth, double holeHeight, double angle) {
+  if (outer == nullptr) return nullptr;
+  if (qvis::HRGN hole = HoleRegion(dc, cx, cy, holeWidth, holeHeight, angle)) {
+    gdi::CombineRgn(outer, outer, hole, RGN_DIFF);
+    gdi::DeleteObject(qvis::AsGdiObject(hole));
+  }
+  return outer;
+}
+
+qvis::HRGN CQVIS_GDI::ObroundRegion(qvis::HDC dc, double cx, double cy, double width,
+                                    double height, double holeWidth, double holeHeight,
+                                    double angle) {
+  const double hw = width / 2, hh = height / 2;
+  // Only the body's corners are turned; the end circles keep their unturned places and the
+  // body stays an axis-aligned box, so the shape is exact at 0 and 180 degrees only. Pads are
+  // placed upright or lying, and this is the shape hosts have always been shown.
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+  qvis::HRGN shape = nullptr;
+  if (height > width) {
+    CQVIS_Math::Rotate(cx, cy, cx - hw, cy + hh - hw, &x1, &y1, angle);
+    CQVIS_Math::Rotate(cx, cy, cx + hw, cy - hh + hw, &x2, &y2, angle);
+    shape = GetRectangleRgn(dc, x1, y1, x2, y2);
+    shape = Union(shape, GetCircleRgn(dc, cx, cy + hh - hw, hw));
+    shape = Union(shape, GetCircleRgn(dc, cx, cy - hh + hw, hw));
+  } else {
+    CQVIS_Math::Rotate(cx, cy, cx - hw + hh, cy + hh, &x1, &y1, angle);
+    CQVIS_Math::Rotate(cx, cy, cx + hw - hh, cy - hh, &x2, &y2, angle);
+    shape = GetRectangleRgn(dc, x1, y1, x2, y2);
+    shape = Union(shape, GetCircleRgn(dc, cx - hw + hh, cy, hh));
+    shape = Union(shape, GetCircleRgn(dc, cx + hw - hh, cy, hh));
+  }
+  return PadRegion(shape, dc, cx, cy, holeWidth, holeHeight, angle);
+}
+
+void CQVIS_GDI::PaintPad(qvis::HDC dc, qvis::HRGN region, COLORREF color) {
+  if (region == nullptr) return;
+  if (m_nFillMode != 0) {
+    qvis::HBRUSH solid = gdi::CreateSolidBrush(color);
+    gdi::FillRgn(dc, region, solid);
+    gdi::DeleteObject(qvis::AsGdiObject(solid));
+  } else {
+    // Outline view: the pad's area cross-hatched and its edge framed, both in its colour.
+    qvis::HBRUSH hatch = gdi::CreateHatchBrush(HS_CROSS, color);
+    gdi::FillRgn(dc, region, hatch);
+    gdi::DeleteObject(qvis::AsGdiObject(hatch));
+    qvis::HBRUSH solid = gdi::CreateSolidBrush(color);
+    gdi::FrameRgn(dc, region, solid, 1, 1);
+    gdi::DeleteObject(qvis::AsGdiObject(solid));
+  }
+  gdi::DeleteObject(qvis::AsGdiObject(region));
+}
+
+// ----- Pads ----------------------------------------------------------------------------------
+
+void CQVIS_GDI::DrawCircleRgn(double cx, double cy, double r, double holeWidth,
+                              double holeHeight, COLORREF color) {
+  DrawCircleRgn(nullptr, cx, cy, r, holeWidth, holeHeight, color);
+}
+
+void CQVIS_GDI::DrawCircleRgn(qvis::HDC hdc, double cx, double cy, double r, double holeWidth,
+                              double holeHeight, COLORREF color) {
+  qvis::HDC dc = ResolveDC(hdc);
+  PaintPad(dc, PadRegion(GetCircleRgn(dc, cx, cy, r), dc, cx, cy, holeWidth, holeHeight, 0),
+           color);
+}
+
+void CQVIS_GDI::DrawRectangleRgn(double x1, double y1, double x2, double y2, double holeWidth,
+                                 double holeHeight, double angle, COLORREF color) {
+  DrawRectangleRgn(nullptr, x1, y1, x2, y2, holeWidth, holeHeight, angle, color);
+}
+
+void CQVIS_GDI::DrawRectangleRgn(qvis::HDC hdc, double x1, double y1, double x2, double y2,
+                                 double holeWidth, double holeHeight, double angle,
+                                 COLORREF color) {
+  DrawRectangleRgnWH(hdc, (x1 + x2) / 2, (y1 + y2) / 2, std::fabs(x2 - x1), std::fabs(y2 - y1),
+                     holeWidth, holeHeight, angle, color);
+}
+
+void CQVIS_GDI::DrawRectangleRgnWH(double cx, double cy, double w, double h, double holeWidth,
+                                   double holeHeight, double angle, COLORREF color) {
+  DrawRectangleRgnWH(nullptr, cx, cy, w, h, holeWidth, holeHeight, angle, color);
+}
+
+void CQVIS_GDI::DrawRectangleRgnWH(qvis::HDC hdc, double cx, double cy, double w, double h,
+                                   double holeWidth, double holeHeight, double angle,
+                                   COLORREF color) {
+  qvis::HDC dc = ResolveDC(hdc);
+  PaintPad(dc,
+           PadRegion(GetRectangleRgn(dc, cx, cy, w, h, angle), dc, cx, cy, holeWidth,
+                     holeHeight, angle),
+           color);
+}
+
+void CQVIS_GDI::DrawObroundRgn(double cx, double cy, double width, double height,
+                               double holeWidth, double holeHeight, double angle,
+                               COLORREF color) {
+  DrawObroundRgn(nullptr, cx, cy, width, height, holeWidth, holeHeight, angle, color);
+}
+
+void CQVIS_GDI::DrawObroundRgn(qvis::HDC hdc, double cx, double cy, double width, double height,
+                               double holeWidth, double holeHeight, double angle,
+                               COLORREF color) {
+  qvis::HDC dc = ResolveDC(hdc);
+  PaintPad(dc, ObroundRegion(dc, cx, cy, width, height, holeWidth, holeHeight, angle), color);
+}
+
+void CQVIS_GDI::DrawPolygonRgnScreen(CPoint* points, int count, double cx, double cy,
+                                     double holeWidth, double holeHeight, COLORREF color) {
+  DrawPolygonRgnScreen(nullptr, points, count, cx, cy, holeWidth, holeHeight, color);
+}
+
+void CQVIS_GDI::DrawPolygonRgnScreen(qvis::HDC hdc, CPoint* points, int count, double cx,
+                                     double cy, double holeWidth, double holeHeight,
+                                     COLORREF color) {
+  qvis::HDC dc = ResolveDC(hdc);
+  PaintPad(dc,
+           PadRegion(GetPolygonScreen(dc, points, count, FillModeOf(dc)), dc, cx, cy, holeWidth,
+                     holeHeight, 0),
+           color);
+}

@@ -4,11 +4,6 @@
 
 namespace qvis::gdi {
 
-BOOL TextOutA(HDC, int, int, const char*, int) { return 0; }
-BOOL ExtTextOutA(HDC, int, int, UINT, const CRect*, const char*, UINT, const int*) { return 0; }
-int DrawTextA(HDC, const char*, int, CRect*, UINT) { return 0; }
-BOOL GetTextExtentPointA(HDC, const char*, int, CSize*) { return 0; }
-BOOL GetTextExtentPoint32A(HDC, const char*, int, CSize*) { return 0; }
 
 HENHMETAFILE GetEnhMetaFileA(const char*) { return nullptr; }
 HENHMETAFILE SetEnhMetaFileBits(UINT, const BYTE*) { return nullptr; }

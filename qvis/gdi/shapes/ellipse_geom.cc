@@ -56,42 +56,42 @@ Box64 NormalizedBox(std::int64_t left, std::int64_t top, std::int64_t right,
   return Box64{left, top, right, bottom};
 }
 
-void EllipseQuadrant(std::int64_t width, std::int64_t height, std::vector<CPoint>* out) {
+void EllipseQuadrant(std::int64_t width, std::int64_t height, std::vector<PointI>* out) {
   if (!Steppable(width, height)) return;
   WalkQuadrant(width, height, [out](std::int64_t x, std::int64_t y) {
-    out->emplace_back(static_cast<LONG>(x), static_cast<LONG>(y));
+    out->push_back(PointI{static_cast<int>(x), static_cast<int>(y)});
   });
 }
 
 namespace {
 
 // Builds the ring from a quadrant already computed.
-void BuildRing(const std::vector<CPoint>& q, const Box64& box, bool clockwise,
-               std::vector<CPoint>* ring) {
+void BuildRing(const std::vector<PointI>& q, const Box64& box, bool clockwise,
+               std::vector<PointI>* ring) {
   const std::int64_t w = box.Width();
   const std::int64_t h = box.Height();
   const std::size_t c = q.size();
-  ring->assign(4 * c, CPoint());
+  ring->assign(4 * c, PointI{});
   for (std::size_t i = 0; i < c; ++i) {
     const std::int64_t px = q[i].x;
     const std::int64_t py = q[i].y;
-    const LONG xr = static_cast<LONG>(box.left + px);
-    const LONG xl = static_cast<LONG>(box.left + (w - 1 - px));
+    const int xr = static_cast<int>(box.left + px);
+    const int xl = static_cast<int>(box.left + (w - 1 - px));
     // The quarter walked first lies above the middle on screen for counter-clockwise rings
     // and below it for clockwise ones.
-    const LONG y_first = static_cast<LONG>(clockwise ? box.top + py : box.top + (h - 1 - py));
-    const LONG y_other = static_cast<LONG>(clockwise ? box.top + (h - 1 - py) : box.top + py);
-    (*ring)[i] = CPoint(xr, y_first);
-    (*ring)[2 * c - 1 - i] = CPoint(xl, y_first);
-    (*ring)[2 * c + i] = CPoint(xl, y_other);
-    (*ring)[4 * c - 1 - i] = CPoint(xr, y_other);
+    const int y_first = static_cast<int>(clockwise ? box.top + py : box.top + (h - 1 - py));
+    const int y_other = static_cast<int>(clockwise ? box.top + (h - 1 - py) : box.top + py);
+    (*ring)[i] = PointI{xr, y_first};
+    (*ring)[2 * c - 1 - i] = PointI{xl, y_first};
+    (*ring)[2 * c + i] = PointI{xl, y_other};
+    (*ring)[4 * c - 1 - i] = PointI{xr, y_other};
   }
 }
 
 // Index of the first quadrant pixel at or past the ray, for the four quarters of the plane.
 // The ties differ between quarters on purpose: they decide which of two pixels on a ray through
 // a pixel centre starts or ends an arc, and they are what the arcs are measured against.
-int FindRayIndex(const std::vector<CPoint>& q, std::int64_t cx, std::int64_t cy,
+int FindRayIndex(const std::vector<PointI>& q, std::int64_t cx, std::int64_t cy,
                  std::int64_t x, std::int64_t y) {
   const int c = static_cast<int>(q.size());
   auto rx = [&](int i) { return static_cast<std::int64_t>(q[i].x) - cx; };
@@ -115,15 +115,15 @@ int FindRayIndex(const std::vector<CPoint>& q, std::int64_t cx, std::int64_t cy,
 
 }  // namespace
 
-int EllipseRing(const Box64& box, bool clockwise, std::vector<CPoint>* ring) {
+int EllipseRing(const Box64& box, bool clockwise, std::vector<PointI>* ring) {
   ring->clear();
-  std::vector<CPoint> q;
+  std::vector<PointI> q;
   EllipseQuadrant(box.Width(), box.Height(), &q);
   BuildRing(q, box, clockwise, ring);
   return static_cast<int>(q.size());
 }
 
-int RingIndexOfRay(const std::vector<CPoint>& quadrant, const Box64& box, bool clockwise,
+int RingIndexOfRay(const std::vector<PointI>& quadrant, const Box64& box, bool clockwise,
                    std::int64_t x, std::int64_t y) {
   const std::int64_t w = box.Width();
   const std::int64_t h = box.Height();
@@ -134,13 +134,13 @@ int RingIndexOfRay(const std::vector<CPoint>& quadrant, const Box64& box, bool c
   return FindRayIndex(quadrant, w / 2, h / 2, vx, vy);
 }
 
-bool ArcPoints(const Box64& box, CPoint start, CPoint end, bool clockwise,
-               std::vector<CPoint>* points) {
+bool ArcPoints(const Box64& box, PointI start, PointI end, bool clockwise,
+               std::vector<PointI>* points) {
   points->clear();
   if (!Steppable(box.Width(), box.Height())) return false;
-  std::vector<CPoint> q;
+  std::vector<PointI> q;
   EllipseQuadrant(box.Width(), box.Height(), &q);
-  std::vector<CPoint> ring;
+  std::vector<PointI> ring;
   BuildRing(q, box, clockwise, &ring);
   const int c = static_cast<int>(q.size());
   if (c == 0) return false;
@@ -149,17 +149,17 @@ bool ArcPoints(const Box64& box, CPoint start, CPoint end, bool clockwise,
   if (e <= s) e += 4 * c;
   points->reserve(static_cast<std::size_t>(e - s));
   for (int k = s; k < e; ++k) {
-    const CPoint& p = ring[static_cast<std::size_t>(k % (4 * c))];
+    const PointI& p = ring[static_cast<std::size_t>(k % (4 * c))];
     if (points->empty() || points->back() != p) points->push_back(p);
   }
   return true;
 }
 
-void EllipseOutline(const Box64& box, bool clockwise, std::vector<CPoint>* points) {
+void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* points) {
   points->clear();
-  std::vector<CPoint> ring;
+  std::vector<PointI> ring;
   EllipseRing(box, clockwise, &ring);
-  for (const CPoint& p : ring) {
+  for (const PointI& p : ring) {
     if (points->empty() || points->back() != p) points->push_back(p);
   }
   while (points->size() > 1 && points->back() == points->front()) points->pop_back();

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "qvis/compat/cpoint.h"
+#include "qvis/gdi/raster/geom.h"
 
 namespace qvis::gdi {
 
@@ -35,7 +35,7 @@ Box64 NormalizedBox(std::int64_t left, std::int64_t top, std::int64_t right, std
 // height/2 (the quarter that touches the right edge, seen with y growing away from the middle).
 // Consecutive pixels touch (8-connected). Sizes below 1 or above kMaxSteppedEllipse append
 // nothing.
-void EllipseQuadrant(std::int64_t width, std::int64_t height, std::vector<CPoint>* out);
+void EllipseQuadrant(std::int64_t width, std::int64_t height, std::vector<PointI>* out);
 
 // EllipseRing fills `ring` with the closed outline of the ellipse inscribed in `box` (right and
 // bottom edges excluded), as 4 * q absolute pixels where q is the quadrant size: it starts at
@@ -43,13 +43,13 @@ void EllipseQuadrant(std::int64_t width, std::int64_t height, std::vector<CPoint
 // `clockwise`. Pixels on the axes may appear twice in a row (the quarters are mirrored, not
 // merged). Returns the quadrant size q; 0 (and an empty ring) for boxes narrower than 1 or
 // wider than kMaxSteppedEllipse.
-int EllipseRing(const Box64& box, bool clockwise, std::vector<CPoint>* ring);
+int EllipseRing(const Box64& box, bool clockwise, std::vector<PointI>* ring);
 
 // RingIndexOfRay returns the index in the ring of EllipseRing (same box and direction) where
 // the ray from the ring's centre through (x, y) crosses it: the first outline pixel reached
 // when walking from the middle of the right edge in the drawing direction. `quadrant` is the
 // relative quadrant of EllipseQuadrant. A point at the centre counts as lying on the start ray.
-int RingIndexOfRay(const std::vector<CPoint>& quadrant, const Box64& box, bool clockwise,
+int RingIndexOfRay(const std::vector<PointI>& quadrant, const Box64& box, bool clockwise,
                    std::int64_t x, std::int64_t y);
 
 // ArcPoints fills `points` with the outline pixels of the arc of the ellipse in `box` from
@@ -57,13 +57,13 @@ int RingIndexOfRay(const std::vector<CPoint>& quadrant, const Box64& box, bool c
 // with repeated pixels removed. The list is meant to be drawn as an open polyline (so its
 // last pixel is left out). Equal rays give the whole ellipse. Returns false (empty list) when
 // the box is empty or too big to step.
-bool ArcPoints(const Box64& box, CPoint start, CPoint end, bool clockwise,
-               std::vector<CPoint>* points);
+bool ArcPoints(const Box64& box, PointI start, PointI end, bool clockwise,
+               std::vector<PointI>* points);
 
 // EllipseOutline fills `points` with the closed outline of the ellipse in `box`, drawing order
 // from the middle of the right edge in the given direction, repeated pixels removed (for
 // Ellipse; draw it as a closed polyline). Empty for empty or too big boxes.
-void EllipseOutline(const Box64& box, bool clockwise, std::vector<CPoint>* points);
+void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* points);
 
 // RoundRectRows computes the rows of a round-rectangle region of the box with corner ellipses
 // of corner_w x corner_h (an elliptic region when they equal the box's size): for every row y

@@ -1,0 +1,75 @@
+// Arc, ArcTo, Pie and Chord: the part of the stepped ellipse ring between two rays, drawn as an
+// open polyline (Arc, ArcTo from the current position) or closed through the centre (Pie) or
+// straight back (Chord), the closed ones filled by winding first.
+// Owner: gdishapes.
+#include <vector>
+
+#include "qvis/compat/win32_names.h"
+#include "qvis/gdi/dc.h"
+#include "qvis/gdi/gdi.h"
+#include "qvis/gdi/shapes/ellipse_geom.h"
+#include "qvis/gdi/shapes/path_record.h"
+#include "qvis/gdi/shapes/shape_paint.h"
+
+namespace qvis::gdi {
+namespace {
+
+BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe,
+                   int ye, CurveKind kind) {
+  if (dc == nullptr) return FALSE;
+  Box64 box = NormalizedBox(left, top, right, bottom);
+  const PointI start{xs, ys};
+  const PointI end{xe, ye};
+  if (PathIsOpen(*dc)) {
+    RecordCurve(*dc, box, start, end, kind);
+    return TRUE;
+  }
+  ApplyInsideFrame(*dc, &box.left, &box.top, &box.right, &box.bottom);
+  if (box.Width() == 0 || box.Height() == 0) return TRUE;
+  std::vector<PointI> pts;
+  if (kind == CurveKind::kArcTo) pts.push_back(dc->position);
+  std::vector<PointI> arc;
+  ArcPoints(box, start, end, ArcDirectionIsClockwise(*dc), &arc);
+  pts.insert(pts.end(), arc.begin(), arc.end());
+  if (kind == CurveKind::kArcTo && !arc.empty()) dc->position = ArcEndPoint(box, end);
+  if (kind == CurveKind::kPie) {
+    pts.push_back(PointI{static_cast<int>(box.left + box.Width() / 2),
+                         static_cast<int>(box.top + box.Height() / 2)});
+  }
+  if (pts.size() < 2) return TRUE;
+  const int n = static_cast<int>(pts.size());
+  if (kind == CurveKind::kArc || kind == CurveKind::kArcTo) {
+    DrawPenOutline(*dc, pts.data(), n, false);
+    return TRUE;
+  }
+  const IRect clip = ClipBox(*dc);
+  if (clip.IsEmpty()) return TRUE;
+  SpanRegion interior;
+  if (dc->brush != nullptr && !dc->brush->IsNull()) {
+    RegionBuilder builder;
+    dc->scanner.Fill(pts.data(), &n, 1, FillRule::kWinding, clip, builder);
+    interior = builder.Build();
+  }
+  PaintShape(*dc, interior, pts.data(), n);
+  return TRUE;
+}
+
+}  // namespace
+
+BOOL Arc(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe, int ye) {
+  return DrawArcFigure(dc, left, top, right, bottom, xs, ys, xe, ye, CurveKind::kArc);
+}
+
+BOOL ArcTo(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe, int ye) {
+  return DrawArcFigure(dc, left, top, right, bottom, xs, ys, xe, ye, CurveKind::kArcTo);
+}
+
+BOOL Pie(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe, int ye) {
+  return DrawArcFigure(dc, left, top, right, bottom, xs, ys, xe, ye, CurveKind::kPie);
+}
+
+BOOL Chord(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe, int ye) {
+  return DrawArcFigure(dc, left, top, right, bottom, xs, ys, xe, ye, CurveKind::kChord);
+}
+
+}  // namespace qvis::gdi

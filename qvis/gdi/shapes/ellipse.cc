@@ -1,0 +1,107 @@
+// Ellipse, RoundRect and CreateEllipticRgn. The outline is the stepped ring of ellipse_geom.h;
+// the interior is the elliptic region of the box one pixel larger, painted before the outline.
+// Owner: gdishapes.
+#include <climits>
+#include <vector>
+
+#include "qvis/compat/win32_names.h"
+#include "qvis/gdi/dc.h"
+#include "qvis/gdi/gdi.h"
+#include "qvis/gdi/shapes/ellipse_geom.h"
+#include "qvis/gdi/shapes/path_record.h"
+#include "qvis/gdi/shapes/shape_paint.h"
+
+namespace qvis::gdi {
+namespace {
+
+constexpr IRect kEverywhere{INT_MIN, INT_MIN, INT_MAX, INT_MAX};
+
+// Rows of the round-rectangle (or elliptic) region with the given corner ellipse.
+RowShape RoundRows(const Box64& box, std::int64_t corner_w, std::int64_t corner_h) {
+  RowShape rows;
+  rows.top = box.top;
+  RoundRectRows(box, corner_w, corner_h, &rows.left, &rows.right);
+  return rows;
+}
+
+// Boxes this thin are drawn as rectangles: too narrow for a curve to show.
+bool TooThinForCurve(std::int64_t w, std::int64_t h) { return w <= 2 || h <= 2; }
+
+// The outline of a round rectangle: the ring of the corner ellipse with its four quarters
+// moved out to the corners of the box; the straight sides join them.
+void RoundRectOutline(const Box64& box, std::int64_t ew, std::int64_t eh, bool clockwise,
+                      std::vector<PointI>* out) {
+  out->clear();
+  std::vector<PointI> ring;
+  const int c = EllipseRing(Box64{box.left, box.top, box.left + ew, box.top + eh}, clockwise,
+                            &ring);
+  const int dx = static_cast<int>(box.Width() - ew);
+  const int dy = static_cast<int>(box.Height() - eh);
+  for (int k = 0; k < 4 * c; ++k) {
+    PointI p = ring[static_cast<std::size_t>(k)];
+    const bool right = k < c || k >= 3 * c;
+    const bool bottom = clockwise ? (k < c || k >= 3 * c) : (k >= 2 * c);
+    if (right) p.x += dx;
+    if (bottom) p.y += dy;
+    if (out->empty() || out->back() != p) out->push_back(p);
+  }
+  while (out->size() > 1 && out->back() == out->front()) out->pop_back();
+}
+
+BOOL DrawRoundShape(HDC dc, int left, int top, int right, int bottom, std::int64_t corner_w,
+                    std::int64_t corner_h, bool is_ellipse) {
+  if (dc == nullptr) return FALSE;
+  Box64 box = NormalizedBox(left, top, right, bottom);
+  if (PathIsOpen(*dc)) {
+    if (is_ellipse) RecordCurve(*dc, box, PointI{}, PointI{}, CurveKind::kEllipse);
+    return TRUE;
+  }
+  ApplyInsideFrame(*dc, &box.left, &box.top, &box.right, &box.bottom);
+  const std::int64_t w = box.Width();
+  const std::int64_t h = box.Height();
+  if (w == 0 || h == 0) return TRUE;
+  const std::int64_t ew = std::min(w, corner_w < 0 ? -corner_w : corner_w);
+  const std::int64_t eh = std::min(h, corner_h < 0 ? -corner_h : corner_h);
+  if (TooThinForCurve(ew, eh)) {
+    if (w == 1 && h == 1) return TRUE;  // a one-pixel box has no outline left to draw
+    return Rectangle(dc, static_cast<int>(box.left), static_cast<int>(box.top),
+                     static_cast<int>(box.right), static_cast<int>(box.bottom));
+  }
+  if (w > kMaxSteppedEllipse || h > kMaxSteppedEllipse) return TRUE;
+  const IRect clip = ClipBox(*dc);
+  if (clip.IsEmpty()) return TRUE;
+  SpanRegion interior;
+  if (dc->brush != nullptr && !dc->brush->IsNull()) {
+    const Box64 grown{box.left, box.top, box.right + 1, box.bottom + 1};
+    interior = RowsToRegion(RoundRows(grown, ew, eh), clip);
+  }
+  std::vector<PointI> outline;
+  if (is_ellipse) {
+    EllipseOutline(box, ArcDirectionIsClockwise(*dc), &outline);
+  } else {
+    RoundRectOutline(box, ew, eh, ArcDirectionIsClockwise(*dc), &outline);
+  }
+  PaintShape(*dc, interior, outline.data(), static_cast<int>(outline.size()));
+  return TRUE;
+}
+
+}  // namespace
+
+BOOL Ellipse(HDC dc, int left, int top, int right, int bottom) {
+  return DrawRoundShape(dc, left, top, right, bottom, std::int64_t{right} - left,
+                        std::int64_t{bottom} - top, true);
+}
+
+BOOL RoundRect(HDC dc, int left, int top, int right, int bottom, int width, int height) {
+  return DrawRoundShape(dc, left, top, right, bottom, width, height, false);
+}
+
+HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
+  const Box64 box = NormalizedBox(left, top, right, bottom);
+  auto* region = new RegionData;
+  region->shape = RowsToRegion(RoundRows(box, box.Width(), box.Height()), kEverywhere);
+  Register(region);
+  return region;
+}
+
+}  // namespace qvis::gdi

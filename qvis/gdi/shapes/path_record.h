@@ -1,0 +1,32 @@
+// Recording of curved figures into a DC's open path: ellipses and elliptic arcs become cubic
+// Bezier pieces, pies and chords add their straight sides and close the figure.
+// Owner: gdishapes.
+#ifndef QVIS_GDI_SHAPES_PATH_RECORD_H_
+#define QVIS_GDI_SHAPES_PATH_RECORD_H_
+
+#include "qvis/gdi/raster/geom.h"
+#include "qvis/gdi/shapes/ellipse_geom.h"
+
+namespace qvis::gdi {
+
+struct DeviceContext;
+
+enum class CurveKind { kArc, kArcTo, kPie, kChord, kEllipse };
+
+// PathIsOpen tells whether drawing calls on the DC are being recorded.
+bool PathIsOpen(const DeviceContext& dc);
+
+// RecordCurve adds the figure of the ellipse in `box` (device pixels, right and bottom edges
+// excluded as when drawn) from the ray through `start` to the ray through `end` in the DC's arc
+// direction: kArc starts a new figure, kArcTo continues the current one with a line to the arc's
+// start and moves the current position to its end, kPie and kChord close the figure (through
+// the centre for kPie), kEllipse records the whole closed ellipse. An empty box records nothing.
+void RecordCurve(DeviceContext& dc, const Box64& box, PointI start, PointI end, CurveKind kind);
+
+// ArcEndPoint: the point where the ray from the centre of `box` through `ray` meets the ellipse,
+// rounded to the nearest pixel (the position ArcTo leaves behind).
+PointI ArcEndPoint(const Box64& box, PointI ray);
+
+}  // namespace qvis::gdi
+
+#endif  // QVIS_GDI_SHAPES_PATH_RECORD_H_

@@ -1,0 +1,66 @@
+// Interior-then-outline painting of closed curved shapes. Owner: gdishapes.
+#include "qvis/gdi/shapes/shape_paint.h"
+
+#include <algorithm>
+
+#include "qvis/gdi/dc.h"
+#include "qvis/gdi/shapes/wide_pen.h"
+
+namespace qvis::gdi {
+
+SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip) {
+  RegionBuilder builder;
+  if (clip.IsEmpty()) return builder.Build();
+  const std::int64_t n = static_cast<std::int64_t>(rows.left.size());
+  const std::int64_t r0 = std::max<std::int64_t>(0, clip.top - rows.top);
+  const std::int64_t r1 = std::min<std::int64_t>(n, std::int64_t{clip.bottom} - rows.top);
+  {
+    SpanBatch batch(builder);
+    for (std::int64_t r = r0; r < r1; ++r) {
+      const std::int64_t x0 = std::max<std::int64_t>(rows.left[static_cast<std::size_t>(r)],
+                                                     clip.left);
+      const std::int64_t x1 = std::min<std::int64_t>(rows.right[static_cast<std::size_t>(r)],
+                                                     clip.right);
+      if (x0 < x1) {
+        batch.Add(static_cast<int>(rows.top + r), static_cast<int>(x0), static_cast<int>(x1));
+      }
+    }
+  }
+  return builder.Build();
+}
+
+void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* outline,
+                int count) {
+  const IRect clip = ClipBox(dc);
+  if (clip.IsEmpty()) return;
+  const bool has_pen = dc.pen != nullptr && !dc.pen->IsNull() && count > 0;
+  const bool has_brush = dc.brush != nullptr && !dc.brush->IsNull();
+  if (has_pen && dc.pen->IsWide()) {
+    const SpanRegion outline_rgn = WideOutlineRegion(dc, outline, count, true);
+    if (has_brush && !interior.IsEmpty()) {
+      const SpanRegion inner = SpanRegion::Combine(interior, outline_rgn, RegionOp::kDiff);
+      inner.Emit(clip, BrushSink(dc, dc.brush));
+    }
+    outline_rgn.Emit(clip, PenSink(dc));
+    return;
+  }
+  if (has_brush && !interior.IsEmpty()) interior.Emit(clip, BrushSink(dc, dc.brush));
+  if (has_pen) DrawCosmeticPolyline(dc, outline, count, true);
+}
+
+bool ArcDirectionIsClockwise(const DeviceContext& dc) { return dc.arc_direction == 2; }
+
+void ApplyInsideFrame(const DeviceContext& dc, std::int64_t* left, std::int64_t* top,
+                      std::int64_t* right, std::int64_t* bottom) {
+  constexpr int kInsideFrame = 6;
+  if (dc.pen == nullptr || dc.pen->style != kInsideFrame || !dc.pen->IsWide()) return;
+  const std::int64_t w = dc.pen->width;
+  *left += w / 2;
+  *top += w / 2;
+  *right -= (w - 1) / 2;
+  *bottom -= (w - 1) / 2;
+  if (*right < *left) *right = *left;
+  if (*bottom < *top) *bottom = *top;
+}
+
+}  // namespace qvis::gdi

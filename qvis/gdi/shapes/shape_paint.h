@@ -1,0 +1,45 @@
+// Painting helpers shared by the closed curved shapes (Ellipse, RoundRect, Pie, Chord): an
+// interior given as rows or as a region painted with the brush, then the outline with the pen,
+// so that a wide outline and the interior never paint the same pixel.
+// Owner: gdishapes.
+#ifndef QVIS_GDI_SHAPES_SHAPE_PAINT_H_
+#define QVIS_GDI_SHAPES_SHAPE_PAINT_H_
+
+#include <cstdint>
+#include <vector>
+
+#include "qvis/gdi/raster/geom.h"
+#include "qvis/gdi/raster/region.h"
+
+namespace qvis::gdi {
+
+struct DeviceContext;
+
+// RowShape: rows top, top+1, ... with the half-open spans [left[i], right[i]) (empty rows
+// allowed), in 64-bit pixels.
+struct RowShape {
+  std::int64_t top = 0;
+  std::vector<std::int64_t> left;
+  std::vector<std::int64_t> right;
+};
+
+// RowsToRegion keeps the part of the rows inside `clip` as a region.
+SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip);
+
+// PaintShape paints a closed shape: the interior (already a region, clipped) with the DC's
+// brush, then the outline points with the DC's pen (closed polyline). A cosmetic pen is drawn
+// over the painted interior, as GDI does; a wide pen's pixels are taken out of the interior
+// first. A null pen or brush skips its part.
+void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* outline, int count);
+
+// ArcDirectionIsClockwise tells the direction the DC draws arcs in.
+bool ArcDirectionIsClockwise(const DeviceContext& dc);
+
+// PenBox: the box a shape's outline is drawn on, after an inside-frame pen moved it inward by
+// half its width.
+void ApplyInsideFrame(const DeviceContext& dc, std::int64_t* left, std::int64_t* top,
+                      std::int64_t* right, std::int64_t* bottom);
+
+}  // namespace qvis::gdi
+
+#endif  // QVIS_GDI_SHAPES_SHAPE_PAINT_H_

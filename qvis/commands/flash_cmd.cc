@@ -1,0 +1,414 @@
+#include "qvis/commands/flash_cmd.h"
+
+#include <vector>
+
+#include "qvis/commands/construction.h"
+#include "qvis/commands/rubber_band.h"
+#include "qvis/compat/cpoint.h"
+#include "qvis/compat/win32_names.h"
+#include "qvis/gdi/gdi.h"
+#include "qvis/render/surface.h"
+
+using qvis::RubberBand;
+
+namespace {
+
+// The round pad is the one that keeps its placed position, refuses a move to where it is, and
+// moves on a right-button release.
+template <class Cmd>
+constexpr bool kIsRoundPad = requires(Cmd c) { c.m_dPlacedX; };
+
+// FlashFlow: the protocol steps the four pad commands share.
+template <class Cmd>
+struct FlashFlow {
+  static void Active(Cmd& c) {
+    if (c.m_nActive) return;
+    c.m_nProgress = 0;
+    c.m_nActive = 1;
+    c.Draw();
+  }
+  static void Deactive(Cmd& c) {
+    if (!c.m_nActive) return;
+    c.Draw();
+    c.m_nProgress = 0;
+    c.m_nActive = 0;
+  }
+  static void Cancel(Cmd& c) {
+    if (c.m_nActive) RubberBand::Update(c, [&] { c.m_nProgress = 0; });
+  }
+  static int KeyPress(Cmd& c, int key) {
+    if (!c.m_nActive || key != qvis::kKeyEscape) return qvis::kNotHandled;
+    if (c.m_nProgress == 0) return qvis::kLeaveCommand;
+    RubberBand::Update(c, [&] { c.m_nProgress = 0; });
+    return qvis::kHandled;
+  }
+  static void SetColor(Cmd& c, unsigned long color, unsigned long xor_color) {
+    RubberBand::Update(c, [&] {
+      c.m_crColor = static_cast<COLORREF>(color);
+      c.m_crXORColor = static_cast<COLORREF>(xor_color);
+    });
+  }
+  static int MouseMove(Cmd& c, double x, double y) {
+    if (!c.m_nActive) return qvis::kNotHandled;
+    if constexpr (kIsRoundPad<Cmd>) {
+      if (x == c.m_dCurrentX && y == c.m_dCurrentY) return qvis::kNotHandled;
+    }
+    RubberBand::Update(c, [&] {
+      c.m_dCurrentX = x;
+      c.m_dCurrentY = y;
+    });
+    return qvis::kHandled;
+  }
+  static int MouseDown(Cmd& c, unsigned flags, double x, double y) {
+    if (!c.m_nActive || flags != qvis::kLeftButton) return qvis::kNotHandled;
+    c.Draw();
+    if (c.m_nProgress != 0) return qvis::kHandled;
+    c.m_dCurrentX = x;
+    c.m_dCurrentY = y;
+    if constexpr (kIsRoundPad<Cmd>) {
+      c.m_dPlacedX = x;
+      c.m_dPlacedY = y;
+    }
+    c.Draw();
+    return qvis::kHandled;
+  }
+};
+
+// PadPainter holds what every pad's Draw needs: the surface, the target and the resolved DC.
+struct PadPainter {
+  CQVIS_GDI* surface;
+  qvis::HDC target;
+
+  // Begin selects XOR on the target (the drawing DC for a null target) and, unless bare, the
+  // 1-pixel pen and the cached solid brush of the colour. False when there is nothing to draw
+  // into.
+  bool Begin(COLORREF color, bool bare) const {
+    if (!surface) return false;
+    surface->SetXOrMode(target);
+    if (!bare) {
+      surface->PrepareSolidPen(color, target);
+      surface->PrepareSolidBrush(color, target);
+    }
+    return true;
+  }
+
+  static bool HasHole(double hole_w, double hole_h) { return hole_w != 0.0 || hole_h != 0.0; }
+
+  // CutAndFill subtracts the hole from `outer` and fills the rest with a solid brush of the
+  // colour made for the call; frees the regions and the brush. A null outer region: nothing.
+  void CutAndFill(qvis::HRGN outer, double cx, double cy, double hole_w, double hole_h,
+                  COLORREF color) const {
+    if (!outer) return;
+    qvis::HRGN hole = hole_h != 0.0
+                          ? surface->GetRectangleRgn(target, cx - hole_w / 2, cy + hole_h / 2,
+                                                     cx + hole_w / 2, cy - hole_h / 2)
+                          : surface->GetCircleRgn(target, cx, cy, hole_w / 2);
+    if (hole) {
+      qvis::gdi::CombineRgn(outer, outer, hole, RGN_DIFF);
+      qvis::gdi::DeleteObject(hole);
+    }
+    qvis::HBRUSH brush = qvis::gdi::CreateSolidBrush(color);
+    qvis::gdi::FillRgn(surface->ResolveDC(target), outer, brush);
+    qvis::gdi::DeleteObject(brush);
+    qvis::gdi::DeleteObject(outer);
+  }
+
+  std::vector<CPoint> DevicePoints(const std::vector<qvis::WorldPt>& pts) const {
+    std::vector<CPoint> dev;
+    dev.reserve(pts.size());
+    for (const qvis::WorldPt& p : pts) {
+      dev.emplace_back(surface->WorldToDeviceX(p.x), surface->WorldToDeviceY(p.y));
+    }
+    return dev;
+  }
+};
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Round pad
+
+CQVIS_DrawFlashCircleCmd::CQVIS_DrawFlashCircleCmd(CQVIS_GDI* pSurface)
+    : m_pSurface(pSurface),
+      m_hTargetDC(qvis::OriginContextOf(pSurface)),
+      m_nActive(0),
+      m_dPlacedX(0.0),
+      m_dPlacedY(0.0),
+      m_dRadius(0.0),
+      m_dCurrentX(0.0),
+      m_dCurrentY(0.0),
+      m_dHoleWidth(0.0),
+      m_dHoleHeight(0.0),
+      m_nApertureID(0),
+      m_nProgress(0),
+      m_nLayer(0),
+      m_crColor(0x0000FF),
+      m_crXORColor(0x0000FF) {}
+
+void CQVIS_DrawFlashCircleCmd::Init() {
+  Clear();
+  m_dHoleWidth = m_dHoleHeight = 0.0;
+}
+
+void CQVIS_DrawFlashCircleCmd::Clear() {
+  m_nActive = 0;
+  m_dPlacedX = m_dPlacedY = 0.0;
+  m_dCurrentY = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawFlashCircleCmd::Active() { FlashFlow<CQVIS_DrawFlashCircleCmd>::Active(*this); }
+void CQVIS_DrawFlashCircleCmd::Deactive() {
+  FlashFlow<CQVIS_DrawFlashCircleCmd>::Deactive(*this);
+}
+void CQVIS_DrawFlashCircleCmd::Cancel() { FlashFlow<CQVIS_DrawFlashCircleCmd>::Cancel(*this); }
+int CQVIS_DrawFlashCircleCmd::KeyPress(int nKey) {
+  return FlashFlow<CQVIS_DrawFlashCircleCmd>::KeyPress(*this, nKey);
+}
+int CQVIS_DrawFlashCircleCmd::MouseMove(double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashCircleCmd>::MouseMove(*this, x, y);
+}
+int CQVIS_DrawFlashCircleCmd::MouseDown(unsigned int nFlags, double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashCircleCmd>::MouseDown(*this, nFlags, x, y);
+}
+int CQVIS_DrawFlashCircleCmd::MouseUp(unsigned int nFlags, double x, double y) {
+  if (!m_nActive || nFlags != qvis::kRightButton) return qvis::kNotHandled;
+  RubberBand::Update(*this, [&] {
+    m_dCurrentX = x;
+    m_dCurrentY = y;
+    m_nProgress = 0;
+  });
+  return qvis::kHandled;
+}
+void CQVIS_DrawFlashCircleCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
+  FlashFlow<CQVIS_DrawFlashCircleCmd>::SetColor(*this, crColor, crXORColor);
+}
+void CQVIS_DrawFlashCircleCmd::OnDraw() {
+  if (m_nActive) Draw();
+}
+
+void CQVIS_DrawFlashCircleCmd::Draw() {
+  if (!m_nActive) return;
+  const PadPainter pad{m_pSurface, m_hTargetDC};
+  if (!pad.Begin(m_crXORColor, false) || m_nProgress != 0) return;
+  const double x = m_dCurrentX, y = m_dCurrentY;
+  if (!PadPainter::HasHole(m_dHoleWidth, m_dHoleHeight)) {
+    m_pSurface->DrawCircle(m_hTargetDC, x, y, m_dRadius);
+    return;
+  }
+  pad.CutAndFill(m_pSurface->GetCircleRgn(m_hTargetDC, x, y, m_dRadius), x, y, m_dHoleWidth,
+                 m_dHoleHeight, m_crXORColor);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Rectangular pad
+
+CQVIS_DrawFlashRectCmd::CQVIS_DrawFlashRectCmd(CQVIS_GDI* pSurface)
+    : m_pSurface(pSurface),
+      m_hTargetDC(qvis::OriginContextOf(pSurface)),
+      m_dHoleWidth(0.0),
+      m_dHoleHeight(0.0),
+      m_nApertureID(0),
+      m_nLayer(0),
+      m_crColor(0x0000FF),
+      m_crXORColor(0x0000FF) {
+  Init();
+}
+
+void CQVIS_DrawFlashRectCmd::Init() {
+  m_nActive = 0;
+  m_dCurrentX = m_dCurrentY = 0.0;
+  m_dLeft = m_dRight = m_dHeight = m_dWidth = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawFlashRectCmd::Clear() {
+  m_nActive = 0;
+  m_dCurrentX = m_dCurrentY = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawFlashRectCmd::Active() { FlashFlow<CQVIS_DrawFlashRectCmd>::Active(*this); }
+void CQVIS_DrawFlashRectCmd::Deactive() { FlashFlow<CQVIS_DrawFlashRectCmd>::Deactive(*this); }
+void CQVIS_DrawFlashRectCmd::Cancel() { FlashFlow<CQVIS_DrawFlashRectCmd>::Cancel(*this); }
+int CQVIS_DrawFlashRectCmd::KeyPress(int nKey) {
+  return FlashFlow<CQVIS_DrawFlashRectCmd>::KeyPress(*this, nKey);
+}
+int CQVIS_DrawFlashRectCmd::MouseMove(double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashRectCmd>::MouseMove(*this, x, y);
+}
+int CQVIS_DrawFlashRectCmd::MouseDown(unsigned int nFlags, double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashRectCmd>::MouseDown(*this, nFlags, x, y);
+}
+int CQVIS_DrawFlashRectCmd::MouseUp(unsigned int, double, double) { return qvis::kNotHandled; }
+void CQVIS_DrawFlashRectCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
+  FlashFlow<CQVIS_DrawFlashRectCmd>::SetColor(*this, crColor, crXORColor);
+}
+void CQVIS_DrawFlashRectCmd::OnDraw() {
+  if (m_nActive) Draw();
+}
+
+void CQVIS_DrawFlashRectCmd::SetWidth(double dWidth) {
+  m_dWidth = dWidth;
+  m_dLeft = m_dRight = dWidth * 0.5;
+}
+
+void CQVIS_DrawFlashRectCmd::SetWidth(double dLeft, double dRight) {
+  m_dLeft = dLeft;
+  m_dRight = dRight;
+  m_dWidth = dLeft + dRight;
+}
+
+void CQVIS_DrawFlashRectCmd::SetSquare(double dSize) {
+  m_dWidth = m_dHeight = dSize;
+  m_dLeft = m_dRight = dSize * 0.5;
+}
+
+void CQVIS_DrawFlashRectCmd::Draw() {
+  if (!m_nActive) return;
+  const PadPainter pad{m_pSurface, m_hTargetDC};
+  if (!pad.Begin(m_crXORColor, false) || m_nProgress != 0) return;
+  const double x = m_dCurrentX, y = m_dCurrentY, h2 = m_dHeight / 2;
+  if (!PadPainter::HasHole(m_dHoleWidth, m_dHoleHeight)) {
+    m_pSurface->DrawRectangle(m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2);
+    return;
+  }
+  pad.CutAndFill(m_pSurface->GetRectangleRgn(m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2),
+                 x, y, m_dHoleWidth, m_dHoleHeight, m_crXORColor);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Obround pad
+
+CQVIS_DrawFlashObroundCmd::CQVIS_DrawFlashObroundCmd(CQVIS_GDI* pSurface)
+    : m_pSurface(pSurface),
+      m_hTargetDC(qvis::OriginContextOf(pSurface)),
+      m_nApertureID(0),
+      m_nLayer(0),
+      m_crColor(0x0000FF),
+      m_crXORColor(0x0000FF) {
+  Init();
+}
+
+void CQVIS_DrawFlashObroundCmd::Init() {
+  m_nActive = 0;
+  m_dCurrentX = m_dCurrentY = 0.0;
+  m_dLeft = m_dRight = m_dHeight = m_dWidth = 0.0;
+  m_dHoleWidth = m_dHoleHeight = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawFlashObroundCmd::Clear() {
+  m_nActive = 0;
+  m_dCurrentX = m_dCurrentY = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawFlashObroundCmd::Active() { FlashFlow<CQVIS_DrawFlashObroundCmd>::Active(*this); }
+void CQVIS_DrawFlashObroundCmd::Deactive() {
+  FlashFlow<CQVIS_DrawFlashObroundCmd>::Deactive(*this);
+}
+void CQVIS_DrawFlashObroundCmd::Cancel() { FlashFlow<CQVIS_DrawFlashObroundCmd>::Cancel(*this); }
+int CQVIS_DrawFlashObroundCmd::KeyPress(int nKey) {
+  return FlashFlow<CQVIS_DrawFlashObroundCmd>::KeyPress(*this, nKey);
+}
+int CQVIS_DrawFlashObroundCmd::MouseMove(double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashObroundCmd>::MouseMove(*this, x, y);
+}
+int CQVIS_DrawFlashObroundCmd::MouseDown(unsigned int nFlags, double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashObroundCmd>::MouseDown(*this, nFlags, x, y);
+}
+int CQVIS_DrawFlashObroundCmd::MouseUp(unsigned int, double, double) { return qvis::kNotHandled; }
+void CQVIS_DrawFlashObroundCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
+  FlashFlow<CQVIS_DrawFlashObroundCmd>::SetColor(*this, crColor, crXORColor);
+}
+
+void CQVIS_DrawFlashObroundCmd::SetWidth(double dWidth) {
+  m_dWidth = dWidth;
+  m_dLeft = m_dRight = dWidth * 0.5;
+}
+
+void CQVIS_DrawFlashObroundCmd::SetWidth(double dLeft, double dRight) {
+  m_dLeft = dLeft;
+  m_dRight = dRight;
+  m_dWidth = dLeft + dRight;
+}
+
+void CQVIS_DrawFlashObroundCmd::Draw() {
+  if (!m_nActive) return;
+  const PadPainter pad{m_pSurface, m_hTargetDC};
+  if (!pad.Begin(m_crXORColor, true) || m_nProgress != 0) return;
+  m_pSurface->DrawObroundRgn(m_hTargetDC, m_dCurrentX, m_dCurrentY, m_dWidth, m_dHeight,
+                             m_dHoleWidth, m_dHoleHeight, 0.0, m_crXORColor);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Regular-polygon pad
+
+CQVIS_DrawFlashPolygonCmd::CQVIS_DrawFlashPolygonCmd(CQVIS_GDI* pSurface)
+    : m_pSurface(pSurface),
+      m_hTargetDC(qvis::OriginContextOf(pSurface)),
+      m_dHoleWidth(0.0),
+      m_dHoleHeight(0.0),
+      m_nApertureID(0),
+      m_nLayer(0),
+      m_crColor(0x0000FF),
+      m_crXORColor(0x0000FF) {
+  Init();
+}
+
+void CQVIS_DrawFlashPolygonCmd::Init() {
+  m_nSideCount = 3;
+  m_nActive = 0;
+  m_dCurrentX = m_dCurrentY = 0.0;
+  m_dDiameter = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawFlashPolygonCmd::Clear() {
+  m_nActive = 0;
+  m_dCurrentX = m_dCurrentY = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawFlashPolygonCmd::Active() { FlashFlow<CQVIS_DrawFlashPolygonCmd>::Active(*this); }
+void CQVIS_DrawFlashPolygonCmd::Deactive() {
+  FlashFlow<CQVIS_DrawFlashPolygonCmd>::Deactive(*this);
+}
+void CQVIS_DrawFlashPolygonCmd::Cancel() { FlashFlow<CQVIS_DrawFlashPolygonCmd>::Cancel(*this); }
+int CQVIS_DrawFlashPolygonCmd::KeyPress(int nKey) {
+  return FlashFlow<CQVIS_DrawFlashPolygonCmd>::KeyPress(*this, nKey);
+}
+int CQVIS_DrawFlashPolygonCmd::MouseMove(double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashPolygonCmd>::MouseMove(*this, x, y);
+}
+int CQVIS_DrawFlashPolygonCmd::MouseDown(unsigned int nFlags, double x, double y) {
+  return FlashFlow<CQVIS_DrawFlashPolygonCmd>::MouseDown(*this, nFlags, x, y);
+}
+int CQVIS_DrawFlashPolygonCmd::MouseUp(unsigned int, double, double) { return qvis::kNotHandled; }
+void CQVIS_DrawFlashPolygonCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
+  FlashFlow<CQVIS_DrawFlashPolygonCmd>::SetColor(*this, crColor, crXORColor);
+}
+void CQVIS_DrawFlashPolygonCmd::OnDraw() {
+  if (m_nActive) Draw();
+}
+
+void CQVIS_DrawFlashPolygonCmd::Draw() {
+  if (!m_nActive) return;
+  const PadPainter pad{m_pSurface, m_hTargetDC};
+  if (!pad.Begin(m_crXORColor, false) || m_nProgress != 0) return;
+  // A pad with fewer than 3 sides has no outline and no region: nothing is drawn (the integer
+  // angle step would divide by zero for 0 sides).
+  const std::vector<qvis::WorldPt> pts =
+      qvis::RegularPolygonVertices(m_dCurrentX, m_dCurrentY, m_dDiameter, m_nSideCount);
+  if (pts.size() < 3) return;
+  std::vector<CPoint> dev = pad.DevicePoints(pts);
+  const qvis::HDC dc = m_pSurface->ResolveDC(m_hTargetDC);
+  if (!PadPainter::HasHole(m_dHoleWidth, m_dHoleHeight)) {
+    qvis::gdi::Polygon(dc, dev.data(), static_cast<int>(dev.size()));
+    return;
+  }
+  pad.CutAndFill(qvis::gdi::CreatePolygonRgn(dev.data(), static_cast<int>(dev.size()),
+                                             qvis::gdi::GetPolyFillMode(dc)),
+                 m_dCurrentX, m_dCurrentY, m_dHoleWidth, m_dHoleHeight, m_crXORColor);
+}

@@ -1,0 +1,282 @@
+#include "qvis/commands/polygon_cmd.h"
+
+#include "qvis/commands/rubber_band.h"
+#include "qvis/commands/vertex_list.h"
+#include "qvis/compat/win32_names.h"
+
+using qvis::RubberBand;
+using qvis::WorldPt;
+using qvis::WorldSeg;
+
+namespace {
+using Owned = qvis::OwnedList<CQVIS_DrawPolygonPoint>;
+using Flow = qvis::VertexListFlow<CQVIS_DrawPolygonCmd>;
+
+// Footprint size in pixels (the cross's half length).
+constexpr double kFootprintPixels = 5.0;
+
+// Edge draws the edge from a to b: a straight line, or the arc b carries.
+void Edge(const RubberBand& band, const CQVIS_DrawPolygonPoint& a,
+          const CQVIS_DrawPolygonPoint& b) {
+  const WorldPt pa{a.m_dX, a.m_dY}, pb{b.m_dX, b.m_dY};
+  if (!b.m_nArc) {
+    band.Line(pa, pb);
+    return;
+  }
+  const WorldPt c{b.m_dCenterX, b.m_dCenterY};
+  const double r = qvis::Distance(c, pa);
+  if (b.m_nDirection == AD_CLOCKWISE) {
+    band.Arc(c, r, pb, pa);  // the same arc, run counter-clockwise from its other end
+  } else {
+    band.Arc(c, r, pa, pb);
+  }
+}
+}  // namespace
+
+CQVIS_DrawPolygonCmd::CQVIS_DrawPolygonCmd(CQVIS_GDI* pSurface)
+    : m_pPointList(nullptr),
+      m_pBackupList(nullptr),
+      m_pSurface(pSurface),
+      m_hTargetDC(qvis::OriginContextOf(pSurface)),
+      m_nActive(0),
+      m_nLineStyle(0),
+      m_nPxy(0),
+      m_nLayer(0),
+      m_nApertureID(0),
+      m_dAnchorX(0.0),
+      m_dAnchorY(0.0),
+      m_dCursorX(0.0),
+      m_dCursorY(0.0),
+      m_dPx(0.0),
+      m_dPy(0.0),
+      m_nProgress(0),
+      m_nInfoStep(0),
+      m_crColor(0x0000FF),
+      m_crXORColor(0x0000FF),
+      m_crBackupColor(0xFF0000) {
+  Init();
+}
+
+CQVIS_DrawPolygonCmd::CQVIS_DrawPolygonCmd(const CQVIS_DrawPolygonCmd& other)
+    : m_pPointList(nullptr), m_pBackupList(nullptr) {
+  *this = other;
+}
+
+CQVIS_DrawPolygonCmd& CQVIS_DrawPolygonCmd::operator=(const CQVIS_DrawPolygonCmd& other) {
+  if (this == &other) return *this;
+  Owned::CopyInto(m_pPointList, other.m_pPointList);
+  Owned::CopyInto(m_pBackupList, other.m_pBackupList);
+  m_pSurface = other.m_pSurface;
+  m_hTargetDC = other.m_hTargetDC;
+  m_nActive = other.m_nActive;
+  m_nLineStyle = other.m_nLineStyle;
+  m_nPxy = other.m_nPxy;
+  m_nLayer = other.m_nLayer;
+  m_nApertureID = other.m_nApertureID;
+  m_dAnchorX = other.m_dAnchorX;
+  m_dAnchorY = other.m_dAnchorY;
+  m_dCursorX = other.m_dCursorX;
+  m_dCursorY = other.m_dCursorY;
+  m_dPx = other.m_dPx;
+  m_dPy = other.m_dPy;
+  m_nProgress = other.m_nProgress;
+  m_nInfoStep = other.m_nInfoStep;
+  m_crColor = other.m_crColor;
+  m_crXORColor = other.m_crXORColor;
+  m_crBackupColor = other.m_crBackupColor;
+  m_strInfo = other.m_strInfo;
+  return *this;
+}
+
+CQVIS_DrawPolygonCmd::~CQVIS_DrawPolygonCmd() { Release(); }
+
+void CQVIS_DrawPolygonCmd::Init() {
+  m_nInfoStep = 0;
+  Owned::Destroy(m_pPointList);
+  Owned::Destroy(m_pBackupList);
+  m_pPointList = new qvis::PolygonPointList;
+  m_pBackupList = new qvis::PolygonPointList;
+  m_nActive = 0;
+  m_dAnchorX = m_dAnchorY = 0.0;
+  m_dCursorX = m_dCursorY = 0.0;
+  m_nProgress = 0;
+}
+
+void CQVIS_DrawPolygonCmd::Clear() {
+  m_dAnchorX = m_dAnchorY = 0.0;
+  m_dCursorX = m_dCursorY = 0.0;
+  m_nProgress = 0;
+  Owned::Empty(m_pPointList);
+  Owned::Empty(m_pBackupList);
+}
+
+void CQVIS_DrawPolygonCmd::Release() {
+  Clear();
+  Owned::Destroy(m_pPointList);
+  Owned::Destroy(m_pBackupList);
+}
+
+void CQVIS_DrawPolygonCmd::ReleasePoints() { Owned::Empty(m_pPointList); }
+
+void CQVIS_DrawPolygonCmd::Active() { Flow::Active(*this); }
+void CQVIS_DrawPolygonCmd::Deactive() { Flow::Deactive(*this); }
+
+void CQVIS_DrawPolygonCmd::Cancel() {
+  if (m_nActive) Flow::Escape(*this);
+}
+
+int CQVIS_DrawPolygonCmd::MouseMove(double x, double y) { return Flow::MouseMove(*this, x, y); }
+
+int CQVIS_DrawPolygonCmd::MouseDown(unsigned int nFlags, double x, double y) {
+  if (!m_nActive || nFlags != qvis::kLeftButton) return qvis::kNotHandled;
+  return Flow::ClickStep(*this, x, y);
+}
+
+int CQVIS_DrawPolygonCmd::MouseUp(unsigned int nFlags, double, double) {
+  if (!m_nActive) return qvis::kNotHandled;
+  return nFlags == qvis::kRightButton ? qvis::kHandled : qvis::kNotHandled;
+}
+
+int CQVIS_DrawPolygonCmd::MouseDblClk() {
+  if (!m_nActive) return qvis::kNotHandled;
+  Flow::Finish(*this);
+  return qvis::kHandled;
+}
+
+int CQVIS_DrawPolygonCmd::KeyPress(int nKey) { return Flow::KeyPress(*this, nKey); }
+
+int CQVIS_DrawPolygonCmd::Done() { return Flow::KeyPress(*this, qvis::kKeyReturn); }
+
+void CQVIS_DrawPolygonCmd::Draw() {
+  if (!m_nActive) return;
+  const RubberBand band(m_pSurface, m_hTargetDC);
+  band.XorMode();
+  band.NullBrush();
+  if (m_nLineStyle == 0) {
+    band.ThinPen(m_crXORColor);
+  } else {
+    band.DotPen(m_crXORColor);
+  }
+  if (m_nProgress == 0) {
+    band.Plus({m_dAnchorX, m_dAnchorY}, band.PixelsToWorld(kFootprintPixels));
+    return;
+  }
+  WorldSeg legs[2];
+  const int n = Flow::Legs(*this, legs);
+  for (int i = 0; i < n; ++i) band.Line(legs[i].from, legs[i].to);
+  if (Owned::Count(m_pPointList) >= 2) {
+    const CQVIS_DrawPolygonPoint* first = m_pPointList->GetAt(0);
+    band.Line({m_dCursorX, m_dCursorY}, {first->m_dX, first->m_dY});
+  }
+}
+
+void CQVIS_DrawPolygonCmd::OnDraw() {
+  DrawLineList();
+  Draw();
+}
+
+void CQVIS_DrawPolygonCmd::SetInfoLine() {
+  const CString prompt = Flow::InfoLine(*this);
+  (void)prompt;  // composed for the step; the host builds its own prompt from the state
+}
+
+void CQVIS_DrawPolygonCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
+  if (!m_nActive) {
+    m_crColor = static_cast<COLORREF>(crColor);
+    m_crXORColor = static_cast<COLORREF>(crXORColor);
+    return;
+  }
+  Draw();
+  DrawLineList(m_crColor);
+  m_crColor = static_cast<COLORREF>(crColor);
+  m_crXORColor = static_cast<COLORREF>(crXORColor);
+  DrawLineList();
+  Draw();
+}
+
+void CQVIS_DrawPolygonCmd::SetLineStyle(int nStyle) {
+  if (!m_nActive) {
+    m_nLineStyle = nStyle;
+    return;
+  }
+  Draw();
+  DrawLineList(m_crColor);
+  m_nLineStyle = nStyle;
+  DrawLineList();
+  Draw();
+}
+
+void CQVIS_DrawPolygonCmd::AddPoint(double x, double y) {
+  if (!m_pPointList) m_pPointList = new qvis::PolygonPointList;
+  if (Owned::IsLast(m_pPointList, x, y)) return;
+  m_pPointList->Add(new CQVIS_DrawPolygonPoint(x, y));
+}
+
+int CQVIS_DrawPolygonCmd::IsLastPosition(double x, double y) const {
+  return Owned::IsLast(m_pPointList, x, y) ? 1 : 0;
+}
+
+void CQVIS_DrawPolygonCmd::MakeBackup() { Owned::CopyInto(m_pBackupList, m_pPointList); }
+
+int CQVIS_DrawPolygonCmd::GetPxy() { return Flow::GetPxy(*this); }
+
+void CQVIS_DrawPolygonCmd::Back(unsigned long crColor) { Flow::Back(*this, crColor); }
+
+void CQVIS_DrawPolygonCmd::SetLastPointArcInfo(double dCenterX, double dCenterY,
+                                               int nDirection) {
+  if (Owned::Count(m_pPointList) < 2) return;
+  CQVIS_DrawPolygonPoint* last = m_pPointList->GetAt(m_pPointList->GetUpperBound());
+  const auto change = [&] {
+    last->m_nArc = 1;
+    last->m_dCenterX = dCenterX;
+    last->m_dCenterY = dCenterY;
+    last->m_nDirection = nDirection;
+  };
+  if (!m_nActive) {
+    change();
+    return;
+  }
+  Draw();
+  DrawLineList(m_crColor);
+  change();
+  DrawLineList();
+  Draw();
+}
+
+void CQVIS_DrawPolygonCmd::PaintEdges(const qvis::PolygonPointList* list, bool closed,
+                                      COLORREF color) {
+  const RubberBand band(m_pSurface, m_hTargetDC);
+  band.ThinPen(color);
+  band.NullBrush();
+  const INT_PTR n = list->GetSize();
+  for (INT_PTR i = 0; i + 1 < n; ++i) Edge(band, *list->GetAt(i), *list->GetAt(i + 1));
+  if (closed && n >= 3) {
+    const CQVIS_DrawPolygonPoint* last = list->GetAt(n - 1);
+    const CQVIS_DrawPolygonPoint* first = list->GetAt(0);
+    band.Line({last->m_dX, last->m_dY}, {first->m_dX, first->m_dY});
+  }
+}
+
+void CQVIS_DrawPolygonCmd::DrawLineList() {
+  if (!m_nActive || Owned::Count(m_pPointList) < 2) return;
+  const RubberBand band(m_pSurface, m_hTargetDC);
+  band.CopyMode();
+  PaintEdges(m_pPointList, m_nProgress == 0, m_crColor);
+  band.XorMode();
+}
+
+void CQVIS_DrawPolygonCmd::DrawLineList(unsigned long) {
+  if (!m_nActive || Owned::Count(m_pPointList) < 2) return;
+  const RubberBand band(m_pSurface, m_hTargetDC);
+  band.MergeMode();
+  PaintEdges(m_pPointList, m_nProgress == 0, m_crXORColor);
+  band.CopyMode();
+}
+
+void CQVIS_DrawPolygonCmd::DrawLineListBackup(unsigned long) {
+  if (!m_nActive || Owned::Count(m_pBackupList) < 2) return;
+  const RubberBand band(m_pSurface, m_hTargetDC);
+  band.CopyMode();
+  PaintEdges(m_pBackupList, false, m_crXORColor);
+  band.XorMode();
+}

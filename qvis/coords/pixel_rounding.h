@@ -1,7 +1,7 @@
 // Pixel rounding and snapping: the one rounding rule used wherever a world
-// value becomes a pixel, and the snap rule used by every snap. Shared by the
-// view coordinates and by anything else that must round the same way.
-// Owner: coords.
+// value becomes a pixel, and the snap rule used by every snap. Stateless
+// functions of the coordinates layer, for anything that must round the same
+// way as CQVIS_Coords.
 #ifndef QVIS_COORDS_PIXEL_ROUNDING_H_
 #define QVIS_COORDS_PIXEL_ROUNDING_H_
 

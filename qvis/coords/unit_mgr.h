@@ -1,6 +1,6 @@
 // CQVIS_UnitMgr: conversion of lengths between the five units of length, of
 // angles between degrees and radians, and of unit codes to names and back.
-// Stateless; callers create it on the stack. Owner: coords.
+// Stateless; callers create it on the stack where they need it.
 #ifndef QVIS_COORDS_UNIT_MGR_H_
 #define QVIS_COORDS_UNIT_MGR_H_
 

@@ -1,7 +1,7 @@
 // CQVIS_Coords: the view coordinate system. Maps world coordinates (doubles in
 // the design's unit) to window pixels and back, and holds zoom, view position,
 // grid and snap spacings, the snap switch and the unit code. Owned by the
-// drawing surface; every drawing and command reads it. Owner: coords.
+// drawing surface (one per design); every drawing and command reads it.
 #ifndef QVIS_COORDS_VIEW_COORDS_H_
 #define QVIS_COORDS_VIEW_COORDS_H_
 

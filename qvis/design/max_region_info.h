@@ -1,7 +1,7 @@
 // CQVIS_MaxRegionInfo: an axis-aligned extent rectangle in world coordinates
-// that grows as points and other regions are put into it (the design keeps
-// one by value for ZoomAll). CQVIS_MaxRegionInfoDB: a list of extents with
-// merge operations, for hosts. Owner: coords helper (design/).
+// that grows as points and other regions are put into it; the design holds
+// one by value for ZoomAll. CQVIS_MaxRegionInfoDB: a list of extents with
+// merge operations, owned by the host together with its regions.
 #ifndef QVIS_DESIGN_MAX_REGION_INFO_H_
 #define QVIS_DESIGN_MAX_REGION_INFO_H_
 

@@ -1,7 +1,7 @@
 // CExPtrArray: a growable array of pointers to heap objects, with list
 // operations (search, add-if-absent, remove, delete, move, reverse) on top of
-// the compat CArray. The caller owns the elements; the array destroys them only
-// through the Delete* operations. Owner: util.
+// the compat CArray. Whoever holds the array owns its elements; the array
+// destroys them only through the Delete* operations.
 #ifndef QVIS_UTIL_EX_PTR_ARRAY_H_
 #define QVIS_UTIL_EX_PTR_ARRAY_H_
 

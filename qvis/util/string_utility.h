@@ -1,6 +1,6 @@
 // CQVIS_StringUtility: free functions that classify a string as numeric or
 // alphanumeric, split a trailing number off a name and increase or set it
-// (PAD7 -> PAD8). Used by hosts for aperture and layer names. Owner: util.
+// (PAD7 -> PAD8). Stateless; used by hosts for aperture and layer names.
 #ifndef QVIS_UTIL_STRING_UTILITY_H_
 #define QVIS_UTIL_STRING_UTILITY_H_
 

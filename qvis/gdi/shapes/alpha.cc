@@ -1,0 +1,209 @@
+// Alpha drawing: fills and round-capped strokes blended source-over. Strokes are the union of
+// the segment bodies and a disc at every vertex (round caps and round joins at once), with the
+// vertices snapped to whole pixels as the translucent path is filled; the union is filled by
+// winding, so each pixel is blended once.
+// Owner: gdishapes.
+#include "qvis/gdi/alpha.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "qvis/compat/win32_names.h"
+#include "qvis/gdi/dc.h"
+#include "qvis/gdi/gdi.h"
+#include "qvis/gdi/shapes/wide_pen.h"
+
+namespace qvis::gdi {
+namespace {
+
+struct Vec {
+  double x = 0;
+  double y = 0;
+};
+
+// Coordinates beyond this are far outside any bitmap; clamping keeps the fixed-point
+// conversion exact and the scan converter's arithmetic in range.
+constexpr double kCoordLimit = 1.0e12;
+
+PointFx SnapFx(double x, double y) {
+  auto snap = [](double v) {
+    if (!(v == v)) return std::int64_t{0};
+    v = std::clamp(std::round(v), -kCoordLimit, kCoordLimit);
+    return static_cast<std::int64_t>(v) * kFixOne;
+  };
+  return PointFx{snap(x), snap(y)};
+}
+
+SpanSink& AlphaSink(DeviceContext& dc, std::uint32_t argb) {
+  FillSource src;
+  src.kind = FillSource::Kind::kArgb;
+  src.argb = argb;
+  return SourceSink(dc, src, dc.rop2);
+}
+
+// Segments used for a disc of this radius: fine enough that the snapped polygon is the round
+// shape, bounded for absurd radii.
+int DiscSides(double radius) {
+  const double sides = std::ceil(radius * 2.0);
+  return static_cast<int>(std::clamp(sides, 8.0, 1024.0));
+}
+
+void AddDisc(Vec c, double radius, PolygonSet* out) {
+  const int n = DiscSides(radius);
+  std::vector<PointFx> pts;
+  pts.reserve(static_cast<std::size_t>(n));
+  for (int i = 0; i < n; ++i) {
+    const double a = 2.0 * std::numbers::pi * i / n;
+    const PointFx p = SnapFx(c.x + radius * std::cos(a), c.y + radius * std::sin(a));
+    if (pts.empty() || pts.back() != p) pts.push_back(p);
+  }
+  out->Add(pts.data(), static_cast<int>(pts.size()));
+}
+
+// Round-capped, round-joined outline of a polyline with real vertices.
+void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, PolygonSet* out) {
+  const double hw = width / 2.0;
+  const std::size_t n = pts.size();
+  if (n < 2) return;
+  const std::size_t segs = closed ? n : n - 1;
+  for (std::size_t i = 0; i < segs; ++i) {
+    const Vec a = pts[i];
+    const Vec b = pts[(i + 1) % n];
+    const double dx = b.x - a.x;
+    const double dy = b.y - a.y;
+    const double len = std::hypot(dx, dy);
+    if (!(len > 1e-12)) continue;
+    const double nx = -dy / len * hw;
+    const double ny = dx / len * hw;
+    const PointFx quad[4] = {SnapFx(a.x + nx, a.y + ny), SnapFx(b.x + nx, b.y + ny),
+                             SnapFx(b.x - nx, b.y - ny), SnapFx(a.x - nx, a.y - ny)};
+    out->Add(quad, 4);
+  }
+  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, out);
+}
+
+bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
+
+// Points of the ellipse in the box from `start` over `sweep` degrees (clockwise on screen). An
+// angle names the point where its ray from the centre meets the ellipse.
+std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double start,
+                                  double sweep) {
+  std::vector<Vec> pts;
+  const double rx = w / 2.0;
+  const double ry = h / 2.0;
+  const double cx = x + rx;
+  const double cy = y + ry;
+  if (!(std::fabs(sweep) < 1e7)) sweep = sweep > 0 ? 360.0 : -360.0;  // also NaN
+  sweep = std::clamp(sweep, -360.0, 360.0);
+  if (!std::isfinite(start)) start = 0;
+  start = std::fmod(start, 360.0);
+  const double deg = std::numbers::pi / 180.0;
+  auto param = [&](double angle_deg) {
+    const double a = angle_deg * deg;
+    return std::atan2(rx * std::sin(a), ry * std::cos(a));
+  };
+  double t0 = param(start);
+  double t1 = param(start + sweep);
+  // Keep the parameter running the same way and as far round as the sweep.
+  if (sweep > 0) {
+    while (t1 <= t0) t1 += 2 * std::numbers::pi;
+    if (sweep >= 360.0) t1 = t0 + 2 * std::numbers::pi;
+  } else if (sweep < 0) {
+    while (t1 >= t0) t1 -= 2 * std::numbers::pi;
+    if (sweep <= -360.0) t1 = t0 - 2 * std::numbers::pi;
+  } else {
+    t1 = t0;
+  }
+  const double radius = std::max(rx, ry);
+  const double span = std::fabs(t1 - t0);
+  const int n = static_cast<int>(
+      std::clamp(std::ceil(span * std::sqrt(std::max(radius, 1.0)) * 2.0), 1.0, 4096.0));
+  for (int i = 0; i <= n; ++i) {
+    const double t = t0 + (t1 - t0) * i / n;
+    pts.push_back(Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)});
+  }
+  return pts;
+}
+
+BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, bool closed,
+                    double width) {
+  const IRect clip = ClipBox(*dc);
+  if (clip.IsEmpty()) return TRUE;
+  PolygonSet set;
+  BuildRoundStroke(pts, closed, width, &set);
+  if (set.counts.empty()) return TRUE;
+  dc->scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
+                   FillRule::kWinding, clip, AlphaSink(*dc, argb));
+  return TRUE;
+}
+
+}  // namespace
+
+BOOL GpFillPolygon(HDC dc, const CPoint* points, int count, std::uint32_t argb) {
+  if (dc == nullptr || points == nullptr || count < 3) return FALSE;
+  const IRect clip = ClipBox(*dc);
+  if (clip.IsEmpty()) return TRUE;
+  std::vector<PointI> pts(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) pts[static_cast<std::size_t>(i)] = PointI{points[i].x, points[i].y};
+  dc->scanner.Fill(pts.data(), &count, 1, FillRule::kAlternate, clip, AlphaSink(*dc, argb));
+  return TRUE;
+}
+
+BOOL GpFillRect(HDC dc, int x, int y, int width, int height, std::uint32_t argb) {
+  if (dc == nullptr) return FALSE;
+  if (width <= 0 || height <= 0) return TRUE;
+  const std::int64_t r = std::min<std::int64_t>(std::int64_t{x} + width, INT32_MAX);
+  const std::int64_t b = std::min<std::int64_t>(std::int64_t{y} + height, INT32_MAX);
+  const IRect box = IRect{x, y, static_cast<int>(r), static_cast<int>(b)}.Intersect(ClipBox(*dc));
+  if (box.IsEmpty()) return TRUE;
+  AlphaSink(*dc, argb).BlitRect(box);
+  return TRUE;
+}
+
+BOOL GpFillRegion(HDC dc, HRGN region, std::uint32_t argb) {
+  if (dc == nullptr) return FALSE;
+  const RegionData* rgn = AsRegion(region);
+  if (rgn == nullptr) return FALSE;
+  const IRect clip = ClipBox(*dc);
+  if (clip.IsEmpty()) return TRUE;
+  rgn->shape.Emit(clip, AlphaSink(*dc, argb));
+  return TRUE;
+}
+
+BOOL GpDrawLine(HDC dc, std::uint32_t argb, float width, int x1, int y1, int x2, int y2) {
+  if (dc == nullptr) return FALSE;
+  if (!UsableWidth(width) || (x1 == x2 && y1 == y2)) return TRUE;
+  const std::vector<Vec> pts = {Vec{static_cast<double>(x1), static_cast<double>(y1)},
+                                Vec{static_cast<double>(x2), static_cast<double>(y2)}};
+  return StrokeAndBlend(dc, argb, pts, false, width);
+}
+
+BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width,
+                   int height) {
+  if (dc == nullptr) return FALSE;
+  if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
+  std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, 0, 360);
+  pts.pop_back();  // the closing point repeats the first
+  return StrokeAndBlend(dc, argb, pts, true, pen_width);
+}
+
+BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
+               float start, float sweep) {
+  if (dc == nullptr) return FALSE;
+  if (!UsableWidth(pen_width) || width == 0 || height == 0 || sweep == 0) return TRUE;
+  const std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, start, sweep);
+  return StrokeAndBlend(dc, argb, pts, false, pen_width);
+}
+
+BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
+               float start, float sweep) {
+  if (dc == nullptr) return FALSE;
+  if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
+  std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, start, sweep);
+  pts.push_back(Vec{x + width / 2.0, y + height / 2.0});
+  return StrokeAndBlend(dc, argb, pts, true, pen_width);
+}
+
+}  // namespace qvis::gdi

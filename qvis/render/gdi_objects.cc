@@ -5,14 +5,16 @@
 
 namespace qvis {
 
-// Every typed device-layer object starts with its generic object part, so a typed handle and
-// its generic handle are the same address; these casts are the one place that relies on it.
-HGDIOBJ AsGdiObject(HPEN pen) { return reinterpret_cast<HGDIOBJ>(pen); }
-HGDIOBJ AsGdiObject(HBRUSH brush) { return reinterpret_cast<HGDIOBJ>(brush); }
-HGDIOBJ AsGdiObject(HFONT font) { return reinterpret_cast<HGDIOBJ>(font); }
-HGDIOBJ AsGdiObject(HBITMAP bitmap) { return reinterpret_cast<HGDIOBJ>(bitmap); }
-HGDIOBJ AsGdiObject(HRGN region) { return reinterpret_cast<HGDIOBJ>(region); }
-HBRUSH AsBrush(HGDIOBJ object) { return reinterpret_cast<HBRUSH>(object); }
+HGDIOBJ AsGdiObject(HPEN pen) { return pen; }
+HGDIOBJ AsGdiObject(HBRUSH brush) { return brush; }
+HGDIOBJ AsGdiObject(HFONT font) { return font; }
+HGDIOBJ AsGdiObject(HBITMAP bitmap) { return bitmap; }
+HGDIOBJ AsGdiObject(HRGN region) { return region; }
+HBRUSH AsBrush(HGDIOBJ object) {
+  return object != nullptr && object->kind == gdi::ObjectKind::kBrush
+             ? static_cast<HBRUSH>(object)
+             : nullptr;
+}
 
 GdiObjectWrapper::~GdiObjectWrapper() { DeleteObject(); }
 

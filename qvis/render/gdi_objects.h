@@ -12,8 +12,8 @@
 
 namespace qvis {
 
-// AsGdiObject / handle casts between the typed handles and the generic object handle of the
-// device layer (every typed object is a device-layer object).
+// AsGdiObject converts a typed handle to the generic object handle; AsBrush converts back,
+// giving null when the object is not a brush.
 HGDIOBJ AsGdiObject(HPEN pen);
 HGDIOBJ AsGdiObject(HBRUSH brush);
 HGDIOBJ AsGdiObject(HFONT font);

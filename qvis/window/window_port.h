@@ -1,0 +1,56 @@
+// qvis::WindowPort: everything the drawing window needs of the platform window it lives in.
+// A port (headless, Qt, ...) implements it and owns the front buffer, the bitmap that holds
+// exactly what the screen shows. The window borrows the port; the port outlives the window.
+#ifndef QVIS_WINDOW_WINDOW_PORT_H_
+#define QVIS_WINDOW_WINDOW_PORT_H_
+
+#include "qvis/compat/cpoint.h"
+#include "qvis/compat/handles.h"
+#include "qvis/compat/types.h"
+
+class CQVIS_Wnd;
+
+namespace qvis {
+
+class WindowPort {
+ public:
+  virtual ~WindowPort() = default;
+
+  // Bind: the window announces itself when it is created over this port (null when it goes
+  // away). From then on the port delivers its paint requests to it.
+  virtual void Bind(CQVIS_Wnd* wnd) = 0;
+
+  // GetClientRect: the client area, (0, 0, width, height).
+  virtual CRect GetClientRect() const = 0;
+  // ScreenToClient, ClientToScreen: convert between screen and client pixels.
+  virtual CPoint ScreenToClient(CPoint screen) const = 0;
+  virtual CPoint ClientToScreen(CPoint client) const = 0;
+
+  // SetFocus: gives the keyboard focus to the window.
+  virtual void SetFocus() = 0;
+  // EnableInput: enables (true) or disables (false) mouse and keyboard input.
+  virtual void EnableInput(bool enable) = 0;
+
+  // SendToParent: delivers a message to the parent window synchronously and returns its
+  // answer; without a parent nothing is sent and 0 is returned.
+  virtual LRESULT SendToParent(UINT message, WPARAM wparam, LPARAM lparam) = 0;
+
+  // Invalidate: marks the whole client area for repainting; the paint comes later, when the
+  // message queue is empty.
+  virtual void Invalidate(bool erase) = 0;
+  // RedrawNow: invalidates, erases and repaints at once (the paint runs before it returns).
+  virtual void RedrawNow() = 0;
+
+  // FrontDC: the window's own device context, drawing straight into the front buffer.
+  // Valid from construction to destruction of the port; it follows client resizes.
+  virtual HDC FrontDC() = 0;
+  // FrontChanged: the given client area of the front buffer changed and should be shown.
+  virtual void FrontChanged(const CRect& area) = 0;
+
+  // DefaultProc: the platform's default processing of a message the window passes on.
+  virtual LRESULT DefaultProc(const MSG& msg) = 0;
+};
+
+}  // namespace qvis
+
+#endif  // QVIS_WINDOW_WINDOW_PORT_H_

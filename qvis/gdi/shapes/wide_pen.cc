@@ -59,6 +59,96 @@ void AddBigDisc(PointI c, std::int64_t width, PolygonSet* out) {
   out->Add(pts.data(), kSides);
 }
 
+
+// Body: the four corners of a wide segment, on the left and right of the walk from start to end
+// (left as seen on screen, y growing downward).
+struct Body {
+  PointFx start_left;
+  PointFx end_left;
+  PointFx end_right;
+  PointFx start_right;
+};
+
+// Nearest integer, halves upward.
+std::int64_t RoundHalfUp(double v) { return static_cast<std::int64_t>(std::floor(v + 0.5)); }
+
+// SegmentBody: the corners of the segment a -> b (a != b) for a pen `width` wide. Horizontal and
+// vertical segments are the box of whole pixels centred on the line; slanted ones offset both
+// ends by the half widths across the line rounded to whole pixels, the larger half on the side of
+// larger x. Square caps stretch the ends by half the width along the line.
+Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool cap_end) {
+  const std::int64_t ax = a.x, ay = a.y, bx = b.x, by = b.y;
+  const std::int64_t dx = bx - ax;
+  const std::int64_t dy = by - ay;
+  auto P = [](std::int64_t x, std::int64_t y) { return PointFx{x * kFixOne, y * kFixOne}; };
+  Body body;
+  if (dy == 0) {
+    std::int64_t l = std::min(ax, bx);
+    std::int64_t r = std::max(ax, bx);
+    const bool capl = dx > 0 ? cap_start : cap_end;
+    const bool capr = dx > 0 ? cap_end : cap_start;
+    if (capl) l -= width / 2;
+    if (capr) r += width / 2;
+    const std::int64_t top = ay - width / 2;
+    const std::int64_t bottom = top + width;
+    const std::int64_t s = dx > 0 ? l : r;
+    const std::int64_t e = dx > 0 ? r : l;
+    // Walking east the left side is the top one.
+    const std::int64_t left_y = dx > 0 ? top : bottom;
+    const std::int64_t right_y = dx > 0 ? bottom : top;
+    body = Body{P(s, left_y), P(e, left_y), P(e, right_y), P(s, right_y)};
+    return body;
+  }
+  if (dx == 0) {
+    std::int64_t t = std::min(ay, by);
+    std::int64_t btm = std::max(ay, by);
+    const bool capt = dy > 0 ? cap_start : cap_end;
+    const bool capb = dy > 0 ? cap_end : cap_start;
+    if (capt) t -= width / 2;
+    if (capb) btm += width / 2;
+    const std::int64_t l = ax - width / 2;
+    const std::int64_t r = l + width;
+    const std::int64_t s = dy > 0 ? t : btm;
+    const std::int64_t e = dy > 0 ? btm : t;
+    // Walking south the left side is the east one.
+    const std::int64_t left_x = dy > 0 ? r : l;
+    const std::int64_t right_x = dy > 0 ? l : r;
+    body = Body{P(left_x, s), P(left_x, e), P(right_x, e), P(right_x, s)};
+    return body;
+  }
+  const double len = std::hypot(static_cast<double>(dx), static_cast<double>(dy));
+  const double w = static_cast<double>(width);
+  const double across_x = w * static_cast<double>(dy < 0 ? -dy : dy) / len;
+  const double across_y = w * static_cast<double>(dx < 0 ? -dx : dx) / len;
+  const std::int64_t narrow_x = RoundHalfUp(across_x / 2);
+  const std::int64_t narrow_y = RoundHalfUp(across_y / 2);
+  const std::int64_t wide_x = RoundHalfUp((across_x + 1) / 2);
+  const std::int64_t wide_y = RoundHalfUp((across_y + 1) / 2);
+  // The side of larger x lies up-right of a segment running down-right (and of one running
+  // up-left), down-right of the others.
+  const std::int64_t s = (dx > 0) == (dy > 0) ? 1 : -1;
+  const std::int64_t plus_x = wide_x, plus_y = -s * wide_y;
+  const std::int64_t minus_x = -narrow_x, minus_y = s * narrow_y;
+  std::int64_t sax = ax, say = ay, sbx = bx, sby = by;
+  const std::int64_t sgx = dx > 0 ? 1 : -1;
+  const std::int64_t sgy = dy > 0 ? 1 : -1;
+  PointFx a_plus = P(sax + plus_x, say + plus_y), a_minus = P(sax + minus_x, say + minus_y);
+  PointFx b_plus = P(sbx + plus_x, sby + plus_y), b_minus = P(sbx + minus_x, sby + minus_y);
+  if (cap_start) {
+    const PointFx back = P(-sgx * narrow_y, -sgy * narrow_x);
+    a_plus = PointFx{a_plus.x + back.x, a_plus.y + back.y};
+    a_minus = PointFx{a_minus.x + back.x, a_minus.y + back.y};
+  }
+  if (cap_end) {
+    const PointFx fwd = P(sgx * wide_y, sgy * wide_x);
+    b_plus = PointFx{b_plus.x + fwd.x, b_plus.y + fwd.y};
+    b_minus = PointFx{b_minus.x + fwd.x, b_minus.y + fwd.y};
+  }
+  // The left normal (dy, -dx) points to larger x when the segment runs downward.
+  if (dy > 0) return Body{a_plus, b_plus, b_minus, a_minus};
+  return Body{a_minus, b_minus, b_plus, a_plus};
+}
+
 }  // namespace
 
 void PolygonSet::Add(const PointFx* p, int n) {
@@ -124,41 +214,17 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
     if (style.cap == CapStyle::kRound) AddRoundDot(v[0], width, clip, out);
     return;
   }
-  const double hw = static_cast<double>(width) / 2.0;
   const int n = static_cast<int>(v.size());
   const int segments = closed ? n : n - 1;
-  auto dir = [&](int i) {
-    const PointI& a = v[static_cast<std::size_t>(i)];
-    const PointI& b = v[static_cast<std::size_t>((i + 1) % n)];
-    const double dx = static_cast<double>(b.x) - a.x;
-    const double dy = static_cast<double>(b.y) - a.y;
-    const double len = std::hypot(dx, dy);
-    return Vec{dx / len, dy / len};
-  };
-  // Segment bodies, with square caps stretched over the open ends.
+  std::vector<Body> bodies(static_cast<std::size_t>(segments));
   for (int i = 0; i < segments; ++i) {
     const PointI& a = v[static_cast<std::size_t>(i)];
     const PointI& b = v[static_cast<std::size_t>((i + 1) % n)];
-    const Vec d = dir(i);
-    const Vec nrm{-d.y, d.x};
-    double ax = a.x;
-    double ay = a.y;
-    double bx = b.x;
-    double by = b.y;
-    if (!closed && style.cap == CapStyle::kSquare) {
-      if (i == 0) {
-        ax -= d.x * hw;
-        ay -= d.y * hw;
-      }
-      if (i == segments - 1) {
-        bx += d.x * hw;
-        by += d.y * hw;
-      }
-    }
-    const PointFx quad[4] = {Fx(ax + nrm.x * hw, ay + nrm.y * hw),
-                             Fx(bx + nrm.x * hw, by + nrm.y * hw),
-                             Fx(bx - nrm.x * hw, by - nrm.y * hw),
-                             Fx(ax - nrm.x * hw, ay - nrm.y * hw)};
+    const bool cap_start = !closed && i == 0 && style.cap == CapStyle::kSquare;
+    const bool cap_end = !closed && i == segments - 1 && style.cap == CapStyle::kSquare;
+    Body& body = bodies[static_cast<std::size_t>(i)];
+    body = SegmentBody(a, b, width, cap_start, cap_end);
+    const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
     out->Add(quad, 4);
   }
   // Round caps.
@@ -166,7 +232,7 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
     AddRoundDot(v.front(), width, clip, out);
     AddRoundDot(v.back(), width, clip, out);
   }
-  // Joins between consecutive segments.
+  // Joins between consecutive segments, on the outer side of the turn.
   const int first_join = closed ? 0 : 1;
   const int last_join = closed ? n - 1 : n - 2;
   for (int j = first_join; j <= last_join; ++j) {
@@ -177,35 +243,51 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
       AddRoundDot(c, width, clip, out);
       continue;
     }
-    const Vec d1 = dir(in_seg);
-    const Vec d2 = dir(out_seg);
-    const double cross = d1.x * d2.y - d1.y * d2.x;
+    const PointI& p0 = v[static_cast<std::size_t>(in_seg)];
+    const PointI& p2 = v[static_cast<std::size_t>((j + 1) % n)];
+    const double d1x = static_cast<double>(c.x) - p0.x;
+    const double d1y = static_cast<double>(c.y) - p0.y;
+    const double d2x = static_cast<double>(p2.x) - c.x;
+    const double d2y = static_cast<double>(p2.y) - c.y;
+    const double cross = d1x * d2y - d1y * d2x;
     if (cross == 0) continue;  // straight on (or straight back: nothing to fill)
-    // The outer corner lies against the turn.
-    const double s = cross > 0 ? -1.0 : 1.0;
-    const Vec n1{-d1.y * s, d1.x * s};
-    const Vec n2{-d2.y * s, d2.x * s};
-    const double cx = c.x;
-    const double cy = c.y;
-    const PointFx p1 = Fx(cx + n1.x * hw, cy + n1.y * hw);
-    const PointFx p2 = Fx(cx + n2.x * hw, cy + n2.y * hw);
-    const double cosang = n1.x * n2.x + n1.y * n2.y;
-    bool miter = style.join == JoinStyle::kMiter && cosang > -1.0;
-    double mx = 0;
-    double my = 0;
+    // Turning right on screen (y down) leaves the left edges outside.
+    const Body& in_body = bodies[static_cast<std::size_t>(in_seg)];
+    const Body& out_body = bodies[static_cast<std::size_t>(out_seg)];
+    const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
+    const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
+    const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
+    const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
+    const PointFx cf = ToFx(c);
+    bool miter = style.join == JoinStyle::kMiter;
+    PointFx tip;
     if (miter) {
-      // The miter tip: where the two outer edges meet, hw / cos(turn / 2) from the vertex.
-      const double k = hw / (1.0 + cosang);
-      mx = cx + (n1.x + n2.x) * k;
-      my = cy + (n1.y + n2.y) * k;
-      const double ratio = std::hypot(mx - cx, my - cy) / hw;
-      miter = ratio <= style.miter_limit;
+      // The miter tip: where the two outer edges meet.
+      const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
+      const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
+      const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
+      const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
+      const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
+      const double den = ux * wy - uy * wx;
+      miter = den != 0;
+      if (miter) {
+        const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
+        const double mx = ax + ux * t;
+        const double my = ay + uy * t;
+        const double hw = static_cast<double>(width) / 2.0 * static_cast<double>(kFixOne);
+        const double ratio = std::hypot(mx - static_cast<double>(cf.x),
+                                        my - static_cast<double>(cf.y)) / hw;
+        miter = ratio <= style.miter_limit;
+        const double one = static_cast<double>(kFixOne);
+        tip = PointFx{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
+                      static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
+      }
     }
     if (miter) {
-      const PointFx quad[4] = {Fx(cx, cy), p1, Fx(mx, my), p2};
+      const PointFx quad[4] = {cf, in_corner, tip, out_corner};
       out->Add(quad, 4);
     } else {
-      const PointFx tri[3] = {Fx(cx, cy), p1, p2};
+      const PointFx tri[3] = {cf, in_corner, out_corner};
       out->Add(tri, 3);
     }
   }

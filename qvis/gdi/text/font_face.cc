@@ -7,6 +7,8 @@
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_DRIVER_H
+#include FT_MODULE_H
 #include FT_OUTLINE_H
 #include FT_TRUETYPE_TABLES_H
 
@@ -35,7 +37,14 @@ FT_Library Library() {
   static FT_Library library = nullptr;
   static std::once_flag once;
   std::call_once(once, [] {
-    if (FT_Init_FreeType(&library) != 0) library = nullptr;
+    if (FT_Init_FreeType(&library) != 0) {
+      library = nullptr;
+    } else {
+      // The classic TrueType interpreter hints in both directions, as the platform's
+      // rasteriser does; the newer default leaves widths unhinted and advances drift.
+      FT_UInt interpreter = TT_INTERPRETER_VERSION_35;
+      FT_Property_Set(library, "truetype", "interpreter-version", &interpreter);
+    }
     FcInit();
   });
   return library;
@@ -118,11 +127,15 @@ struct FontFace::Impl {
     if (face != nullptr) FT_Done_Face(face);
   }
 
+  // Glyphs are hinted for monochrome output (stems snapped to whole pixels) before any
+  // rotation, so turned text keeps the stem widths of upright text.
+  static constexpr FT_Int32 LoadFlags() { return FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_MONO; }
+
   // Load prepares the hinted, emboldened, sheared and rotated outline of a character in the
   // glyph slot. False for characters the face cannot load.
   bool Load(unsigned char c) {
     FT_UInt index = FT_Get_Char_Index(face, AnsiToUnicode(c));
-    if (FT_Load_Glyph(face, index, FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_MONO) != 0) return false;
+    if (FT_Load_Glyph(face, index, LoadFlags()) != 0) return false;
     FT_GlyphSlot slot = face->glyph;
     if (slot->format != FT_GLYPH_FORMAT_OUTLINE) return false;
     if (bold) FT_Outline_Embolden(&slot->outline, std::max<FT_Pos>(64, face->size->metrics.x_ppem * 2));
@@ -237,18 +250,31 @@ FontFace* FontFace::ForFont(FontData* font) {
   return static_cast<FontFace*>(font->engine_cache.get());
 }
 
-int FontFace::Advance(unsigned char c) {
-  if (!have_advance_[c]) {
-    int advance = 0;
-    FT_UInt index = FT_Get_Char_Index(impl_->face, AnsiToUnicode(c));
-    if (FT_Load_Glyph(impl_->face, index, FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_MONO) == 0) {
-      advance = RoundFix(impl_->face->glyph->advance.x);
-      if (impl_->bold) advance += 1;  // the emboldened glyph is one pixel wider
+void FontFace::LoadAdvances(unsigned char c) {
+  int advance = 0;
+  int extent = 0;
+  FT_UInt index = FT_Get_Char_Index(impl_->face, AnsiToUnicode(c));
+  if (FT_Load_Glyph(impl_->face, index, FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_MONO) == 0) {
+    advance = RoundFix(impl_->face->glyph->advance.x);
+    extent = static_cast<int>((impl_->face->glyph->linearHoriAdvance + 0x8000) >> 16);
+    if (impl_->bold) {  // the emboldened glyph is one pixel wider
+      advance += 1;
+      extent += 1;
     }
-    advances_[c] = std::max(0, advance);
-    have_advance_[c] = true;
   }
+  advances_[c] = std::max(0, advance);
+  extent_advances_[c] = std::max(0, extent);
+  have_advance_[c] = true;
+}
+
+int FontFace::Advance(unsigned char c) {
+  if (!have_advance_[c]) LoadAdvances(c);
   return advances_[c];
+}
+
+int FontFace::ExtentAdvance(unsigned char c) {
+  if (!have_advance_[c]) LoadAdvances(c);
+  return extent_advances_[c];
 }
 
 const GlyphMask& FontFace::Glyph(unsigned char c) {

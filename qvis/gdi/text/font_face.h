@@ -63,8 +63,11 @@ class FontFace {
   // The face that was chosen, as "Family Style" (for diagnostics).
   const std::string& face_name() const { return face_name_; }
 
-  // Advance is the integer advance of a character of the ANSI code page.
+  // Advance is the integer advance of a character of the ANSI code page as glyphs are placed
+  // (hinted). ExtentAdvance is its width as text extents, cell boxes and rules measure it (the
+  // design width rounded to whole pixels); the two differ by a pixel for some characters.
   int Advance(unsigned char c);
+  int ExtentAdvance(unsigned char c);
   // Glyph is the mask of a character, rotated by the escapement. The reference stays valid for
   // the face's life.
   const GlyphMask& Glyph(unsigned char c);
@@ -82,7 +85,10 @@ class FontFace {
   bool underline_ = false;
   bool strikeout_ = false;
   std::string face_name_;
+  void LoadAdvances(unsigned char c);
+
   std::array<int, 256> advances_{};
+  std::array<int, 256> extent_advances_{};
   std::array<bool, 256> have_advance_{};
   std::array<std::unique_ptr<GlyphMask>, 256> glyphs_{};
 };

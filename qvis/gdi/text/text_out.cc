@@ -65,7 +65,7 @@ struct TextLayout {
   double origin_y = 0;
   double ux = 1;        // unit vector along the baseline (device y down)
   double uy = 0;
-  std::int64_t width = 0;
+  std::int64_t width = 0;  // the extent: cell box, rules and alignment
   std::vector<int> pen;  // pen offset of each character along the baseline
 
   double X(double u, double v) const { return origin_x + u * ux - v * uy; }
@@ -110,11 +110,14 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   t.uy = esc == 0 ? 0.0 : -std::sin(radians);
   t.pen.resize(static_cast<std::size_t>(n));
   std::int64_t pen = 0;
+  std::int64_t extent = 0;
   for (int i = 0; i < n; ++i) {
     t.pen[static_cast<std::size_t>(i)] = static_cast<int>(std::clamp<std::int64_t>(pen, INT32_MIN, INT32_MAX));
     pen += dx != nullptr ? dx[i] : face->Advance(text[i]);
+    extent += dx != nullptr ? dx[i] : face->ExtentAdvance(text[i]);
   }
-  t.width = pen;
+  t.width = extent;
+  const std::int64_t pen_end = pen;
 
   const bool update_cp = (align & TA_UPDATECP) != 0;
   double rx = update_cp ? dc.position.x : x;
@@ -166,7 +169,7 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
 
   // The mask covers what the glyphs and rules can reach, inside the visible box.
   double reach_u0 = -2.0 * m.ppem - 2;
-  double reach_u1 = static_cast<double>(t.width) + 2.0 * m.ppem + 2;
+  double reach_u1 = static_cast<double>(std::max(t.width, pen_end)) + 2.0 * m.ppem + 2;
   double reach_v = 2.0 * (m.height + m.ppem) + 2;
   double xs[4] = {t.X(reach_u0, -reach_v), t.X(reach_u1, -reach_v), t.X(reach_u0, reach_v),
                   t.X(reach_u1, reach_v)};
@@ -224,7 +227,7 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
 // TextWidth is the sum of the advances of a string.
 std::int64_t TextWidth(FontFace* face, const unsigned char* text, std::size_t n) {
   std::int64_t width = 0;
-  for (std::size_t i = 0; i < n; ++i) width += face->Advance(text[i]);
+  for (std::size_t i = 0; i < n; ++i) width += face->ExtentAdvance(text[i]);
   return width;
 }
 

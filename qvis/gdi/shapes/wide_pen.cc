@@ -124,29 +124,32 @@ Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool ca
   const std::int64_t narrow_y = RoundHalfUp(across_y / 2);
   const std::int64_t wide_x = RoundHalfUp((across_x + 1) / 2);
   const std::int64_t wide_y = RoundHalfUp((across_y + 1) / 2);
-  // The side of larger x lies up-right of a segment running down-right (and of one running
-  // up-left), down-right of the others.
-  const std::int64_t s = (dx > 0) == (dy > 0) ? 1 : -1;
-  const std::int64_t plus_x = wide_x, plus_y = -s * wide_y;
-  const std::int64_t minus_x = -narrow_x, minus_y = s * narrow_y;
-  std::int64_t sax = ax, say = ay, sbx = bx, sby = by;
-  const std::int64_t sgx = dx > 0 ? 1 : -1;
-  const std::int64_t sgy = dy > 0 ? 1 : -1;
-  PointFx a_plus = P(sax + plus_x, say + plus_y), a_minus = P(sax + minus_x, say + minus_y);
-  PointFx b_plus = P(sbx + plus_x, sby + plus_y), b_minus = P(sbx + minus_x, sby + minus_y);
+  // Signed half widths: the larger half goes to the side of larger x. Square caps move the
+  // start corners back and the end corners forward by the halves taken along the line; for
+  // segments running up-left this also moves them across the line, as the platform does.
+  std::int64_t nx = narrow_x, ny = narrow_y, wx = wide_x, wy = wide_y;
+  if (dx < 0) {
+    wy = -wy;
+    ny = -ny;
+  }
+  if (dy < 0) {
+    std::swap(nx, wx);
+    std::swap(ny, wy);
+    nx = -nx;
+    wx = -wx;
+  }
+  PointFx a_minus = P(ax - nx, ay + ny), a_plus = P(ax + wx, ay - wy);
+  PointFx b_plus = P(bx + wx, by - wy), b_minus = P(bx - nx, by + ny);
   if (cap_start) {
-    const PointFx back = P(-sgx * narrow_y, -sgy * narrow_x);
-    a_plus = PointFx{a_plus.x + back.x, a_plus.y + back.y};
-    a_minus = PointFx{a_minus.x + back.x, a_minus.y + back.y};
+    a_minus = PointFx{a_minus.x - ny * kFixOne, a_minus.y - nx * kFixOne};
+    a_plus = PointFx{a_plus.x - ny * kFixOne, a_plus.y - nx * kFixOne};
   }
   if (cap_end) {
-    const PointFx fwd = P(sgx * wide_y, sgy * wide_x);
-    b_plus = PointFx{b_plus.x + fwd.x, b_plus.y + fwd.y};
-    b_minus = PointFx{b_minus.x + fwd.x, b_minus.y + fwd.y};
+    b_plus = PointFx{b_plus.x + wy * kFixOne, b_plus.y + wx * kFixOne};
+    b_minus = PointFx{b_minus.x + wy * kFixOne, b_minus.y + wx * kFixOne};
   }
-  // The left normal (dy, -dx) points to larger x when the segment runs downward.
-  if (dy > 0) return Body{a_plus, b_plus, b_minus, a_minus};
-  return Body{a_minus, b_minus, b_plus, a_plus};
+  // The "plus" corners lie on the left of the walk whichever way the segment runs.
+  return Body{a_plus, b_plus, b_minus, a_minus};
 }
 
 }  // namespace

@@ -80,6 +80,7 @@ class RegionBuilder final : public SpanSink {
 
  private:
   std::vector<Span> spans_;
+  std::vector<IRect> boxes_;
 };
 
 // RegionClipSink forwards the parts of the spans that lie in a region to another sink.

@@ -160,13 +160,13 @@ Nearest SegmentToCircle(const Segment& s, Vec c, double r) {
   const double dmin = Len(f - c);
   const double da = Len(s.a - c);
   const double db = Len(s.b - c);
-  const Vec far = da >= db ? s.a : s.b;
+  const Vec farthest = da >= db ? s.a : s.b;
   const double dmax = da >= db ? da : db;
   if (r < dmin) return {dmin - r, f, CircleAt(c, r, f)};
-  if (r > dmax) return {r - dmax, far, CircleAt(c, r, far)};
+  if (r > dmax) return {r - dmax, farthest, CircleAt(c, r, farthest)};
   // The circle meets the segment between its nearest and farthest points from the centre,
   // where the distance grows monotonically.
-  const Vec u = far - f;
+  const Vec u = farthest - f;
   const Vec w = f - c;
   const double a = Dot(u, u);
   Vec x = f;

@@ -46,36 +46,58 @@ EllipseFrame FrameOf(const Box64& box) {
   return EllipseFrame{(l + r) / 2, (t + b) / 2, (r - l) / 2, (b - t) / 2};
 }
 
-// Angle of the ray from the centre through p, measured on the circle the ellipse is a stretched
-// copy of (y grows downward).
-double RayAngle(const EllipseFrame& f, PointI p) {
-  const double dx = f.rx > 0 ? (p.x - f.cx) / f.rx : 0.0;
-  const double dy = f.ry > 0 ? (p.y - f.cy) / f.ry : 0.0;
-  if (dx == 0 && dy == 0) return 0;
-  return std::atan2(dy, dx);
+// Angle of the ray from the centre through p, measured on the unit circle the box is a
+// stretched copy of (the whole box, right and bottom edges included; y grows downward).
+double RayAngle(const Box64& box, PointI p) {
+  const double w = static_cast<double>(box.Width());
+  const double h = static_cast<double>(box.Height());
+  const double x = (p.x - static_cast<double>(box.left)) / w * 2 - 1;
+  const double y = (p.y - static_cast<double>(box.top)) / h * 2 - 1;
+  if (!(x == x) || !(y == y)) return 0;
+  return std::atan2(y, x);
 }
 
-// Appends the arc from angle a0 to a1 (either way round) as Bezier pieces of at most a quarter
-// turn, with their points rounded to pixels as a path keeps them.
+// Appends one Bezier piece (at most a quarter turn) of the arc from a0 to a1, its points rounded
+// to pixels as a path keeps them.
+void AppendArcPiece(PathData& path, const EllipseFrame& f, double a0, double a1) {
+  const double half = (a1 - a0) / 2;
+  double x[4];
+  double y[4];
+  x[0] = std::cos(a0);
+  y[0] = std::sin(a0);
+  x[3] = std::cos(a1);
+  y[3] = std::sin(a1);
+  if (std::fabs(half) > 1e-8) {
+    const double k = 4.0 / 3.0 * (1 - std::cos(half)) / std::sin(half);
+    x[1] = x[0] - k * y[0];
+    y[1] = y[0] + k * x[0];
+    x[2] = x[3] + k * y[3];
+    y[2] = y[3] - k * x[3];
+  } else {
+    x[1] = x[2] = x[3] = x[0];
+    y[1] = y[2] = y[3] = y[0];
+  }
+  for (int i = 1; i < 4; ++i) {
+    path.vertices.push_back({static_cast<double>(RoundToPixel(f.cx + f.rx * x[i])),
+                             static_cast<double>(RoundToPixel(f.cy + f.ry * y[i])),
+                             PathData::kBezierTo});
+  }
+}
+
+// Appends the arc from a0 to a1 as one Bezier piece per quadrant it crosses, the pieces split
+// at the axes.
 void AppendArcBeziers(PathData& path, const EllipseFrame& f, double a0, double a1) {
-  const double sweep = a1 - a0;
-  const int pieces = std::max(1, static_cast<int>(std::ceil(std::fabs(sweep) /
-                                                            (std::numbers::pi / 2) - 1e-9)));
-  const double step = sweep / pieces;
-  const double k = 4.0 / 3.0 * std::tan(step / 4);
-  for (int i = 0; i < pieces; ++i) {
-    const double s = a0 + step * i;
-    const double e = s + step;
-    const double c1x = f.X(s) - k * f.rx * std::sin(s);
-    const double c1y = f.Y(s) + k * f.ry * std::cos(s);
-    const double c2x = f.X(e) + k * f.rx * std::sin(e);
-    const double c2y = f.Y(e) - k * f.ry * std::cos(e);
-    path.vertices.push_back({static_cast<double>(RoundToPixel(c1x)),
-                             static_cast<double>(RoundToPixel(c1y)), PathData::kBezierTo});
-    path.vertices.push_back({static_cast<double>(RoundToPixel(c2x)),
-                             static_cast<double>(RoundToPixel(c2y)), PathData::kBezierTo});
-    path.vertices.push_back({static_cast<double>(RoundToPixel(f.X(e))),
-                             static_cast<double>(RoundToPixel(f.Y(e))), PathData::kBezierTo});
+  const double q = std::numbers::pi / 2;
+  const bool clockwise = a1 > a0;
+  double s = a0;
+  double e = clockwise ? (std::floor(a0 / q) + 1) * q : (std::ceil(a0 / q) - 1) * q;
+  for (int guard = 0; guard < 8; ++guard) {
+    const bool last = clockwise ? a1 < e : a1 > e;
+    if (last) e = a1;
+    AppendArcPiece(path, f, s, e);
+    if (last) break;
+    s = e;
+    e += clockwise ? q : -q;
   }
 }
 
@@ -91,34 +113,85 @@ void AddPoint(std::vector<PointI>* pts, double x, double y) {
   if (pts->empty() || pts->back() != p) pts->push_back(p);
 }
 
-// Flattens one cubic piece by recursive halving until it is within a quarter pixel of its
-// chord (depth-limited, so even absurd coordinates finish).
-void FlattenCubic(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
-                  double y3, int depth, std::vector<PointI>* pts) {
-  const double dx = x3 - x0;
-  const double dy = y3 - y0;
-  const double len = std::hypot(dx, dy);
-  double d1;
-  double d2;
-  if (len > 1e-9) {
-    d1 = std::fabs((x1 - x0) * dy - (y1 - y0) * dx) / len;
-    d2 = std::fabs((x2 - x0) * dy - (y2 - y0) * dx) / len;
-  } else {
-    d1 = std::hypot(x1 - x0, y1 - y0);
-    d2 = std::hypot(x2 - x0, y2 - y0);
+// Curves are flattened in 1/16 pixel: each piece is halved until both control points lie within
+// a pixel of the chord (measured across its major axis) and between its ends, at most 8 times;
+// the ends of the pieces, rounded back to pixels, are the points.
+constexpr int kBezierShift = 4;
+constexpr std::int64_t kBezierPixel = std::int64_t{1} << kBezierShift;
+constexpr int kBezierDepth = 8;
+
+std::int64_t BezierDown(std::int64_t v) {
+  return (v + (kBezierPixel >> 1)) >> kBezierShift;
+}
+
+struct BPoint {
+  std::int64_t x = 0;
+  std::int64_t y = 0;
+};
+
+BPoint BezierMiddle(BPoint a, BPoint b) { return BPoint{(a.x + b.x + 1) / 2, (a.y + b.y + 1) / 2}; }
+
+bool ControlOutside(std::int64_t c, std::int64_t p0, std::int64_t p3) {
+  return c < p0 ? c < p3 : c > p3;
+}
+
+bool BezierFlat(const BPoint* p) {
+  std::int64_t dx = p[3].x - p[0].x;
+  std::int64_t dy = p[3].y - p[0].y;
+  auto abs64 = [](std::int64_t v) { return v < 0 ? -v : v; };
+  if (abs64(dy) <= abs64(dx)) {
+    if (ControlOutside(p[1].x, p[0].x, p[3].x) || ControlOutside(p[2].x, p[0].x, p[3].x)) {
+      return false;
+    }
+    dx = BezierDown(dx);
+    if (dx == 0) return true;
+    return abs64(p[1].y - p[0].y - (dy / dx) * BezierDown(p[1].x - p[0].x)) <= kBezierPixel &&
+           abs64(p[2].y - p[0].y - (dy / dx) * BezierDown(p[2].x - p[0].x)) <= kBezierPixel;
   }
-  if (depth >= 16 || std::max(d1, d2) <= 0.25 || !(d1 == d1 && d2 == d2)) {
-    AddPoint(pts, x3, y3);
+  if (ControlOutside(p[1].y, p[0].y, p[3].y) || ControlOutside(p[2].y, p[0].y, p[3].y)) {
+    return false;
+  }
+  dy = BezierDown(dy);
+  if (dy == 0) return true;
+  return abs64(p[1].x - p[0].x - (dx / dy) * BezierDown(p[1].y - p[0].y)) <= kBezierPixel &&
+         abs64(p[2].x - p[0].x - (dx / dy) * BezierDown(p[2].y - p[0].y)) <= kBezierPixel;
+}
+
+void AddFixedPoint(std::vector<PointI>* pts, BPoint p) {
+  const PointI q{static_cast<int>(BezierDown(p.x)), static_cast<int>(BezierDown(p.y))};
+  if (pts->empty() || pts->back() != q) pts->push_back(q);
+}
+
+void FlattenFixed(BPoint* p, int level, std::vector<PointI>* pts) {
+  if (level == 0 || BezierFlat(p)) {
+    AddFixedPoint(pts, p[3]);
     return;
   }
-  const double ax = (x0 + x1) / 2, ay = (y0 + y1) / 2;
-  const double bx = (x1 + x2) / 2, by = (y1 + y2) / 2;
-  const double cx = (x2 + x3) / 2, cy = (y2 + y3) / 2;
-  const double abx = (ax + bx) / 2, aby = (ay + by) / 2;
-  const double bcx = (bx + cx) / 2, bcy = (by + cy) / 2;
-  const double mx = (abx + bcx) / 2, my = (aby + bcy) / 2;
-  FlattenCubic(x0, y0, ax, ay, abx, aby, mx, my, depth + 1, pts);
-  FlattenCubic(mx, my, bcx, bcy, cx, cy, x3, y3, depth + 1, pts);
+  BPoint q[4];
+  q[3] = p[3];
+  q[2] = BezierMiddle(p[2], p[3]);
+  q[0] = BezierMiddle(p[1], p[2]);
+  q[1] = BezierMiddle(q[0], q[2]);
+  p[1] = BezierMiddle(p[0], p[1]);
+  p[2] = BezierMiddle(p[1], q[0]);
+  p[3] = BezierMiddle(p[2], q[1]);
+  q[0] = p[3];
+  FlattenFixed(p, level - 1, pts);
+  FlattenFixed(q, level - 1, pts);
+}
+
+// Path points are whole pixels clamped to a range whose 1/16 multiples stay far from overflow.
+std::int64_t BezierUp(double v) {
+  if (!(v == v)) return 0;
+  v = std::clamp(std::round(v), -1.0e15, 1.0e15);
+  return static_cast<std::int64_t>(v) * kBezierPixel;
+}
+
+void FlattenCubic(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
+                  double y3, std::vector<PointI>* pts) {
+  BPoint p[4] = {{BezierUp(x0), BezierUp(y0)}, {BezierUp(x1), BezierUp(y1)},
+                 {BezierUp(x2), BezierUp(y2)}, {BezierUp(x3), BezierUp(y3)}};
+  FlattenFixed(p, kBezierDepth, pts);
 }
 
 std::vector<Figure> FlattenPath(const PathData& path) {
@@ -140,7 +213,7 @@ std::vector<Figure> FlattenPath(const PathData& path) {
     if (type == PathData::kBezierTo && i + 2 < v.size()) {
       const auto& p0 = i > 0 ? v[i - 1] : v[i];
       FlattenCubic(p0.x, p0.y, v[i].x, v[i].y, v[i + 1].x, v[i + 1].y, v[i + 2].x, v[i + 2].y,
-                   0, &fig.points);
+                   &fig.points);
       if (v[i + 2].type & PathData::kCloseFigure) fig.closed = true;
       i += 3;
       continue;
@@ -232,10 +305,12 @@ void RecordCurve(DeviceContext& dc, const Box64& box, PointI start, PointI end,
   const bool clockwise = ArcDirectionIsClockwise(dc);
   double a0 = 0;
   double a1 = 0;
-  if (kind != CurveKind::kEllipse) {
-    a0 = RayAngle(f, start);
-    a1 = RayAngle(f, end);
+  if (kind == CurveKind::kEllipse) {
+    // A whole ellipse starts and ends at the middle of its left edge.
+    start = end = PointI{static_cast<int>(box.left), static_cast<int>((box.top + box.bottom) / 2)};
   }
+  a0 = RayAngle(box, start);
+  a1 = RayAngle(box, end);
   // Counter-clockwise on screen is toward smaller angles, y growing downward; equal rays give
   // a full turn.
   if (clockwise) {

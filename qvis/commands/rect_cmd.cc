@@ -113,6 +113,10 @@ void CQVIS_DrawRectCmd::SetColor(unsigned long crColor, unsigned long crXORColor
   });
 }
 
+void CQVIS_DrawRectCmd::SetDrawType(int nType) {
+  RubberBand::Update(*this, [&] { m_nDrawType = nType; });
+}
+
 void CQVIS_DrawRectCmd::DrawRectangle(double x1, double y1, double x2, double y2) {
   const RubberBand band(m_pSurface, m_hTargetDC);
   if (m_nDrawType == 0) {

@@ -56,8 +56,8 @@ class CQVIS_DrawRectCmd {
   void SetApertureID(int nID) { m_nApertureID = nID; }
   int GetApertureID() const { return m_nApertureID; }
   // SetDrawType: 0 filled, 1 outline, other values nothing drawn (corners still collected).
-  // Stored only; change it while the command is inactive.
-  void SetDrawType(int nType) { m_nDrawType = nType; }
+  // While active the rubber band is erased before and redrawn after.
+  void SetDrawType(int nType);
   int GetDrawType() const { return m_nDrawType; }
 
   // DrawRectangle draws the rectangle of the two corners: type 0 maps them and draws the

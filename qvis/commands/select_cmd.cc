@@ -130,6 +130,10 @@ void CQVIS_DrawSelectCmd::Draw() {
   if (BoxShown()) DrawRectangle(m_dX1, m_dY1, m_dX2, m_dY2);
 }
 
+void CQVIS_DrawSelectCmd::SetPointMode(int nMode) {
+  RubberBand::Update(*this, [&] { m_nPointMode = nMode; });
+}
+
 void CQVIS_DrawSelectCmd::DrawRectangle(double x1, double y1, double x2, double y2) {
   RubberBand(m_pSurface, nullptr).OriginBox(x1, y1, x2, y2);
 }

@@ -69,8 +69,9 @@ class CQVIS_DrawSelectCmd {
   void Draw();
   void OnDraw() { Draw(); }
 
-  // SetPointMode: 0 window selection, 1 point picks. Stored only.
-  void SetPointMode(int nMode) { m_nPointMode = nMode; }
+  // SetPointMode: 0 window selection, 1 point picks. A box on screen is erased before and
+  // redrawn after (so switching mode during a drag strands nothing).
+  void SetPointMode(int nMode);
   int GetPointMode() const { return m_nPointMode; }
 
   // DrawRectangle draws the box of the two corners into the surface's origin context with the

@@ -1,0 +1,103 @@
+// CQVIS_Wnd: the child window in which one design is shown and edited. It turns the platform's
+// messages into calls on the design's managers and commands, paints through the design's render
+// buffer and tells its parent when Esc or Enter is pressed. Created by the host over a
+// qvis::WindowPort; owns its design. A host may derive from it (for instance to paint its own
+// figures in OnDrawHost).
+#ifndef QVIS_WINDOW_DRAWING_WINDOW_H_
+#define QVIS_WINDOW_DRAWING_WINDOW_H_
+
+#include "qvis/compat/cpoint.h"
+#include "qvis/compat/cstring.h"
+#include "qvis/compat/handles.h"
+#include "qvis/compat/types.h"
+
+class CQVIS_Design;
+class CQVIS_GDI;
+
+namespace qvis {
+class WindowPort;
+}  // namespace qvis
+
+class CQVIS_Wnd {
+ public:
+  // CQVIS_Wnd: creates and initialises the design; the window is not on a port yet.
+  CQVIS_Wnd();
+  // ~CQVIS_Wnd: unbinds from the port and deletes the design with everything it owns.
+  virtual ~CQVIS_Wnd();
+  CQVIS_Wnd(const CQVIS_Wnd&) = delete;
+  CQVIS_Wnd& operator=(const CQVIS_Wnd&) = delete;
+
+  // Create: puts the window on a port (the platform window) and runs WM_CREATE through
+  // WindowProc. Returns FALSE for a null port or a window that is already created.
+  BOOL Create(qvis::WindowPort* port);
+  // GetSafeHwnd: the port the window lives on (null before Create).
+  qvis::HWND GetSafeHwnd() const { return m_pPort; }
+  // DetachPort: the port is going away; the window stops talking to it.
+  void DetachPort();
+
+  CQVIS_Design* GetDesign() { return m_pDesign; }
+  // UpdateInformation: a hook for a derived window; the base does nothing with the text.
+  virtual void UpdateInformation(CString text);
+  // Enable, Disable: switch the window's input on and off.
+  virtual void Enable();
+  virtual void Disable();
+
+  // WindowProc: routes one message by the message map; unknown messages take the default
+  // path. Returns the handler's result.
+  virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+  // PreTranslateMessage: while Esc or Enter is held, ends the command step, tells the parent
+  // (WM_KEYDOWN, 0, 0) and returns TRUE; otherwise handles Alt+1, "+" and "-" and returns
+  // FALSE so that the message goes on. A null message returns FALSE.
+  virtual BOOL PreTranslateMessage(qvis::MSG* pMsg);
+
+  // Message handlers.
+  virtual int OnCreate(void* lpCreateStruct);
+  virtual void OnPaint();
+  virtual BOOL OnEraseBkgnd(qvis::HDC hdc);
+  virtual void OnMouseMove(UINT nFlags, CPoint point);
+  virtual BOOL OnMouseWheel(UINT nFlags, short zDelta, CPoint pt);
+  virtual void OnSize(UINT nType, int cx, int cy);
+  virtual void OnLButtonDblClk(UINT nFlags, CPoint point);
+  virtual void OnLButtonDown(UINT nFlags, CPoint point);
+  virtual void OnLButtonUp(UINT nFlags, CPoint point);
+  virtual void OnRButtonDown(UINT nFlags, CPoint point);
+  virtual void OnRButtonUp(UINT nFlags, CPoint point);
+  virtual void OnKeyDown(UINT nChar, UINT nRepCnt, UINT nFlags);
+
+  // Command operations for the host's menus and toolbars.
+  void OnEditSelect();
+  void OnDrawLine();
+  void OnDrawArc();
+  void OnDrawRectangle();
+  void OnDrawPolygon();
+  void OnZoomZoomin();
+  void OnZoomZoomout();
+  void OnZoomZoomall();
+  void OnZoomZoombox();
+
+  // OnDrawHost: the host's drawing hook, called by every paint after the snap points, grid and
+  // origin mark and before the frame is presented. `dc` is the back buffer (also the
+  // surface's drawing DC). The base draws nothing.
+  virtual void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc);
+
+  CQVIS_Design* m_pDesign;
+  int m_nInitLayerID;
+
+ protected:
+  // Default: the platform's default processing of the message being handled.
+  LRESULT Default();
+  // Invalidate: asks for a repaint of the whole client area (with erase).
+  void Invalidate();
+  // RedrawNow: repaints at once.
+  void RedrawNow();
+  // ClientSize: the client area's width and height.
+  CSize ClientSize() const;
+
+  qvis::WindowPort* m_pPort = nullptr;
+
+ private:
+  // The message WindowProc is handling, for Default.
+  qvis::MSG current_;
+};
+
+#endif  // QVIS_WINDOW_DRAWING_WINDOW_H_

@@ -74,7 +74,7 @@ void CQVIS_Math::GetRegionArc(double cx, double cy, double r, double xs, double 
 void CQVIS_Math::MakeArcToLine(double cx, double cy, double r, double start, double end,
                                double step, CExPtrArray<DPoint*, DPoint*>* pts) {
   // "while start > end add 360 to end", through the terminating form.
-  if (start > end) end = qvis::geom::RaiseByTurns(end, start);
+  if (start > end) end = qvis::geom::RaiseByTurns(end, start);  // "add 360 while start > end"
   const double sweep = end - start;
   if (!std::isfinite(start) || !std::isfinite(sweep)) {
     // No angle can be stepped through; keep the promise to start and end on the given angles.
@@ -82,15 +82,17 @@ void CQVIS_Math::MakeArcToLine(double cx, double cy, double r, double start, dou
     AppendArcPoint(cx, cy, r, end, pts);
     return;
   }
-  // Unusable or runaway steps: the literal loop would never end (step <= 0, NaN, or a step
-  // below the angle's resolution) or would append millions of points.
+  // Unusable or runaway steps (see turns.h): a step that is not positive covers the sweep in
+  // one go, a step finer than kMaxArcPoints allows is widened, and the loop never runs more
+  // often than the sweep holds steps, even where a += step no longer changes a.
   if (!(step > 0)) step = sweep > 0 ? sweep : 1.0;
   if (sweep / step > static_cast<double>(qvis::tol::kMaxArcPoints)) {
     step = sweep / static_cast<double>(qvis::tol::kMaxArcPoints);
   }
+  const double max_steps = std::floor(sweep / step) + 1;
   bool ended_on_end = false;
-  long count = 0;
-  for (double a = start; a <= end && count <= qvis::tol::kMaxArcPoints; a += step, ++count) {
+  double count = 0;
+  for (double a = start; a <= end && count <= max_steps; a += step, count += 1) {
     AppendArcPoint(cx, cy, r, a, pts);
     if (a == end) ended_on_end = true;
   }

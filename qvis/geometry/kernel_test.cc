@@ -315,6 +315,16 @@ TEST(KernelArcs, MakeArcToLineStaysBoundedOnExtremeInput) {
     EXPECT_GE(p.size(), 1);
     EXPECT_LE(p.size(), (1 << 17) + 2);
   }
+  // Where adding the step no longer changes the angle the loop still stops after the sweep.
+  Points stalled;
+  CQVIS_Math::MakeArcToLine(0, 0, 1, 1e300, 0, 1, &stalled.list);
+  EXPECT_LE(stalled.size(), 3);
+  // A step too fine for the cap is widened but still ends on the end angle.
+  Points fine;
+  CQVIS_Math::MakeArcToLine(0, 0, 1, 0, 90, 1e-9, &fine.list);
+  EXPECT_GT(fine.size(), 1 << 16);
+  EXPECT_EQ(fine.at(fine.size() - 1).x, 0);
+  EXPECT_EQ(fine.at(fine.size() - 1).y, -1);
 }
 
 TEST(KernelArcs, MakeArcToLineCChoosesTheStep) {

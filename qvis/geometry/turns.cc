@@ -1,8 +1,7 @@
 // Whole-turn stepping of angles. Owner: geometry.
 //
-// This is the one place where the geometry code departs from the literal "while (a < x)
-// a += 360" loops it otherwise follows: those loops never end for infinities and spin for
-// ages on 1e300, so a distance of more than kTurnLoopLimit is first reduced by fmod (exact).
+// The literal "while (a < x) a += 360" loops never end for infinities and spin for ages on
+// 1e300, so a distance of more than kTurnLoopLimit is first reduced by fmod (see turns.h).
 #include "qvis/geometry/turns.h"
 
 #include <cmath>

@@ -1,5 +1,15 @@
 // Whole-turn stepping of angles (repeated +-360) that finishes at once for any input. Internal to
 // the geometry code. Owner: geometry.
+//
+// Where the geometry code departs from a literal loop so that every loop ends promptly for any
+// input (1e300, infinities, NaN), with unchanged results for ordinary input:
+//  - every "add / subtract 360 while ..." angle loop goes through the functions below, which
+//    take more than ~1000 turns in one fmod (exact) first and give NaN for an infinite gap;
+//  - CQVIS_Math::MakeArcToLine treats a zero, negative or NaN step as one step over the whole
+//    sweep, widens steps that would append more than kMaxArcPoints points, never iterates more
+//    often than the sweep holds steps (a += step may stop changing a), and appends the start
+//    and end points only when the sweep is not finite;
+//  - CQVIS_Math::MakeArcToLineC takes n = NaN like n = 0 (the fine cap).
 #ifndef QVIS_GEOMETRY_TURNS_H_
 #define QVIS_GEOMETRY_TURNS_H_
 

@@ -2,6 +2,7 @@
 // open polyline (Arc, ArcTo from the current position) or closed through the centre (Pie) or
 // straight back (Chord), the closed ones filled by winding first.
 // Owner: gdishapes.
+#include <numbers>
 #include <vector>
 
 #include "qvis/compat/win32_names.h"
@@ -29,7 +30,15 @@ BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int
   std::vector<PointI> pts;
   if (kind == CurveKind::kArcTo) pts.push_back(dc->position);
   std::vector<PointI> arc;
-  ArcPoints(box, start, end, ArcDirectionIsClockwise(*dc), &arc);
+  const bool clockwise = ArcDirectionIsClockwise(*dc);
+  if (!ArcPoints(box, start, end, clockwise, &arc)) {
+    // Too big to step: the flattened arc between the same rays.
+    const double a0 = RayAngle(box, start);
+    double a1 = RayAngle(box, end);
+    if (clockwise && a1 <= a0) a1 += 2 * std::numbers::pi;
+    if (!clockwise && a1 >= a0) a1 -= 2 * std::numbers::pi;
+    BigArcPoints(*dc, box, a0, a1, &arc);
+  }
   pts.insert(pts.end(), arc.begin(), arc.end());
   if (kind == CurveKind::kArcTo && !arc.empty()) dc->position = ArcEndPoint(box, end);
   if (kind == CurveKind::kPie) {

@@ -1,7 +1,9 @@
 // Ellipse, RoundRect and CreateEllipticRgn. The outline is the stepped ring of ellipse_geom.h;
 // the interior is the elliptic region of the box one pixel larger, painted before the outline.
 // Owner: gdishapes.
+#include <algorithm>
 #include <climits>
+#include <numbers>
 #include <vector>
 
 #include "qvis/compat/win32_names.h"
@@ -67,9 +69,22 @@ BOOL DrawRoundShape(HDC dc, int left, int top, int right, int bottom, std::int64
     return Rectangle(dc, static_cast<int>(box.left), static_cast<int>(box.top),
                      static_cast<int>(box.right), static_cast<int>(box.bottom));
   }
-  if (w > kMaxSteppedEllipse || h > kMaxSteppedEllipse) return TRUE;
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
+  if (w > kMaxSteppedEllipse || h > kMaxSteppedEllipse) {
+    // Too big to step: the flattened ellipse (its corners rounded as an ellipse too).
+    std::vector<PointI> outline;
+    BigArcPoints(*dc, box, 0, 2 * std::numbers::pi, &outline);
+    SpanRegion interior;
+    if (dc->brush != nullptr && !dc->brush->IsNull() && outline.size() > 2) {
+      const int n = static_cast<int>(outline.size());
+      RegionBuilder builder;
+      dc->scanner.Fill(outline.data(), &n, 1, FillRule::kWinding, clip, builder);
+      interior = builder.Build();
+    }
+    PaintShape(*dc, interior, outline.data(), static_cast<int>(outline.size()));
+    return TRUE;
+  }
   SpanRegion interior;
   if (dc->brush != nullptr && !dc->brush->IsNull()) {
     const Box64 grown{box.left, box.top, box.right + 1, box.bottom + 1};

@@ -15,7 +15,7 @@ namespace qvis::gdi {
 // Largest box side (pixels) whose outline is stepped pixel by pixel. Stepping costs one
 // iteration per outline pixel, so bigger boxes are drawn through a polygon approximation
 // whose cost is bounded by the clipped result instead.
-inline constexpr std::int64_t kMaxSteppedEllipse = std::int64_t{1} << 21;
+inline constexpr std::int64_t kMaxSteppedEllipse = std::int64_t{1} << 16;
 
 // A box normalised to left <= right, top <= bottom in 64 bits (sides of any 32-bit box fit).
 struct Box64 {

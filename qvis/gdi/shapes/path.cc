@@ -46,17 +46,6 @@ EllipseFrame FrameOf(const Box64& box) {
   return EllipseFrame{(l + r) / 2, (t + b) / 2, (r - l) / 2, (b - t) / 2};
 }
 
-// Angle of the ray from the centre through p, measured on the unit circle the box is a
-// stretched copy of (the whole box, right and bottom edges included; y grows downward).
-double RayAngle(const Box64& box, PointI p) {
-  const double w = static_cast<double>(box.Width());
-  const double h = static_cast<double>(box.Height());
-  const double x = (p.x - static_cast<double>(box.left)) / w * 2 - 1;
-  const double y = (p.y - static_cast<double>(box.top)) / h * 2 - 1;
-  if (!(x == x) || !(y == y)) return 0;
-  return std::atan2(y, x);
-}
-
 // Appends one Bezier piece (at most a quarter turn) of the arc from a0 to a1, its points rounded
 // to pixels as a path keeps them.
 void AppendArcPiece(PathData& path, const EllipseFrame& f, double a0, double a1) {
@@ -284,6 +273,15 @@ BOOL RenderPath(HDC dc, PathRender what) {
 }
 
 }  // namespace
+
+double RayAngle(const Box64& box, PointI p) {
+  const double w = static_cast<double>(box.Width());
+  const double h = static_cast<double>(box.Height());
+  const double x = (p.x - static_cast<double>(box.left)) / w * 2 - 1;
+  const double y = (p.y - static_cast<double>(box.top)) / h * 2 - 1;
+  if (!(x == x) || !(y == y)) return 0;
+  return std::atan2(y, x);
+}
 
 bool PathIsOpen(const DeviceContext& dc) { return dc.path.state == PathData::kOpen; }
 

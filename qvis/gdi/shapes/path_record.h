@@ -23,6 +23,10 @@ bool PathIsOpen(const DeviceContext& dc);
 // the centre for kPie), kEllipse records the whole closed ellipse. An empty box records nothing.
 void RecordCurve(DeviceContext& dc, const Box64& box, PointI start, PointI end, CurveKind kind);
 
+// RayAngle: the angle (radians, y downward) of the ray from the centre of `box` through p,
+// measured on the unit circle the box is a stretched copy of.
+double RayAngle(const Box64& box, PointI p);
+
 // ArcEndPoint: the point where the ray from the centre of `box` through `ray` meets the ellipse,
 // rounded to the nearest pixel (the position ArcTo leaves behind).
 PointI ArcEndPoint(const Box64& box, PointI ray);

@@ -2,8 +2,10 @@
 #include "qvis/gdi/shapes/shape_paint.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "qvis/gdi/dc.h"
+#include "qvis/gdi/shapes/curve_flatten.h"
 #include "qvis/gdi/shapes/wide_pen.h"
 
 namespace qvis::gdi {
@@ -46,6 +48,22 @@ void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* out
   }
   if (has_brush && !interior.IsEmpty()) interior.Emit(clip, BrushSink(dc, dc.brush));
   if (has_pen) DrawCosmeticPolyline(dc, outline, count, true);
+}
+
+void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a1,
+                  std::vector<PointI>* out) {
+  const double l = static_cast<double>(box.left);
+  const double t = static_cast<double>(box.top);
+  const double r = static_cast<double>(box.right - 1);
+  const double b = static_cast<double>(box.bottom - 1);
+  const EllipseArc arc{(l + r) / 2, (t + b) / 2, (r - l) / 2, (b - t) / 2, a0, a1};
+  std::vector<Point2> pts;
+  FlattenArc(arc, ClipBox(dc), 0.25, &pts);
+  for (const Point2& p : pts) {
+    const PointI q{static_cast<int>(std::clamp(std::floor(p.x + 0.5), -2147483648.0, 2147483647.0)),
+                   static_cast<int>(std::clamp(std::floor(p.y + 0.5), -2147483648.0, 2147483647.0))};
+    if (out->empty() || out->back() != q) out->push_back(q);
+  }
 }
 
 bool ArcDirectionIsClockwise(const DeviceContext& dc) { return dc.arc_direction == 2; }

@@ -10,6 +10,7 @@
 
 #include "qvis/gdi/raster/geom.h"
 #include "qvis/gdi/raster/region.h"
+#include "qvis/gdi/shapes/ellipse_geom.h"
 
 namespace qvis::gdi {
 
@@ -31,6 +32,12 @@ SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip);
 // over the painted interior, as GDI does; a wide pen's pixels are taken out of the interior
 // first. A null pen or brush skips its part.
 void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* outline, int count);
+
+// BigArcPoints appends the outline points of the ellipse in `box` from angle a0 to a1 (radians
+// on the unit circle the box stretches, y downward), for boxes too big to step: flattened where
+// the curve passes near the DC's clip box, straight chords elsewhere.
+void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a1,
+                  std::vector<PointI>* out);
 
 // ArcDirectionIsClockwise tells the direction the DC draws arcs in.
 bool ArcDirectionIsClockwise(const DeviceContext& dc);

@@ -10,6 +10,7 @@
 
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/raster/wide_pen_hook.h"
+#include "qvis/gdi/shapes/curve_flatten.h"
 #include "qvis/gdi/shapes/ellipse_geom.h"
 
 namespace qvis::gdi {
@@ -45,18 +46,21 @@ struct Vec {
   double y = 0;
 };
 
-// A disc polygon for pens too wide to step: the circle through the dot's outer pixel edges.
-void AddBigDisc(PointI c, std::int64_t width, PolygonSet* out) {
-  constexpr int kSides = 4096;
+// Widest round dot stepped pixel by pixel; wider dots are flattened circles, which costs what
+// the clipped part of their edge costs.
+constexpr std::int64_t kMaxSteppedDot = 2048;
+
+// A disc polygon for very wide pens: the circle through the dot's outer pixel edges.
+void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out) {
   const double r = static_cast<double>(width) / 2.0;
   const double cx = static_cast<double>(c.x) - static_cast<double>(width / 2) + r - 0.5;
   const double cy = static_cast<double>(c.y) - static_cast<double>(width / 2) + r - 0.5;
-  std::vector<PointFx> pts(kSides);
-  for (int i = 0; i < kSides; ++i) {
-    const double a = 2.0 * std::numbers::pi * i / kSides;
-    pts[static_cast<std::size_t>(i)] = Fx(cx + r * std::cos(a), cy + r * std::sin(a));
-  }
-  out->Add(pts.data(), kSides);
+  std::vector<Point2> pts;
+  FlattenArc(EllipseArc{cx, cy, r, r, 0, 2 * std::numbers::pi}, clip, 0.25, &pts);
+  std::vector<PointFx> fx;
+  fx.reserve(pts.size());
+  for (const Point2& p : pts) fx.push_back(Fx(p.x, p.y));
+  out->Add(fx.data(), static_cast<int>(fx.size()));
 }
 
 
@@ -168,8 +172,8 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
   if (width < 1) return;
   const std::int64_t left = static_cast<std::int64_t>(c.x) - width / 2;
   const std::int64_t top = static_cast<std::int64_t>(c.y) - width / 2;
-  if (width > kMaxSteppedEllipse) {
-    AddBigDisc(c, width, out);
+  if (width > kMaxSteppedDot) {
+    AddBigDisc(c, width, rows, out);
     return;
   }
   // The dot is the elliptic region of the box one pixel larger than the dot (regions leave

@@ -228,7 +228,8 @@ BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
   fill = fill.Intersect(clip);
   if (!fill.IsEmpty()) BrushSink(*dc, dc->brush).BlitRect(fill);
   if (has_pen) {
-    const PointI corners[4] = {{left, top}, {r, top}, {r, b}, {left, b}};
+    // Counter-clockwise from the top-right corner: where a styled pen's pattern starts.
+    const PointI corners[4] = {{r, top}, {left, top}, {left, b}, {r, b}};
     DrawPenOutline(*dc, corners, 4, true);
   }
   return TRUE;
@@ -269,7 +270,8 @@ COLORREF SetPixel(HDC dc, int x, int y, COLORREF color) {
   if (dc == nullptr || !PixelVisible(*dc, x, y)) return kClrInvalid;
   BitmapData& bitmap = *dc->bitmap;
   if (bitmap.bpp == 1) {
-    const bool bit = MonoBitFor(color, dc->bk_color);
+    // A single pixel takes the nearer of black and white (no background-colour rule here).
+    const bool bit = MonoBitFor(color, color);
     SetMonoPixel(bitmap, x, y, bit);
     return bit ? 0xFFFFFFu : 0u;
   }
@@ -439,11 +441,18 @@ void RunBlock(DeviceContext& dc, const IRect& box, unsigned rop3, const BitmapDa
   }
 }
 
-// Normalize turns an origin and signed extents into a box.
+// BoxOf turns an origin and signed extents into a box. A negative extent reaches back from the
+// origin pixel, which stays inside: x = 10, width = -3 covers pixels 8, 9 and 10.
 IRect BoxOf(int x, int y, int w, int h) {
   std::int64_t l = x, t = y, r = std::int64_t{x} + w, b = std::int64_t{y} + h;
-  if (l > r) std::swap(l, r);
-  if (t > b) std::swap(t, b);
+  if (w < 0) {
+    l = r + 1;
+    r = std::int64_t{x} + 1;
+  }
+  if (h < 0) {
+    t = b + 1;
+    b = std::int64_t{y} + 1;
+  }
   auto c = [](std::int64_t v) {
     return static_cast<int>(std::clamp<std::int64_t>(v, INT_MIN, INT_MAX));
   };

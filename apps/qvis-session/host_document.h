@@ -1,0 +1,84 @@
+// qvis::session::HostDocument: the figures a session host has taken over from the commands
+// (tracks, circles, arcs, rectangles, polygons, pads). The library keeps no shapes; this
+// document paints them through the window's host drawing hook and lists them as text.
+#ifndef APPS_QVIS_SESSION_HOST_DOCUMENT_H_
+#define APPS_QVIS_SESSION_HOST_DOCUMENT_H_
+
+#include <string>
+#include <vector>
+
+#include "qvis/compat/handles.h"
+#include "qvis/compat/types.h"
+
+class CQVIS_GDI;
+
+namespace qvis::session {
+
+struct Vertex {
+  double x = 0.0;
+  double y = 0.0;
+  double width = 0.0;  // world width of the segment that ends here (tracks)
+  // Arc edges of polygons: the edge that ends here runs about the centre.
+  bool arc = false;
+  double cx = 0.0;
+  double cy = 0.0;
+  int direction = 1;  // 1 counter-clockwise on screen, 2 clockwise
+};
+
+enum class FigureKind { kTrack, kCircle, kCircle3, kArc, kRect, kPolygon, kPad };
+enum class PadShape { kRound, kRect, kObround, kPolygon };
+
+struct Figure {
+  FigureKind kind = FigureKind::kTrack;
+  int layer = 0;
+  int aperture = 0;
+  std::vector<Vertex> points;  // track and polygon vertices
+  int end_cap = 0;             // tracks: 0 round, 256 square, 512 flat
+  // Circles and arcs: centre, radius, stroke width, filled disc.
+  double cx = 0.0;
+  double cy = 0.0;
+  double radius = 0.0;
+  double width = 0.0;
+  bool fill = false;
+  // Arcs: start and end points (counter-clockwise on screen from start to end).
+  double sx = 0.0, sy = 0.0, ex = 0.0, ey = 0.0;
+  // Rectangles: two corners.
+  double x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0;
+  // Pads: shape, centre (cx, cy), size, hole, polygon side count.
+  PadShape pad = PadShape::kRound;
+  double pad_width = 0.0;   // round and polygon pads: the diameter
+  double pad_height = 0.0;
+  double hole_width = 0.0;
+  double hole_height = 0.0;
+  int sides = 0;
+};
+
+class HostDocument {
+ public:
+  void Add(Figure figure) { figures_.push_back(std::move(figure)); }
+  void Clear() { figures_.clear(); }
+  const std::vector<Figure>& figures() const { return figures_; }
+
+  // Paint: draws every figure in copy mode into `dc` through the surface (world to pixel by
+  // the surface's view). Figures with degenerate sizes draw what the surface makes of them.
+  void Paint(CQVIS_GDI* surface, HDC dc) const;
+
+  // Listing: one line per figure, values with 4 decimals, in the order the figures came.
+  std::string Listing() const;
+
+  // LayerColor: the colour figures of a layer are painted in.
+  static COLORREF LayerColor(int layer);
+
+ private:
+  static void PaintOne(CQVIS_GDI* surface, HDC dc, const Figure& f);
+
+  std::vector<Figure> figures_;
+};
+
+// PadPolygonVertices: the outline of a regular-polygon pad as the pad command draws it: the
+// step is 360 / sides in whole degrees, vertex 0 at (cx + r, cy). Fewer than 3 sides: none.
+std::vector<Vertex> PadPolygonVertices(double cx, double cy, double diameter, int sides);
+
+}  // namespace qvis::session
+
+#endif  // APPS_QVIS_SESSION_HOST_DOCUMENT_H_

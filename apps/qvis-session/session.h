@@ -1,0 +1,114 @@
+// qvis::session::Session: runs a session script against a drawing window on the headless port.
+// Each script line becomes the messages a message loop would deliver; the figures the commands
+// finish are taken into a host document that the window paints through its host hook.
+#ifndef APPS_QVIS_SESSION_SESSION_H_
+#define APPS_QVIS_SESSION_SESSION_H_
+
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "apps/qvis-session/host_document.h"
+#include "qvis/compat/cpoint.h"
+#include "qvis/window/drawing_window.h"
+#include "qvis/window/headless/headless_port.h"
+
+namespace qvis::session {
+
+// ScriptError: a line that cannot run; the text says what was expected.
+class ScriptError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// SessionWindow: the drawing window of the session host; it paints the host's document.
+class SessionWindow : public CQVIS_Wnd {
+ public:
+  explicit SessionWindow(const HostDocument* document) : document_(document) {}
+  void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override;
+
+ private:
+  const HostDocument* document_;
+};
+
+// Settings remembered for the commands; each is applied when its command starts.
+struct CommandSettings {
+  std::optional<double> width;
+  std::optional<double> height;
+  std::optional<int> end_cap;
+  std::optional<int> bend;
+  std::optional<double> diameter;
+  std::optional<int> sides;
+  std::optional<double> hole_width;
+  std::optional<double> hole_height;
+  std::optional<int> aperture;
+  std::optional<int> fill;
+  std::optional<int> draw_type;
+};
+
+class Session {
+ public:
+  // Session: a window of width x height pixels on a fresh headless port. Relative output
+  // paths are resolved against out_dir; messages of `echo` and `list -` go to `out`.
+  Session(std::string out_dir, std::ostream& out, int width = 800, int height = 600);
+  ~Session();
+
+  // RunFile: runs every line of a script file. Returns 0 on success; on the first bad line it
+  // writes "FILE:LINE: error: WHAT" to `err` and returns 1 (everything written so far stays).
+  // A file that cannot be read gives 1 as well.
+  int RunFile(const std::string& path, std::ostream& err);
+  // RunScript: the same over script text; `name` stands for the file in messages.
+  int RunScript(const std::string& text, const std::string& name, std::ostream& err);
+  // RunLine: one line; throws ScriptError for a line that cannot run.
+  void RunLine(const std::string& line);
+
+  HeadlessPort& port() { return *port_; }
+  SessionWindow& window() { return *window_; }
+  const HostDocument& document() const { return document_; }
+  // Written: the files written so far (snapshots, listings, design files), in order.
+  const std::vector<std::string>& written() const { return written_; }
+
+ private:
+  using Words = std::vector<std::string>;
+
+  std::string Resolve(const std::string& path) const;
+  CPoint ParsePos(const Words& w, size_t* i, const char* what) const;
+  double Number(const Words& w, size_t i, const char* what) const;
+  int Integer(const Words& w, size_t i, const char* what) const;
+  bool OnOff(const Words& w, size_t i, const char* what) const;
+  void NoMore(const Words& w, size_t i) const;
+
+  void Setup(const Words& w);
+  void StartCommand(const Words& w);
+  void Set(const Words& w);
+  void ApplySettings(const std::string& name);
+  void Input(const Words& w);
+  void Output(const Words& w);
+  void Expect(const Words& w);
+
+  // Feed posts one message and takes over any figure it finished.
+  void Feed(UINT message, WPARAM wparam, LPARAM lparam);
+  void FeedMouse(UINT message, CPoint p);
+  void TakeFigures(UINT message, WPARAM wparam, bool circle_busy, int circle3_progress,
+                   bool rect_busy, int arc_progress);
+  // TakeVertexLists takes a finished track or polygon over; true when it took one.
+  bool TakeVertexLists(bool before_double_click);
+  void Repaint();
+
+  std::string out_dir_;
+  std::ostream& out_;
+  HostDocument document_;
+  std::unique_ptr<HeadlessPort> port_;
+  std::unique_ptr<SessionWindow> window_;
+  std::map<std::string, CommandSettings> settings_;  // by command name
+  std::string command_ = "select";
+  std::vector<std::string> written_;
+};
+
+}  // namespace qvis::session
+
+#endif  // APPS_QVIS_SESSION_SESSION_H_

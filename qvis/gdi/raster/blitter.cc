@@ -119,9 +119,9 @@ void ArgbBlitter32::Blit(const Span* spans, int count) {
     }
     for (int x = x0; x < x1; ++x) {
       const std::uint32_t d = row[x];
-      const std::uint32_t r = (sr * a + ((d >> 16) & 0xFF) * ia) / 255;
-      const std::uint32_t g = (sg * a + ((d >> 8) & 0xFF) * ia) / 255;
-      const std::uint32_t b = (sb * a + (d & 0xFF) * ia) / 255;
+      const std::uint32_t r = (sr * a + ((d >> 16) & 0xFF) * ia + 127) / 255;
+      const std::uint32_t g = (sg * a + ((d >> 8) & 0xFF) * ia + 127) / 255;
+      const std::uint32_t b = (sb * a + (d & 0xFF) * ia + 127) / 255;
       row[x] = (r << 16) | (g << 8) | b;
     }
   }

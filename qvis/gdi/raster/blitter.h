@@ -75,7 +75,7 @@ class PatternBlitter32 final : public SpanSink {
 };
 
 // ArgbBlitter32: source-over blending of one ARGB colour, per channel
-// src * a / 255 + dst * (255 - a) / 255.
+// src * a / 255 + dst * (255 - a) / 255, rounded to the nearest value.
 class ArgbBlitter32 final : public SpanSink {
  public:
   void Reset(BitmapData* bitmap, std::uint32_t argb);

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "qvis/compat/win32_names.h"
+#include "qvis/gdi/alpha.h"
 #include "qvis/gdi/gdi.h"
 
 namespace qvis::gdi {
@@ -68,7 +69,7 @@ COLORREF Color(const std::string& s) {
              static_cast<unsigned>(v));
 }
 
-[[maybe_unused]] std::uint32_t Argb(const std::string& s) {
+std::uint32_t Argb(const std::string& s) {
   return static_cast<std::uint32_t>(std::strtoul(s.c_str(), nullptr, 0));
 }
 
@@ -268,6 +269,7 @@ class SceneRunner {
   bool DrawCommand(const Words& a, HDC dc);
   bool RegionCommand(const Words& a, HDC dc);
   bool TextOrBlitCommand(const Words& a, HDC dc);
+  bool AlphaCommand(const Words& a, HDC dc);
 
   void Release() {
     for (auto& [name, region] : regions_) {
@@ -325,7 +327,8 @@ void SceneRunner::Command(const Words& a) {
     } else {
       throw SceneError{"target canvas|src"};
     }
-  } else if (DrawCommand(a, dc) || RegionCommand(a, dc) || TextOrBlitCommand(a, dc)) {
+  } else if (DrawCommand(a, dc) || RegionCommand(a, dc) || TextOrBlitCommand(a, dc) ||
+             AlphaCommand(a, dc)) {
     // done
   } else {
     StateCommand(a, dc);
@@ -649,6 +652,45 @@ bool SceneRunner::TextOrBlitCommand(const Words& a, HDC dc) {
           "BitBlt");
   } else {
     (void)dc;
+    return false;
+  }
+  return true;
+}
+
+// The translucent primitives, each with its own pen or fill, round caps and joins.
+bool SceneRunner::AlphaCommand(const Words& a, HDC dc) {
+  const std::string& c = a[0];
+  if (c == "gp_smoothing") {
+    Need(a, 1, 1, "gp_smoothing N");
+    // Anti-aliasing is never drawn; any mode other than none-set is reported.
+    if (Num(a[1]) > 2) Note("smoothing mode " + a[1] + " is drawn without anti-aliasing");
+  } else if (c == "gp_drawline") {
+    Need(a, 6, 6, "gp_drawline 0xAARRGGBB WIDTH X1 Y1 X2 Y2");
+    Check(GpDrawLine(dc, Argb(a[1]), static_cast<float>(Real(a[2])), Num(a[3]), Num(a[4]),
+                     Num(a[5]), Num(a[6])),
+          "GdipDrawLineI");
+  } else if (c == "gp_drawellipse") {
+    Need(a, 6, 6, "gp_drawellipse 0xAARRGGBB WIDTH X Y W H");
+    Check(GpDrawEllipse(dc, Argb(a[1]), static_cast<float>(Real(a[2])), Num(a[3]), Num(a[4]),
+                        Num(a[5]), Num(a[6])),
+          "GdipDrawEllipseI");
+  } else if (c == "gp_drawarc" || c == "gp_drawpie") {
+    Need(a, 8, 8, "gp_drawarc|gp_drawpie 0xAARRGGBB WIDTH X Y W H START SWEEP");
+    auto* draw = c == "gp_drawarc" ? GpDrawArc : GpDrawPie;
+    Check(draw(dc, Argb(a[1]), static_cast<float>(Real(a[2])), Num(a[3]), Num(a[4]), Num(a[5]),
+               Num(a[6]), static_cast<float>(Real(a[7])), static_cast<float>(Real(a[8]))),
+          c.c_str());
+  } else if (c == "gp_fillpolygon") {
+    std::vector<CPoint> p = Points(a, 2, 1, "gp_fillpolygon 0xAARRGGBB X Y X Y ...");
+    Check(GpFillPolygon(dc, p.data(), static_cast<int>(p.size()), Argb(a[1])), "GdipFillPolygonI");
+  } else if (c == "gp_fillrect") {
+    Need(a, 5, 5, "gp_fillrect 0xAARRGGBB X Y W H");
+    Check(GpFillRect(dc, Num(a[2]), Num(a[3]), Num(a[4]), Num(a[5]), Argb(a[1])),
+          "GdipFillRectangleI");
+  } else if (c == "gp_fillrgn") {
+    Need(a, 2, 2, "gp_fillrgn 0xAARRGGBB NAME");
+    Check(GpFillRegion(dc, Region(a[2]), Argb(a[1])), "GdipFillRegion");
+  } else {
     return false;
   }
   return true;

@@ -183,8 +183,11 @@ std::unique_ptr<FontFace> FontFace::Realize(const LOGFONTA& lf) {
   long long height = lf.lfHeight == 0 ? kDefaultCellHeight : lf.lfHeight;
   long long ppem = 0;
   if (height > 0) {
-    long long cell = std::max(1L, ascent_units + descent_units);
-    ppem = (static_cast<long long>(face->units_per_EM) * height + cell / 2) / cell;
+    const long long cell = std::max(1L, ascent_units + descent_units);
+    const long long upem = face->units_per_EM;
+    ppem = (upem * height + cell / 2) / cell;
+    // Rounding may give a cell taller than asked for; then the next smaller em is taken.
+    if (ppem > 1 && (cell * ppem + upem / 2) / upem > height) --ppem;
   } else {
     ppem = -height;
   }

@@ -9,6 +9,8 @@
 // overlap, apart from the two noted exceptions) and writes four doubles: the nearest point on
 // the first operand, then the one on the second. The point functions are the exception to that
 // order: they write the nearest point on the shape first and the point itself second.
+// Degenerate operands: a null output array is allowed (nothing is written); the exact pairs
+// take a negative width as 0; NaN input gives NaN or infinite results, never a crash or loop.
 #ifndef QVIS_GEOMETRY_DISTANCE_H_
 #define QVIS_GEOMETRY_DISTANCE_H_
 

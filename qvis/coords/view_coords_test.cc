@@ -260,7 +260,8 @@ TEST(CoordsTest, AssignmentKeepsScaleCopyConstructionCopiesIt) {
   EXPECT_EQ(a.m_dReserved2, 1.0);
   EXPECT_TRUE(a == b);  // scale is neither copied nor compared
   EXPECT_FALSE(a != b);
-  a = a;  // self-assignment changes nothing
+  CQVIS_Coords& same = a;
+  a = same;  // self-assignment changes nothing
   EXPECT_EQ(a.m_dScale, 3.0);
 }
 

@@ -1,0 +1,216 @@
+// Scan converters through a recording sink: cosmetic lines (pixel rules, clipping, styles) and
+// polygons (fill rules, shared edges, far-off vertices).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "qvis/gdi/raster/line.h"
+#include "qvis/gdi/raster/polygon.h"
+#include "qvis/gdi/raster/span.h"
+
+namespace qvis::gdi {
+namespace {
+
+using Pixel = std::pair<int, int>;  // (x, y)
+using PixelSet = std::set<Pixel>;
+
+// Pixels of the recorded spans; fails the test when a pixel comes twice.
+PixelSet Pixels(const RecordingSink& sink) {
+  PixelSet set;
+  for (const Span& s : sink.spans()) {
+    EXPECT_LT(s.x0, s.x1);
+    for (int x = s.x0; x < s.x1; ++x) {
+      EXPECT_TRUE(set.insert({x, s.y}).second) << "pixel (" << x << "," << s.y << ") twice";
+    }
+  }
+  return set;
+}
+
+PixelSet LinePixels(PointI a, PointI b, IRect clip = {-1000, -1000, 1000, 1000}) {
+  RecordingSink sink;
+  ScanCosmeticLine(a, b, clip, nullptr, sink, nullptr);
+  return Pixels(sink);
+}
+
+TEST(CosmeticLineTest, StartInEndOutAndReverseSharesTheInterior) {
+  for (int dy = -12; dy <= 12; ++dy) {
+    for (int dx = -12; dx <= 12; ++dx) {
+      if (dx == 0 && dy == 0) continue;
+      const PointI a{3, -4}, b{3 + dx, -4 + dy};
+      PixelSet fwd = LinePixels(a, b), rev = LinePixels(b, a);
+      EXPECT_EQ(fwd.size(), static_cast<std::size_t>(std::max(std::abs(dx), std::abs(dy))));
+      EXPECT_TRUE(fwd.count({a.x, a.y}));
+      EXPECT_FALSE(fwd.count({b.x, b.y}));
+      fwd.erase({a.x, a.y});
+      rev.erase({b.x, b.y});
+      EXPECT_EQ(fwd, rev) << "dx " << dx << " dy " << dy;
+    }
+  }
+}
+
+TEST(CosmeticLineTest, MinorTiesGoToTheSmallerCoordinate) {
+  // Half-way along (0,0)-(8,1) the exact y is 1/2: the pixel stays on row 0.
+  EXPECT_TRUE(LinePixels({0, 0}, {8, 1}).count({4, 0}));
+  EXPECT_TRUE(LinePixels({8, 1}, {0, 0}).count({4, 0}));
+  EXPECT_TRUE(LinePixels({0, 0}, {1, 8}).count({0, 4}));
+  EXPECT_TRUE(LinePixels({5, 0}, {-3, -1}).count({1, -1}));
+  EXPECT_TRUE(LinePixels({0, 0}, {0, 0}).empty());
+}
+
+TEST(CosmeticLineTest, ClippingNeverMovesAPixel) {
+  std::mt19937 rng(1234);
+  std::uniform_int_distribution<int> near(-60, 60);
+  const IRect clip{-20, -15, 25, 30};
+  for (int k = 0; k < 500; ++k) {
+    const PointI a{near(rng), near(rng)}, b{near(rng), near(rng)};
+    PixelSet whole = LinePixels(a, b);
+    PixelSet expected;
+    for (const Pixel& p : whole) {
+      if (clip.Contains(p.first, p.second)) expected.insert(p);
+    }
+    EXPECT_EQ(LinePixels(a, b, clip), expected) << a.x << "," << a.y << " " << b.x << "," << b.y;
+  }
+}
+
+TEST(CosmeticLineTest, FarEndPointsCostOnlyTheVisiblePart) {
+  const IRect clip{0, 0, 64, 64};
+  struct Case {
+    PointI a, b;
+  } cases[] = {
+      {{INT_MIN, INT_MIN}, {INT_MAX, INT_MAX}},
+      {{INT_MAX, INT_MIN}, {INT_MIN, INT_MAX}},
+      {{INT_MIN, 10}, {INT_MAX, 11}},
+      {{-5, INT_MIN}, {5, INT_MAX}},
+      {{INT_MIN, INT_MIN}, {INT_MIN + 1, INT_MAX}},
+  };
+  for (const Case& c : cases) {
+    PixelSet px = LinePixels(c.a, c.b, clip);
+    EXPECT_LE(px.size(), 64u);
+    for (const Pixel& p : px) EXPECT_TRUE(clip.Contains(p.first, p.second));
+  }
+  // The full diagonal crosses the whole clip box.
+  EXPECT_EQ(LinePixels({INT_MIN, INT_MIN}, {INT_MAX, INT_MAX}, clip).size(), 64u);
+}
+
+TEST(CosmeticLineTest, StylesStepPerPixelAndSplitOnFromGaps) {
+  // Dash: 18 on, 6 off.
+  LineStyle dash = CosmeticStyle(1);
+  RecordingSink on, gaps;
+  ScanCosmeticLine({0, 0}, {30, 0}, {0, 0, 100, 10}, &dash, on, &gaps);
+  EXPECT_EQ(dash.pos, 30 % 24);
+  PixelSet on_px = Pixels(on), gap_px = Pixels(gaps);
+  EXPECT_EQ(on_px.size(), 18u + 6u);  // 0..17 and 24..29
+  EXPECT_EQ(gap_px.size(), 6u);       // 18..23
+  EXPECT_TRUE(gap_px.count({18, 0}) && gap_px.count({23, 0}));
+  EXPECT_TRUE(on_px.count({24, 0}));
+  // Clipping keeps the phase: the first visible pixel x = 20 is still in the gap.
+  LineStyle again = CosmeticStyle(1);
+  RecordingSink on2;
+  ScanCosmeticLine({0, 0}, {30, 0}, {20, 0, 100, 10}, &again, on2, nullptr);
+  PixelSet on2_px = Pixels(on2);
+  EXPECT_EQ(on2_px, PixelSet({{24, 0}, {25, 0}, {26, 0}, {27, 0}, {28, 0}, {29, 0}}));
+  // Periods of the other styles.
+  EXPECT_EQ(CosmeticStyle(2).period, 6);
+  EXPECT_EQ(CosmeticStyle(3).period, 24);
+  EXPECT_EQ(CosmeticStyle(4).period, 24);
+  EXPECT_TRUE(CosmeticStyle(0).IsSolid());
+}
+
+// --- Polygons -----------------------------------------------------------------------------------
+
+PixelSet FillPixels(const std::vector<PointI>& pts, FillRule rule,
+                    IRect clip = {-1000, -1000, 1000, 1000}) {
+  RecordingSink sink;
+  PolygonScanner scanner;
+  const int n = static_cast<int>(pts.size());
+  scanner.Fill(pts.data(), &n, 1, rule, clip, sink);
+  return Pixels(sink);
+}
+
+TEST(PolygonScanTest, AxisAlignedBoxIsHalfOpen) {
+  PixelSet px = FillPixels({{2, 3}, {7, 3}, {7, 5}, {2, 5}}, FillRule::kAlternate);
+  PixelSet want;
+  for (int y = 3; y < 5; ++y) {
+    for (int x = 2; x < 7; ++x) want.insert({x, y});
+  }
+  EXPECT_EQ(px, want);
+}
+
+TEST(PolygonScanTest, TrianglesSharingEdgesTileWithoutGapsOrOverlaps) {
+  // A fan of triangles around a centre covers the same pixels as the whole polygon, each once.
+  std::mt19937 rng(99);
+  std::uniform_int_distribution<int> r(-40, 40);
+  for (int k = 0; k < 50; ++k) {
+    std::vector<PointI> ring;
+    for (int i = 0; i < 6; ++i) {
+      const double a = i * 3.14159265 / 3;
+      ring.push_back({static_cast<int>(40 * std::cos(a)) + r(rng) / 8,
+                      static_cast<int>(40 * std::sin(a)) + r(rng) / 8});
+    }
+    const PointI c{r(rng) / 8, r(rng) / 8};
+    PixelSet whole = FillPixels(ring, FillRule::kAlternate);
+    PixelSet joined;
+    for (int i = 0; i < 6; ++i) {
+      for (const Pixel& p : FillPixels({c, ring[static_cast<std::size_t>(i)],
+                                        ring[static_cast<std::size_t>((i + 1) % 6)]},
+                                       FillRule::kAlternate)) {
+        EXPECT_TRUE(joined.insert(p).second) << "overlap at " << p.first << "," << p.second;
+      }
+    }
+    EXPECT_EQ(joined, whole);
+  }
+}
+
+TEST(PolygonScanTest, FillRuleDecidesTheCentreOfAStar) {
+  const std::vector<PointI> star = {{0, -20}, {12, 16}, {-19, -6}, {19, -6}, {-12, 16}};
+  EXPECT_FALSE(FillPixels(star, FillRule::kAlternate).count({0, 0}));
+  EXPECT_TRUE(FillPixels(star, FillRule::kWinding).count({0, 0}));
+  // Outside the pentagon both agree.
+  PixelSet alt = FillPixels(star, FillRule::kAlternate), win = FillPixels(star, FillRule::kWinding);
+  for (const Pixel& p : alt) EXPECT_TRUE(win.count(p));
+}
+
+TEST(PolygonScanTest, DegenerateInputsDrawNothing) {
+  EXPECT_TRUE(FillPixels({}, FillRule::kAlternate).empty());
+  EXPECT_TRUE(FillPixels({{1, 1}}, FillRule::kAlternate).empty());
+  EXPECT_TRUE(FillPixels({{1, 1}, {9, 9}}, FillRule::kAlternate).empty());
+  EXPECT_TRUE(FillPixels({{0, 0}, {10, 0}, {20, 0}}, FillRule::kWinding).empty());
+  EXPECT_TRUE(FillPixels({{0, 0}, {10, 0}, {0, 10}}, FillRule::kAlternate, IRect{}).empty());
+}
+
+TEST(PolygonScanTest, HugeVerticesVisitOnlyTheClip) {
+  const IRect clip{0, 0, 50, 40};
+  RecordingSink sink;
+  PolygonScanner scanner;
+  const PointI box[4] = {{INT_MIN, INT_MIN}, {INT_MAX, INT_MIN}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MAX}};
+  const int n = 4;
+  scanner.Fill(box, &n, 1, FillRule::kWinding, clip, sink);
+  // Vertical sides: the whole clip comes as boxes, not row by row.
+  EXPECT_LE(sink.spans().size(), 40u);
+  EXPECT_EQ(Pixels(sink).size(), 50u * 40u);
+  const PointI slanted[3] = {{INT_MIN, INT_MIN}, {INT_MAX, 0}, {-7, INT_MAX}};
+  const int m = 3;
+  RecordingSink sink2;
+  scanner.Fill(slanted, &m, 1, FillRule::kAlternate, clip, sink2);
+  for (const Pixel& p : Pixels(sink2)) EXPECT_TRUE(clip.Contains(p.first, p.second));
+}
+
+TEST(PolygonScanTest, FixedPointVerticesSampleAtWholePixels) {
+  // A triangle whose left edge passes exactly through x = 1 on row 2 and just right of it.
+  RecordingSink sink;
+  PolygonScanner scanner;
+  const PointFx tri[3] = {{1 * kFixOne, 0}, {1 * kFixOne + 1, 4 * kFixOne}, {8 * kFixOne, 4 * kFixOne}};
+  const int n = 3;
+  scanner.Fill(tri, &n, 1, FillRule::kAlternate, {0, 0, 20, 20}, sink);
+  PixelSet px = Pixels(sink);
+  EXPECT_TRUE(px.count({2, 2}));
+  EXPECT_FALSE(px.count({1, 2}));  // the edge lies 1/512 of a pixel right of x = 1 there
+}
+
+}  // namespace
+}  // namespace qvis::gdi

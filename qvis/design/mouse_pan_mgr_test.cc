@@ -1,0 +1,121 @@
+#include "qvis/design/mouse_pan_mgr.h"
+
+#include "gtest/gtest.h"
+#include "qvis/commands/test_canvas.h"
+#include "qvis/compat/redraw.h"
+#include "qvis/coords/view_coords.h"
+
+namespace qvis {
+namespace {
+
+using testing::Canvas;
+
+class MousePanTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    previous_ = SetRedrawHandler([this](HWND, UINT flags) {
+      ++redraws;
+      last_flags = flags;
+      return 1;
+    });
+  }
+  void TearDown() override { SetRedrawHandler(previous_); }
+  int Changed() const { return Canvas::CountDiff(canvas.Snapshot(), background); }
+  CQVIS_Coords* coords() { return canvas.surface()->GetCoords(); }
+
+  Canvas canvas{120, 100, 2.0};
+  testing::Pixels background = canvas.Snapshot();
+  testing::Buttons buttons;
+  CQVIS_MousePanMgr pan{canvas.surface()};
+  // A window handle is only compared with null and handed to the redraw hook.
+  HWND window = reinterpret_cast<HWND>(&pan);
+  int redraws = 0;
+  UINT last_flags = 0;
+
+ private:
+  RedrawHandler previous_;
+};
+
+TEST_F(MousePanTest, ScrollModes) {
+  struct Case {
+    int mode;
+    double dx, dy;
+  };
+  for (const Case c : {Case{0, -30.0, 15.0}, Case{1, 30.0, -15.0}, Case{7, 0.0, 0.0}}) {
+    coords()->m_dViewX = 10.0;
+    coords()->m_dViewY = 20.0;
+    CQVIS_MousePanMgr p(canvas.surface());
+    p.Active(window, nullptr, 100, 100);
+    const int before = redraws;
+    EXPECT_EQ(p.Scroll(160, 70, c.mode), 1) << c.mode;
+    EXPECT_DOUBLE_EQ(coords()->m_dViewX, 10.0 + c.dx) << c.mode;
+    EXPECT_DOUBLE_EQ(coords()->m_dViewY, 20.0 + c.dy) << c.mode;
+    EXPECT_EQ(redraws, before + 1);
+    EXPECT_EQ(last_flags, 0x105u);
+    EXPECT_EQ(p.m_nScrollCount, 1);
+    EXPECT_EQ(p.m_nLastX, 160);
+  }
+}
+
+TEST_F(MousePanTest, NoMovementNoReferenceOrInactiveDoesNotPan) {
+  EXPECT_EQ(pan.Scroll(5, 5, 0), -1);  // not active
+  pan.Active(window, coords(), 100, 100);
+  EXPECT_EQ(pan.Scroll(100, 100, 0), -1);  // released at the press pixel
+  pan.m_nLastX = pan.m_nLastY = -1;
+  EXPECT_EQ(pan.Scroll(120, 100, 0), -1);  // no reference position
+  EXPECT_EQ(coords()->m_dViewX, 0.0);
+  EXPECT_EQ(redraws, 0);
+}
+
+TEST_F(MousePanTest, ScrollDelta) {
+  coords()->m_dZoom = 4.0;
+  pan.ScrollDelta(0, 0);
+  EXPECT_EQ(coords()->m_dViewX, 0.0);
+  pan.ScrollDelta(10, 0);
+  EXPECT_DOUBLE_EQ(coords()->m_dViewX, -2.5);
+  EXPECT_EQ(coords()->m_dViewY, 0.0);
+  CQVIS_MousePanMgr bare;  // neither surface nor coordinate system: nothing to move
+  bare.ScrollDelta(3, 3);
+  bare.Active(nullptr, nullptr, 1, 1);
+  EXPECT_EQ(bare.Scroll(5, 5, 0), 1);
+}
+
+TEST_F(MousePanTest, PressMoveAndReleaseDrawTheLine) {
+  EXPECT_EQ(pan.MouseDown(2, 5, 5), 0);  // not armed
+  pan.Active(window, coords(), 10, 10);
+  EXPECT_EQ(pan.MouseDown(1, 5, 5), 0);
+  EXPECT_EQ(pan.MouseDown(2, 5, 5), 1);
+  EXPECT_EQ(pan.MouseDown(2, 6, 6), 0);  // already pressed
+  EXPECT_EQ(pan.MouseMove(30, 20, 0), 0);  // right button not held
+  EXPECT_EQ(Changed(), 0);
+  buttons.right = true;
+  EXPECT_EQ(pan.MouseMove(30, 20, 0), 1);
+  EXPECT_GT(Changed(), 0);
+  EXPECT_EQ(pan.MouseMove(35, 25, 1), 1);  // hidden line: the old one is taken away
+  EXPECT_EQ(Changed(), 0);
+  EXPECT_EQ(pan.MouseMove(30, 20, 0), 1);
+  EXPECT_EQ(pan.MouseUp(1, 0, 0), 2);
+  EXPECT_EQ(Changed(), 0);
+  EXPECT_EQ(pan.m_nPressed, 0);
+  EXPECT_EQ(pan.MouseUp(2, 0, 0), 0);
+}
+
+TEST_F(MousePanTest, InitAndReleaseKeepWhatTheyShould) {
+  pan.Active(window, coords(), 10, 10);
+  pan.MouseDown(2, 5, 5);
+  pan.m_crColor = 0x123456;
+  pan.Release();
+  EXPECT_EQ(pan.m_nActive, 0);
+  EXPECT_EQ(pan.m_nPressed, 0);
+  EXPECT_EQ(pan.m_nLastX, -1);
+  EXPECT_EQ(pan.m_hWnd, window);
+  EXPECT_EQ(pan.m_crColor, 0x123456u);
+  pan.Init();
+  EXPECT_EQ(pan.m_hWnd, nullptr);
+  EXPECT_EQ(pan.m_pCoords, nullptr);
+  EXPECT_EQ(pan.m_pSurface, canvas.surface());
+  EXPECT_EQ(pan.m_crColor, 0xFFFFFFu);
+}
+
+}  // namespace
+}  // namespace qvis

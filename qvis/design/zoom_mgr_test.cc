@@ -1,0 +1,118 @@
+#include "qvis/design/zoom_mgr.h"
+
+#include "gtest/gtest.h"
+#include "qvis/commands/test_canvas.h"
+#include "qvis/compat/win32_names.h"
+
+namespace qvis {
+namespace {
+
+using testing::Canvas;
+
+class ZoomMgrTest : public ::testing::Test {
+ protected:
+  int Changed() const { return Canvas::CountDiff(canvas.Snapshot(), background); }
+  Canvas canvas{120, 100, 4.0};
+  testing::Pixels background = canvas.Snapshot();
+  testing::Buttons buttons;
+  CQVIS_ZoomMgr zoom{canvas.surface()};
+};
+
+TEST_F(ZoomMgrTest, DragGestureEndsWithTheCornersKept) {
+  EXPECT_EQ(zoom.MouseDown(1, 2, 3), 0);  // inactive
+  zoom.Active();
+  EXPECT_EQ(zoom.MouseDown(2, 2, 3), 0);
+  EXPECT_EQ(zoom.MouseDown(1, 2, 3), 1);
+  EXPECT_EQ(zoom.MouseDown(1, 5, 5), 0);  // a box is already being dragged
+  buttons.left = true;
+  EXPECT_EQ(zoom.MouseMove(20, 15), 1);
+  EXPECT_GT(Changed(), 0);
+  EXPECT_EQ(zoom.MouseUp(1, 0, 0), 2);
+  EXPECT_EQ(Changed(), 0);
+  EXPECT_EQ(zoom.m_dX1, 2.0);
+  EXPECT_EQ(zoom.m_dY1, 3.0);
+  EXPECT_EQ(zoom.m_dX2, 20.0);
+  EXPECT_EQ(zoom.m_dY2, 15.0);
+  EXPECT_FALSE(zoom.IsSamePoint());
+  EXPECT_EQ(zoom.MouseUp(1, 0, 0), 0);
+  EXPECT_EQ(zoom.IsActived(), 1);  // stays active for the next box
+}
+
+TEST_F(ZoomMgrTest, MovesNeedTheLeftButton) {
+  zoom.Active();
+  zoom.MouseDown(1, 2, 3);
+  EXPECT_EQ(zoom.MouseMove(9, 9), 0);
+  EXPECT_EQ(zoom.m_dX2, 2.0);
+  zoom.MouseUp(1, 0, 0);
+  buttons.left = true;
+  EXPECT_EQ(zoom.MouseMove(9, 8), 1);  // drag state 0: both corners follow, nothing drawn
+  EXPECT_EQ(zoom.m_dX1, 9.0);
+  EXPECT_EQ(zoom.m_dY2, 8.0);
+  EXPECT_EQ(Changed(), 0);
+}
+
+TEST_F(ZoomMgrTest, ShownBoxIsNotEndedByTheMouse) {
+  zoom.Active();
+  zoom.m_dX1 = 2;
+  zoom.m_dY1 = 2;
+  zoom.SetSecondPoint(20, 20);
+  zoom.m_nDragState = 2;
+  zoom.Draw();
+  const int shown = Changed();
+  EXPECT_GT(shown, 0);
+  buttons.left = true;
+  EXPECT_EQ(zoom.MouseMove(30, 30), 1);  // state 2: the box does not move
+  EXPECT_EQ(zoom.m_dX2, 20.0);
+  EXPECT_EQ(zoom.MouseUp(1, 0, 0), 0);
+  EXPECT_EQ(Changed(), shown);
+  EXPECT_EQ(zoom.KeyPress(VK_ESCAPE), 1);
+  EXPECT_EQ(Changed(), 0);
+  EXPECT_EQ(zoom.KeyPress(VK_ESCAPE), -1);
+  EXPECT_EQ(zoom.KeyPress(VK_RETURN), 0);
+}
+
+TEST_F(ZoomMgrTest, SecondPointSetsTheExtentExactly) {
+  struct Case {
+    double x, y;
+    int extent;
+  };
+  zoom.m_dX1 = 1.5;
+  zoom.m_dY1 = -2.0;
+  for (const Case c : {Case{1.5, -2.0, 0}, Case{1.5000001, -2.0, 1}, Case{1.5, 2.0, 1}}) {
+    zoom.SetSecondPoint(c.x, c.y);
+    EXPECT_EQ(zoom.m_nHasExtent, c.extent) << c.x << ", " << c.y;
+    EXPECT_EQ(zoom.IsSamePoint(), c.extent == 0);
+  }
+  EXPECT_EQ(Changed(), 0);  // draws nothing
+}
+
+TEST_F(ZoomMgrTest, ActiveTwiceKeepsTheDragAndDeactiveErases) {
+  zoom.Active();
+  zoom.MouseDown(1, 2, 3);
+  buttons.left = true;
+  zoom.MouseMove(12, 13);
+  const int shown = Changed();
+  zoom.Active();
+  EXPECT_EQ(zoom.m_nDragState, 1);
+  EXPECT_EQ(Changed(), shown);
+  zoom.Deactive();
+  EXPECT_EQ(Changed(), 0);
+  EXPECT_EQ(zoom.m_nDragState, 0);
+  zoom.Active();
+  zoom.MouseDown(1, 2, 3);
+  zoom.MouseMove(12, 13);
+  zoom.Cancel();
+  EXPECT_EQ(Changed(), 0);
+}
+
+TEST_F(ZoomMgrTest, BoxNeedsAnOriginContext) {
+  canvas.surface()->SetOriginHDC(nullptr);
+  zoom.Active();
+  zoom.MouseDown(1, 2, 3);
+  buttons.left = true;
+  zoom.MouseMove(12, 13);
+  EXPECT_EQ(Changed(), 0);
+}
+
+}  // namespace
+}  // namespace qvis

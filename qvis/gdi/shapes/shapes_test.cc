@@ -1,0 +1,360 @@
+// Pixel tests of the curved shapes, wide pens, paths and alpha drawing through the public API.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qvis/compat/win32_names.h"
+#include "qvis/gdi/alpha.h"
+#include "qvis/gdi/gdi.h"
+
+namespace qvis::gdi {
+namespace {
+
+// A memory DC over a 32-bpp bitmap; deletes what it created.
+class Canvas {
+ public:
+  Canvas(int w, int h) : w_(w), h_(h) {
+    dc_ = CreateCompatibleDC(nullptr);
+    bitmap_ = CreateBitmap32(w, h);
+    SelectObject(dc_, bitmap_);
+  }
+  ~Canvas() {
+    DeleteDC(dc_);
+    DeleteObject(bitmap_);
+    for (HGDIOBJ o : objects_) DeleteObject(o);
+  }
+  Canvas(const Canvas&) = delete;
+  Canvas& operator=(const Canvas&) = delete;
+
+  HDC dc() const { return dc_; }
+  std::vector<std::uint32_t> Pixels() const {
+    const BitmapView v = BitmapPixels(bitmap_);
+    std::vector<std::uint32_t> out;
+    for (int y = 0; y < v.height; ++y) out.insert(out.end(), v.Row32(y), v.Row32(y) + v.width);
+    return out;
+  }
+  std::uint32_t At(int x, int y) const { return BitmapPixels(bitmap_).Row32(y)[x]; }
+  void Fill(std::uint32_t pixel) {
+    const BitmapView v = BitmapPixels(bitmap_);
+    for (int y = 0; y < v.height; ++y) std::fill(v.Row32(y), v.Row32(y) + v.width, pixel);
+  }
+  void FillRandom(std::mt19937& rng) {
+    const BitmapView v = BitmapPixels(bitmap_);
+    for (int y = 0; y < v.height; ++y) {
+      for (int x = 0; x < v.width; ++x) v.Row32(y)[x] = rng() & 0xFFFFFFu;
+    }
+  }
+  // Select keeps the object alive until the canvas goes.
+  void Select(HGDIOBJ o) {
+    objects_.push_back(o);
+    SelectObject(dc_, o);
+  }
+  int w() const { return w_; }
+  int h() const { return h_; }
+
+ private:
+  int w_;
+  int h_;
+  HDC dc_ = nullptr;
+  HBITMAP bitmap_ = nullptr;
+  std::vector<HGDIOBJ> objects_;
+};
+
+HPEN WidePen(int width, DWORD caps_and_join, COLORREF color) {
+  LOGBRUSH brush;
+  brush.lbStyle = BS_SOLID;
+  brush.lbColor = color;
+  return ExtCreatePen(PS_GEOMETRIC | PS_SOLID | caps_and_join, static_cast<DWORD>(width), &brush,
+                      0, nullptr);
+}
+
+// One random primitive of the shapes code, drawn with whatever is selected.
+using Draw = std::function<void(HDC)>;
+
+Draw RandomShape(std::mt19937& rng, int size) {
+  std::uniform_int_distribution<int> c(-20, size + 20);
+  const int l = c(rng), t = c(rng), r = c(rng), b = c(rng);
+  const int xs = c(rng), ys = c(rng), xe = c(rng), ye = c(rng);
+  switch (rng() % 7) {
+    case 0:
+      return [=](HDC dc) { Ellipse(dc, l, t, r, b); };
+    case 1:
+      return [=](HDC dc) { Arc(dc, l, t, r, b, xs, ys, xe, ye); };
+    case 2:
+      return [=](HDC dc) { Pie(dc, l, t, r, b, xs, ys, xe, ye); };
+    case 3:
+      return [=](HDC dc) { Chord(dc, l, t, r, b, xs, ys, xe, ye); };
+    case 4:
+      return [=](HDC dc) { RoundRect(dc, l, t, r, b, xs - l, ys - t); };
+    case 5:
+      return [=](HDC dc) {
+        MoveToEx(dc, xs, ys, nullptr);
+        ArcTo(dc, l, t, r, b, xe, ye, xs, ye);
+      };
+    default:
+      return [=](HDC dc) {
+        BeginPath(dc);
+        MoveToEx(dc, xs, ys, nullptr);
+        LineTo(dc, xe, ye);
+        ArcTo(dc, l, t, r, b, xs, ye, xe, ys);
+        CloseFigure(dc);
+        EndPath(dc);
+        StrokeAndFillPath(dc);
+      };
+  }
+}
+
+void SelectRandomTools(Canvas& canvas, std::mt19937& rng, bool wide_only) {
+  const COLORREF color = rng() & 0xFFFFFFu;
+  const int kind = wide_only ? 1 : static_cast<int>(rng() % 3);
+  if (kind == 0) {
+    canvas.Select(CreatePen(static_cast<int>(rng() % 5), 1, color));
+  } else if (kind == 1) {
+    const DWORD caps[] = {PS_ENDCAP_ROUND, PS_ENDCAP_SQUARE, PS_ENDCAP_FLAT};
+    const DWORD joins[] = {PS_JOIN_ROUND, PS_JOIN_BEVEL, PS_JOIN_MITER};
+    canvas.Select(WidePen(2 + static_cast<int>(rng() % 14), caps[rng() % 3] | joins[rng() % 3], color));
+  } else {
+    canvas.Select(CreatePen(PS_SOLID, 2 + static_cast<int>(rng() % 6), color));
+  }
+  const int brush = static_cast<int>(rng() % 3);
+  if (brush == 0) {
+    canvas.Select(CreateSolidBrush(rng() & 0xFFFFFFu));
+  } else if (brush == 1) {
+    canvas.Select(CreateHatchBrush(static_cast<int>(rng() % 6), rng() & 0xFFFFFFu));
+  } else {
+    SelectObject(canvas.dc(), GetStockObject(NULL_BRUSH));
+  }
+  SetArcDirection(canvas.dc(), rng() % 2 ? AD_CLOCKWISE : AD_COUNTERCLOCKWISE);
+  SetBkMode(canvas.dc(), rng() % 2 ? OPAQUE : TRANSPARENT);
+}
+
+TEST(ShapesXorTest, DrawingTwiceRestoresAnyBackground) {
+  std::mt19937 rng(20261122);
+  for (int scene = 0; scene < 150; ++scene) {
+    Canvas canvas(64, 48);
+    canvas.FillRandom(rng);
+    SelectRandomTools(canvas, rng, false);
+    SetROP2(canvas.dc(), R2_XORPEN);
+    const Draw draw = RandomShape(rng, 64);
+    const std::vector<std::uint32_t> before = canvas.Pixels();
+    draw(canvas.dc());
+    draw(canvas.dc());
+    ASSERT_EQ(canvas.Pixels(), before) << "scene " << scene;
+  }
+}
+
+// With a wide pen every pixel of a shape is painted once (outline and interior never overlap),
+// so XOR over black gives what copy mode gives.
+TEST(ShapesXorTest, WideOutlinesPaintEachPixelOnce) {
+  std::mt19937 rng(7);
+  for (int scene = 0; scene < 150; ++scene) {
+    const std::uint32_t seed = rng();
+    std::vector<std::uint32_t> results[2];
+    for (int mode = 0; mode < 2; ++mode) {
+      std::mt19937 local(seed);
+      Canvas canvas(64, 48);
+      SelectRandomTools(canvas, local, true);
+      SetBkMode(canvas.dc(), OPAQUE);
+      SetROP2(canvas.dc(), mode == 0 ? R2_XORPEN : R2_COPYPEN);
+      RandomShape(local, 64)(canvas.dc());
+      results[mode] = canvas.Pixels();
+    }
+    ASSERT_EQ(results[0], results[1]) << "scene " << scene;
+  }
+}
+
+TEST(ShapesRobustnessTest, ExtremeInputFinishesAndDrawsTheVisiblePart) {
+  const int kMin = INT_MIN;
+  const int kMax = INT_MAX;
+  struct Row {
+    std::string name;
+    std::function<void(HDC)> draw;
+    bool covers_canvas;  // every pixel painted with the brush or pen colour
+  };
+  const std::vector<Row> rows = {
+      {"ellipse over the whole range", [&](HDC dc) { Ellipse(dc, kMin, kMin, kMax, kMax); }, true},
+      {"huge ellipse far away", [](HDC dc) { Ellipse(dc, 1 << 30, 1 << 30, INT_MAX, INT_MAX); }, false},
+      {"pie over the whole range",
+       [&](HDC dc) { Pie(dc, kMin, kMin, kMax, kMax, kMax, 0, kMax, 0); }, true},
+      {"chord and arc", [&](HDC dc) {
+         Chord(dc, kMin, -5, kMax, 100000, 0, kMin, 0, kMax);
+         Arc(dc, kMin, kMin, kMax, kMax, 0, 0, 1, 1);
+       }, false},
+      {"round rect", [&](HDC dc) { RoundRect(dc, -1000000, -1000000, 1000000, 1000000, kMax, kMax); }, true},
+      {"million pixel pen", [](HDC dc) {
+         HPEN pen = WidePen(1000000, PS_ENDCAP_ROUND | PS_JOIN_ROUND, 0x00FF00);
+         HGDIOBJ old = SelectObject(dc, pen);
+         const CPoint pts[] = {{-5000000, 20}, {30, 20}, {30, 5000000}, {INT_MAX, INT_MIN}};
+         Polyline(dc, pts, 4);
+         SelectObject(dc, old);
+         DeleteObject(pen);
+       }, true},
+      {"path at the range ends", [&](HDC dc) {
+         BeginPath(dc);
+         MoveToEx(dc, kMax, 0, nullptr);
+         ArcTo(dc, kMin, kMin, kMax, kMax, kMax, 0, kMax, 0);  // the whole ellipse
+         LineTo(dc, kMax, kMax);
+         LineTo(dc, kMin, kMax);
+         CloseFigure(dc);
+         EndPath(dc);
+         StrokeAndFillPath(dc);
+       }, true},
+      {"alpha", [&](HDC dc) {
+         GpFillRect(dc, kMin, kMin, kMax, kMax, 0xFF0000FF);
+         GpDrawLine(dc, 0xFF00FF00, 3e9f, kMin, kMin, kMax, kMax);
+         GpDrawEllipse(dc, 0xFF00FF00, 5, kMin, kMin, kMax, kMax);
+         GpDrawArc(dc, 0xFF00FF00, std::numeric_limits<float>::quiet_NaN(), 0, 0, 10, 10, 0, 90);
+         GpDrawPie(dc, 0xFF00FF00, 2, 0, 0, 10, 10, std::numeric_limits<float>::infinity(), 1e30f);
+       }, false},
+  };
+  for (const Row& row : rows) {
+    Canvas canvas(40, 30);
+    canvas.Fill(0x123456);
+    canvas.Select(CreateSolidBrush(0x0000FF));  // red
+    canvas.Select(WidePen(3, PS_ENDCAP_ROUND, 0x00FF00));
+    row.draw(canvas.dc());
+    const std::vector<std::uint32_t> px = canvas.Pixels();
+    if (row.covers_canvas) {
+      for (std::uint32_t p : px) ASSERT_TRUE(p == 0xFF0000 || p == 0x00FF00) << row.name;
+    } else if (row.name == "huge ellipse far away") {
+      for (std::uint32_t p : px) ASSERT_EQ(p, 0x123456u) << row.name;
+    }
+  }
+}
+
+TEST(ShapesDegenerateTest, NullDcAndEmptyBoxes) {
+  EXPECT_FALSE(Ellipse(nullptr, 0, 0, 10, 10));
+  EXPECT_FALSE(Arc(nullptr, 0, 0, 10, 10, 0, 0, 1, 1));
+  EXPECT_FALSE(Pie(nullptr, 0, 0, 10, 10, 0, 0, 1, 1));
+  EXPECT_FALSE(Chord(nullptr, 0, 0, 10, 10, 0, 0, 1, 1));
+  EXPECT_FALSE(RoundRect(nullptr, 0, 0, 10, 10, 3, 3));
+  EXPECT_FALSE(BeginPath(nullptr));
+  EXPECT_FALSE(GpFillRect(nullptr, 0, 0, 1, 1, 0xFFFFFFFF));
+  EXPECT_FALSE(GpFillRegion(nullptr, nullptr, 0xFFFFFFFF));
+
+  Canvas canvas(20, 20);
+  canvas.Select(CreatePen(PS_SOLID, 1, 0xFFFFFF));
+  const std::vector<std::uint32_t> before = canvas.Pixels();
+  EXPECT_TRUE(Ellipse(canvas.dc(), 5, 5, 5, 15));    // zero width
+  EXPECT_TRUE(Ellipse(canvas.dc(), 5, 5, 6, 6));     // a single pixel box
+  EXPECT_TRUE(Pie(canvas.dc(), 3, 9, 13, 9, 0, 0, 1, 1));  // zero height
+  EXPECT_TRUE(GpFillRect(canvas.dc(), 2, 2, 0, 5, 0xFFFFFFFF));
+  EXPECT_TRUE(GpDrawLine(canvas.dc(), 0xFFFFFFFF, 5, 7, 7, 7, 7));  // zero length
+  EXPECT_FALSE(GpFillPolygon(canvas.dc(), nullptr, 3, 0xFFFFFFFF));
+  EXPECT_EQ(canvas.Pixels(), before);
+}
+
+TEST(ShapesDegenerateTest, ThinEllipsesAreRectangles) {
+  // Boxes two pixels thin or less leave no room for a curve: the whole box is the outline.
+  Canvas canvas(20, 10);
+  canvas.Select(CreatePen(PS_SOLID, 1, 0xFFFFFF));
+  SelectObject(canvas.dc(), GetStockObject(NULL_BRUSH));
+  Ellipse(canvas.dc(), 2, 2, 9, 4);
+  for (int y = 0; y < 10; ++y) {
+    for (int x = 0; x < 20; ++x) {
+      const bool in = x >= 2 && x < 9 && y >= 2 && y < 4;
+      EXPECT_EQ(canvas.At(x, y), in ? 0xFFFFFFu : 0u) << x << "," << y;
+    }
+  }
+}
+
+TEST(ArcToTest, LineToTheStartThenTheArcAndThePositionMovesToItsEnd) {
+  Canvas canvas(40, 40);
+  canvas.Select(CreatePen(PS_SOLID, 1, 0xFFFFFF));
+  MoveToEx(canvas.dc(), 0, 0, nullptr);
+  // Box 10..30 (centre 20, 20): from the ray to the right to the ray downward, clockwise.
+  SetArcDirection(canvas.dc(), AD_CLOCKWISE);
+  ASSERT_TRUE(ArcTo(canvas.dc(), 10, 10, 30, 30, 40, 20, 20, 40));
+  CPoint pos;
+  GetCurrentPositionEx(canvas.dc(), &pos);
+  EXPECT_EQ(pos, CPoint(20, 30));
+  EXPECT_EQ(canvas.At(0, 0), 0xFFFFFFu);    // the line from the old position
+  EXPECT_EQ(canvas.At(29, 20), 0xFFFFFFu);  // the arc's first pixel
+  EXPECT_EQ(canvas.At(10, 20), 0u);         // the left side is not part of the arc
+}
+
+TEST(EllipticRegionTest, LeavesOutOneMoreRowAndColumnThanEllipse) {
+  HRGN rgn = CreateEllipticRgn(20, 10, 0, 0);  // inverted corners
+  ASSERT_NE(rgn, nullptr);
+  CRect box;
+  EXPECT_EQ(GetRgnBox(rgn, &box), kComplexRegion);
+  EXPECT_EQ(box, CRect(0, 0, 19, 9));
+  EXPECT_TRUE(PtInRegion(rgn, 9, 4));
+  EXPECT_FALSE(PtInRegion(rgn, 0, 0));
+  DeleteObject(rgn);
+  HRGN empty = CreateEllipticRgn(5, 5, 6, 30);
+  EXPECT_EQ(GetRgnBox(empty, &box), kNullRegion);
+  DeleteObject(empty);
+}
+
+TEST(PathTest, RecordingBracketsAndRendering) {
+  Canvas canvas(30, 30);
+  HDC dc = canvas.dc();
+  canvas.Select(CreateSolidBrush(0x0000FF));
+  SelectObject(dc, GetStockObject(NULL_PEN));
+  EXPECT_FALSE(EndPath(dc));       // nothing open
+  EXPECT_FALSE(FillPath(dc));      // nothing closed
+  EXPECT_FALSE(CloseFigure(dc));
+  ASSERT_TRUE(BeginPath(dc));
+  MoveToEx(dc, 5, 5, nullptr);
+  LineTo(dc, 25, 5);
+  LineTo(dc, 25, 25);
+  LineTo(dc, 5, 25);
+  EXPECT_EQ(canvas.At(10, 5), 0u);  // recorded, not drawn
+  EXPECT_FALSE(FillPath(dc));       // still open
+  ASSERT_TRUE(EndPath(dc));
+  ASSERT_TRUE(FillPath(dc));
+  EXPECT_EQ(canvas.At(5, 5), 0xFF0000u);
+  EXPECT_EQ(canvas.At(24, 24), 0xFF0000u);
+  EXPECT_EQ(canvas.At(25, 25), 0u);
+  EXPECT_FALSE(FillPath(dc));  // the path is gone after rendering
+  // AbortPath throws the recording away.
+  BeginPath(dc);
+  Ellipse(dc, 0, 0, 30, 30);
+  AbortPath(dc);
+  EXPECT_FALSE(EndPath(dc));
+}
+
+TEST(AlphaTest, FillsBlendAndKeepTheClip) {
+  Canvas canvas(20, 20);
+  canvas.Fill(0x000000);
+  // Opaque fill paints the exact box; a transparent one changes nothing.
+  ASSERT_TRUE(GpFillRect(canvas.dc(), 2, 3, 5, 4, 0xFF102030));
+  ASSERT_TRUE(GpFillRect(canvas.dc(), 0, 0, 20, 20, 0x00FFFFFF));
+  for (int y = 0; y < 20; ++y) {
+    for (int x = 0; x < 20; ++x) {
+      const bool in = x >= 2 && x < 7 && y >= 3 && y < 7;
+      ASSERT_EQ(canvas.At(x, y), in ? 0x102030u : 0u) << x << "," << y;
+    }
+  }
+  // Blending ignores ROP2 and respects the clip region.
+  SetROP2(canvas.dc(), R2_XORPEN);
+  HRGN clip = CreateRectRgn(10, 0, 20, 20);
+  SelectClipRgn(canvas.dc(), clip);
+  DeleteObject(clip);
+  ASSERT_TRUE(GpFillRect(canvas.dc(), 0, 10, 20, 5, 0xFFFFFFFF));
+  EXPECT_EQ(canvas.At(5, 12), 0u);
+  EXPECT_EQ(canvas.At(15, 12), 0xFFFFFFu);
+}
+
+TEST(AlphaTest, RoundCappedLineCoversItsStadium) {
+  Canvas canvas(40, 30);
+  ASSERT_TRUE(GpDrawLine(canvas.dc(), 0xFFFFFFFF, 8, 10, 15, 30, 15));
+  EXPECT_EQ(canvas.At(20, 15), 0xFFFFFFu);
+  EXPECT_EQ(canvas.At(20, 12), 0xFFFFFFu);
+  EXPECT_EQ(canvas.At(7, 15), 0xFFFFFFu);   // inside the round cap
+  EXPECT_EQ(canvas.At(7, 11), 0u);          // outside the round cap's corner
+  EXPECT_EQ(canvas.At(20, 21), 0u);
+  EXPECT_EQ(ArgbFromColor(0x0000FF, 128), 0x80FF0000u);
+  EXPECT_EQ(ArgbFromColor(0x123456, 0x1FF), 0xFF563412u);
+}
+
+}  // namespace
+}  // namespace qvis::gdi

@@ -67,7 +67,9 @@ const Inputs& Data() {
 double ReferenceBatch() {
   const std::vector<double>& v = Data().raw;
   double sum = 0;
-  for (int i = 0; i < kBatch; ++i) sum += std::hypot(v[8 * i] - v[8 * i + 2], v[8 * i + 1] - v[8 * i + 3]);
+  for (int i = 0; i < kBatch; ++i) {
+    sum += std::hypot(v[8 * i] - v[8 * i + 2], v[8 * i + 1] - v[8 * i + 3]);
+  }
   return sum;
 }
 

@@ -139,7 +139,8 @@ class CQVIS_Math {
                            double maxY);
   // IsPointInRect tests against the box of two corners given in any order; a NaN point gives 0.
   static int IsPointInRect(double x, double y, double x1, double y1, double x2, double y2);
-  // IsInBox tests the point (px, py), given last, against the box of two corners; a NaN point gives 0.
+  // IsInBox tests the point (px, py), given last, against the box of two corners; a NaN point
+  // gives 0.
   static int IsInBox(double x1, double y1, double x2, double y2, double px, double py);
   // IsInBox tests against the box grown by margin on every side; a negative margin shrinks it.
   static int IsInBox(double x1, double y1, double x2, double y2, double px, double py,

@@ -1,6 +1,11 @@
 // Tests of the geometry kernel: exact constants and rounding, the kept quirks, and termination
 // on extreme input.
+// The Win32 macro names come first: the public geometry headers must compile under them.
+#include "qvis/compat/win32_names.h"
+#include "qvis/geometry/distance.h"
 #include "qvis/geometry/kernel.h"
+#include "qvis/geometry/line_outline.h"
+#include "qvis/geometry/num_support.h"
 
 #include <gtest/gtest.h>
 

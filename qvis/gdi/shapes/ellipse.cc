@@ -42,7 +42,7 @@ void RoundRectOutline(const Box64& box, std::int64_t ew, std::int64_t eh, bool c
   for (int k = 0; k < 4 * c; ++k) {
     PointI p = ring[static_cast<std::size_t>(k)];
     const bool right = k < c || k >= 3 * c;
-    const bool bottom = clockwise ? (k < c || k >= 3 * c) : (k >= 2 * c);
+    const bool bottom = clockwise ? (k < 2 * c) : (k >= 2 * c);
     if (right) p.x += dx;
     if (bottom) p.y += dy;
     if (out->empty() || out->back() != p) out->push_back(p);

@@ -99,7 +99,7 @@ double CQVIS_LineOutline::Angle(double x1, double y1, double x2, double y2) cons
   if (len < qvis::tol::kOutlineShortLine) return 0.0;
   const double c = (x2 - x1) / len;
   if (c < -1 || c > 1) return 0.0;
-  const double a = std::acos(c) / 0.017453292519943295;
+  const double a = std::acos(c) / qvis::tol::kOutlineRadPerDegree;
   return y1 <= y2 ? a : 360.0 - a;
 }
 

@@ -27,6 +27,10 @@ inline constexpr double kVerticalTrack = 0.1;
 // Two points closer than this have no direction for the outline's own angle function.
 inline constexpr double kOutlineShortLine = 0.01;
 
+// One degree in radians as the outline's own angle function divides by it (it does not share
+// the kernel's truncated radians-to-degrees constant).
+inline constexpr double kOutlineRadPerDegree = 0.017453292519943295;
+
 // Radians to degrees in the angle of a vector: deliberately this truncated value, not 180/pi.
 // The relative error (about 2.1e-7) shows in every angle a host has ever stored, so it stays.
 inline constexpr double kRadToDeg = 57.2957914;

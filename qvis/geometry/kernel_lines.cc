@@ -17,6 +17,38 @@ bool InBox(double x, double y, double x1, double y1, double x2, double y2) {
   return Min(x1, x2) <= x && x <= Max(x1, x2) && Min(y1, y2) <= y && y <= Max(y1, y2);
 }
 
+// How two segments meet; the exported functions answer with its value.
+enum class SegmentContact { kNone = -1, kTouch = 0, kCross = 1 };
+
+// Classify tells how two segments meet.
+SegmentContact Classify(double x1, double y1, double x2, double y2, double x3, double y3,
+                        double x4, double y4) {
+  if (x1 > x2) {
+    CQVIS_Math::Swap(x1, x2);
+    CQVIS_Math::Swap(y1, y2);
+  }
+  if (x3 > x4) {
+    CQVIS_Math::Swap(x3, x4);
+    CQVIS_Math::Swap(y3, y4);
+  }
+  const int c1 = CQVIS_Math::IsCCW(x1, y1, x2, y2, x3, y3);
+  const int c2 = CQVIS_Math::IsCCW(x1, y1, x2, y2, x4, y4);
+  const int c3 = CQVIS_Math::IsCCW(x3, y3, x4, y4, x1, y1);
+  const int c4 = CQVIS_Math::IsCCW(x3, y3, x4, y4, x2, y2);
+  if (c1 * c2 < 0 && c3 * c4 < 0) return SegmentContact::kCross;
+  auto touch_if = [](bool in_range) {
+    return in_range ? SegmentContact::kTouch : SegmentContact::kNone;
+  };
+  if (c1 == 0 && c2 == 0) return x3 > x2 ? SegmentContact::kNone : touch_if(x1 <= x4);
+  // Contact of an end point with the other line, judged by x alone (so a vertical segment
+  // always passes); kept as the answer hosts get.
+  if (c1 == 0) return touch_if(x1 <= x3 && x3 <= x2);
+  if (c2 == 0) return touch_if(x1 <= x4 && x4 <= x2);
+  if (c3 != 0 && c4 == 0) return touch_if(x3 <= x2 && x2 <= x4);
+  if (c3 == 0) return touch_if(x3 <= x1 && x1 <= x4);
+  return SegmentContact::kNone;
+}
+
 }  // namespace
 
 double CQVIS_Math::Distance(double x1, double y1, double x2, double y2) {
@@ -147,30 +179,7 @@ int CQVIS_Math::IsPointOnArc(double px, double py, double cx, double cy, double 
 
 int CQVIS_Math::CheckCrossLineLine(double x1, double y1, double x2, double y2, double x3,
                                    double y3, double x4, double y4) {
-  if (x1 > x2) {
-    Swap(x1, x2);
-    Swap(y1, y2);
-  }
-  if (x3 > x4) {
-    Swap(x3, x4);
-    Swap(y3, y4);
-  }
-  const int c1 = IsCCW(x1, y1, x2, y2, x3, y3);
-  const int c2 = IsCCW(x1, y1, x2, y2, x4, y4);
-  const int c3 = IsCCW(x3, y3, x4, y4, x1, y1);
-  const int c4 = IsCCW(x3, y3, x4, y4, x2, y2);
-  if (c1 * c2 < 0 && c3 * c4 < 0) return 1;
-  if (c1 == 0 && c2 == 0) {
-    if (x3 > x2) return -1;
-    return x1 <= x4 ? 0 : -1;
-  }
-  // Contact of an end point with the other line, judged by x alone (so a vertical segment
-  // always passes); kept as the answer hosts get.
-  if (c1 == 0) return (x1 <= x3 && x3 <= x2) ? 0 : -1;
-  if (c2 == 0) return (x1 <= x4 && x4 <= x2) ? 0 : -1;
-  if (c3 != 0 && c4 == 0) return (x3 <= x2 && x2 <= x4) ? 0 : -1;
-  if (c3 == 0) return (x3 <= x1 && x1 <= x4) ? 0 : -1;
-  return -1;
+  return static_cast<int>(Classify(x1, y1, x2, y2, x3, y3, x4, y4));
 }
 
 int CQVIS_Math::IsIntersectLineLine(double x1, double y1, double x2, double y2, double x3,
@@ -197,7 +206,7 @@ void CQVIS_Math::GetInsideValues(double a1, double a2, double b1, double b2, dou
 
 int CQVIS_Math::GetIntersectionLineLine(double x1, double y1, double x2, double y2, double x3,
                                         double y3, double x4, double y4, double* out) {
-  if (CheckCrossLineLine(x1, y1, x2, y2, x3, y3, x4, y4) == -1) return 0;
+  if (Classify(x1, y1, x2, y2, x3, y3, x4, y4) == SegmentContact::kNone) return 0;
   if (!IsOverlap(x1, y1, x2, y2, x3, y3, x4, y4)) return 0;
   const bool a_vert = std::fabs(x2 - x1) < kZero;
   const bool a_horz = std::fabs(y2 - y1) < kZero;

@@ -64,7 +64,36 @@ CQVIS_Design::CQVIS_Design()
   Init();
 }
 
-CQVIS_Design::CQVIS_Design(const CQVIS_Design& other) = default;
+CQVIS_Design::CQVIS_Design(const CQVIS_Design& other)
+    : m_MaxRegion(other.m_MaxRegion),
+      m_nUnit(other.m_nUnit),
+      m_nCurrentLayerID(other.m_nCurrentLayerID),
+      m_strFileName(other.m_strFileName),
+      m_dMouseWorldX(other.m_dMouseWorldX),
+      m_dMouseWorldY(other.m_dMouseWorldY),
+      m_nMouseScreenX(other.m_nMouseScreenX),
+      m_nMouseScreenY(other.m_nMouseScreenY),
+      m_pSurface(other.m_pSurface),
+      m_pCoords(other.m_pCoords),
+      m_pRenderBuffer(other.m_pRenderBuffer),
+      m_pGridSnapMgr(other.m_pGridSnapMgr),
+      m_pZoomMgr(other.m_pZoomMgr),
+      m_pMousePanMgr(other.m_pMousePanMgr),
+      m_pCursorMgr(other.m_pCursorMgr),
+      m_pSelectCmd(other.m_pSelectCmd),
+      m_pDrawLineCmd(other.m_pDrawLineCmd),
+      m_pDrawCircleCmd(other.m_pDrawCircleCmd),
+      m_pDraw3PCircleCmd(other.m_pDraw3PCircleCmd),
+      m_pDrawArcCmd(other.m_pDrawArcCmd),
+      m_pDrawFlashCircleCmd(other.m_pDrawFlashCircleCmd),
+      m_pDrawFlashRectCmd(other.m_pDrawFlashRectCmd),
+      m_pDrawRectCmd(other.m_pDrawRectCmd),
+      m_pDrawPolygonCmd(other.m_pDrawPolygonCmd),
+      m_pDrawFlashObroundCmd(other.m_pDrawFlashObroundCmd),
+      m_pDrawFlashPolygonCmd(other.m_pDrawFlashPolygonCmd),
+      m_pCaptureCmd(other.m_pCaptureCmd),
+      m_pSetOriginCmd(other.m_pSetOriginCmd),
+      owns_objects_(false) {}
 
 CQVIS_Design& CQVIS_Design::operator=(const CQVIS_Design& other) {
   if (this != &other) Clone(&other);

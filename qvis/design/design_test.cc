@@ -284,6 +284,8 @@ TEST(DesignTest, CopyConstructorSharesAndNeverDeletes) {
     EXPECT_EQ(copy.m_pSurface, d->m_pSurface);
     EXPECT_EQ(copy.m_pDrawLineCmd, d->m_pDrawLineCmd);
     EXPECT_TRUE(copy == *d);
+    copy.Release();  // a copy releases nothing it shares
+    EXPECT_NE(d->m_pDrawLineCmd, nullptr);
   }
   // The source still owns working objects after the copy went away.
   d->m_pDrawLineCmd->Active();

@@ -13,6 +13,7 @@
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
+#include "qvis/gdi/raster/line.h"
 #include "qvis/gdi/shapes/wide_pen.h"
 
 namespace qvis::gdi {
@@ -127,10 +128,39 @@ std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double
   return pts;
 }
 
+// A pen one pixel wide or thinner draws a thin line: the pixels of each segment between the
+// rounded points, both ends included, each pixel blended once.
+void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<Vec>& pts,
+                       bool closed, const IRect& clip) {
+  std::vector<PointI> q;
+  for (const Vec& v : pts) {
+    const PointFx f = SnapFx(v.x, v.y);
+    const PointI p{static_cast<int>(std::clamp<std::int64_t>(f.x / kFixOne, INT32_MIN, INT32_MAX)),
+                   static_cast<int>(std::clamp<std::int64_t>(f.y / kFixOne, INT32_MIN, INT32_MAX))};
+    if (q.empty() || q.back() != p) q.push_back(p);
+  }
+  if (closed && q.size() > 1 && q.back() != q.front()) q.push_back(q.front());
+  if (q.size() < 2) return;
+  RegionBuilder pixels;
+  for (std::size_t i = 0; i + 1 < q.size(); ++i) {
+    ScanCosmeticLine(q[i], q[i + 1], clip, nullptr, pixels, nullptr);
+  }
+  const PointI& last = q.back();
+  if (clip.Contains(last.x, last.y)) {
+    const Span end{last.y, last.x, last.x + 1};
+    pixels.Blit(&end, 1);
+  }
+  pixels.Build().Emit(clip, AlphaSink(dc, argb));
+}
+
 BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, bool closed,
                     double width) {
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
+  if (width <= 1.0) {
+    BlendThinPolyline(*dc, argb, pts, closed, clip);
+    return TRUE;
+  }
   PolygonSet set;
   BuildRoundStroke(pts, closed, width, &set);
   if (set.counts.empty()) return TRUE;

@@ -512,6 +512,56 @@ TEST(KernelIntersections, CircleWithCircleAndArcs) {
   EXPECT_EQ(CQVIS_Math::GetIntersectionArcArc(0, 0, 5, 180, 270, 8, 0, 5, 90, 180, out), 0);
 }
 
+// Random segments and circles: every point returned lies on both shapes, and the count is the
+// one the exact geometry gives (tangent and grazing cases are skipped).
+TEST(KernelIntersections, PointsLieOnBothShapes) {
+  std::mt19937 rng(99);
+  std::uniform_real_distribution<double> pos(-10, 10);
+  std::uniform_real_distribution<double> rad(0.5, 6);
+  int crossings = 0;
+  for (int i = 0; i < 500; ++i) {
+    const double x1 = pos(rng), y1 = pos(rng), x2 = pos(rng), y2 = pos(rng);
+    const double cx = pos(rng), cy = pos(rng), r = rad(rng);
+    // Exact count: crossings of the circle at parameters t in [0, 1] of the segment.
+    const double dx = x2 - x1, dy = y2 - y1, fx = x1 - cx, fy = y1 - cy;
+    const double a = dx * dx + dy * dy, b = 2 * (fx * dx + fy * dy);
+    const double disc = b * b - 4 * a * (fx * fx + fy * fy - r * r);
+    int want = 0;
+    bool grazing = std::fabs(disc) < 1e-6;
+    if (disc > 0) {
+      for (double t : {(-b - std::sqrt(disc)) / (2 * a), (-b + std::sqrt(disc)) / (2 * a)}) {
+        want += (t >= 0 && t <= 1) ? 1 : 0;
+        grazing = grazing || std::fabs(t) < 1e-6 || std::fabs(t - 1) < 1e-6;
+      }
+    }
+    double out[4];
+    const int n = CQVIS_Math::GetIntersectionLineCircle(x1, y1, x2, y2, cx, cy, r, out);
+    if (!grazing) {
+      EXPECT_EQ(n, want) << "segment case " << i;
+    }
+    for (int k = 0; k < n; ++k) {
+      EXPECT_NEAR(std::hypot(out[2 * k] - cx, out[2 * k + 1] - cy), r, 1e-9);
+      EXPECT_NEAR((out[2 * k] - x1) * dy - (out[2 * k + 1] - y1) * dx, 0, 1e-9 * a);
+    }
+    crossings += n;
+
+    const double cx2 = pos(rng) / 2, cy2 = pos(rng) / 2, r2 = rad(rng);
+    const double d = std::hypot(cx2 - cx, cy2 - cy);
+    const int n2 = CQVIS_Math::GetIntersectionCircleCircle(cx, cy, r, cx2, cy2, r2, out);
+    if (d > r + r2 + 1e-6 || d < std::fabs(r - r2) - 1e-6) {
+      EXPECT_EQ(n2, 0) << "circles " << i;
+    }
+    if (d < r + r2 - 1e-6 && d > std::fabs(r - r2) + 1e-6) {
+      ASSERT_EQ(n2, 2) << "circles " << i;
+      for (int k = 0; k < 2; ++k) {
+        EXPECT_NEAR(std::hypot(out[2 * k] - cx, out[2 * k + 1] - cy), r, 1e-6);
+        EXPECT_NEAR(std::hypot(out[2 * k] - cx2, out[2 * k + 1] - cy2), r2, 1e-6);
+      }
+    }
+  }
+  EXPECT_GT(crossings, 100);
+}
+
 TEST(KernelRobustness, ExtremeInputFinishes) {
   const double bad[] = {kNaN, kInf, -kInf, 1e300, -1e300, 0};
   for (double v : bad) {

@@ -13,7 +13,8 @@
 #include "qvis/compat/types.h"
 
 // TYPE is always a pointer (T*) to a class with a virtual destructor, and
-// ARG_TYPE the same pointer type (the default, so CExPtrArray<DPoint*> works). Element equality is pointer identity.
+// ARG_TYPE the same pointer type (the default, so CExPtrArray<DPoint*> names
+// the list). Element equality is pointer identity.
 template <class TYPE, class ARG_TYPE = TYPE>
 class CExPtrArray : public CArray<TYPE, ARG_TYPE> {
  public:

@@ -1,12 +1,20 @@
 // The host example of README.md, run against real commands: a host reads a finished track and a
 // placed pad from the public members.
+// The Win32 macro names come first: every public command header must compile under them.
+#include "qvis/compat/win32_names.h"
+#include "qvis/commands/arc_cmd.h"
+#include "qvis/commands/circle_cmd.h"
+#include "qvis/commands/flash_cmd.h"
+#include "qvis/commands/line_cmd.h"
+#include "qvis/commands/point_cmd.h"
+#include "qvis/commands/polygon_cmd.h"
+#include "qvis/commands/rect_cmd.h"
+#include "qvis/commands/select_cmd.h"
+
 #include <vector>
 
 #include "gtest/gtest.h"
-#include "qvis/commands/flash_cmd.h"
-#include "qvis/commands/line_cmd.h"
 #include "qvis/commands/test_canvas.h"
-#include "qvis/compat/win32_names.h"
 
 namespace {
 

@@ -1,3 +1,5 @@
+// The Win32 macro names come first: the public header must compile under them.
+#include "qvis/compat/win32_names.h"
 #include "qvis/design/mouse_pan_mgr.h"
 
 #include "gtest/gtest.h"

@@ -71,23 +71,24 @@ TEST_F(FlashCmdTest, MovesAndReleasesDifferForTheRoundPad) {
 }
 
 TEST_F(FlashCmdTest, HoleShapeFollowsTheHoleHeight) {
-  // Round pad radius 1 (10 px) at (5, 5) = pixel (50, 50).
+  // Round pad of radius 1 at (5, 5): 10 px about pixel (50, 50). Probe pixels keep two or more
+  // pixels from every edge, so they do not hang on the rasteriser's edge rules.
   circle.SetRadius(1.0);
-  circle.SetHoleSize(0.6, 0.0);  // round hole, radius 3 px
+  circle.SetHoleSize(0.8, 0.0);  // round hole, radius 4 px
   circle.Active();
   circle.MouseDown(1, 5, 5);
   EXPECT_FALSE(Lit(50, 50));
-  EXPECT_FALSE(Lit(50, 47));  // inside the round hole (rows 47 .. 51)
-  EXPECT_TRUE(Lit(50, 52));
-  EXPECT_TRUE(Lit(45, 50));
+  EXPECT_FALSE(Lit(50, 48));  // inside the round hole
+  EXPECT_TRUE(Lit(50, 43));
+  EXPECT_TRUE(Lit(57, 50));
   circle.Deactive();
   EXPECT_TRUE(Blank());
-  circle.SetHoleSize(0.6, 0.4);  // 6 x 4 px rectangular hole
+  circle.SetHoleSize(0.8, 0.2);  // an 8 x 2 px rectangular hole
   circle.Active();
   EXPECT_FALSE(Lit(50, 50));
-  EXPECT_FALSE(Lit(52, 51));  // inside the 6 x 4 px hole (rows 48 .. 51)
-  EXPECT_TRUE(Lit(50, 47));   // which is lower than the round one
-  EXPECT_TRUE(Lit(50, 52));
+  EXPECT_FALSE(Lit(52, 50));
+  EXPECT_TRUE(Lit(50, 47));  // above the low rectangle, where the round hole was
+  EXPECT_TRUE(Lit(57, 50));
   circle.Deactive();
   EXPECT_TRUE(Blank());
 }

@@ -85,18 +85,22 @@ BOOL DrawRoundShape(HDC dc, int left, int top, int right, int bottom, std::int64
     PaintShape(*dc, interior, outline.data(), static_cast<int>(outline.size()));
     return TRUE;
   }
-  SpanRegion interior;
-  if (dc->brush != nullptr && !dc->brush->IsNull()) {
+  // Scratch kept per thread: drawing many ellipses allocates nothing once warm.
+  static thread_local RowShape interior;
+  static thread_local std::vector<PointI> outline;
+  const bool has_brush = dc->brush != nullptr && !dc->brush->IsNull();
+  if (has_brush) {
     const Box64 grown{box.left, box.top, box.right + 1, box.bottom + 1};
-    interior = RowsToRegion(RoundRows(grown, ew, eh), clip);
+    interior.top = grown.top;
+    RoundRectRows(grown, ew, eh, &interior.left, &interior.right);
   }
-  std::vector<PointI> outline;
   if (is_ellipse) {
     EllipseOutline(box, ArcDirectionIsClockwise(*dc), &outline);
   } else {
     RoundRectOutline(box, ew, eh, ArcDirectionIsClockwise(*dc), &outline);
   }
-  PaintShape(*dc, interior, outline.data(), static_cast<int>(outline.size()));
+  PaintRowShape(*dc, interior, has_brush, outline.data(), static_cast<int>(outline.size()),
+                is_ellipse);
   return TRUE;
 }
 

@@ -117,7 +117,8 @@ int FindRayIndex(const std::vector<PointI>& q, std::int64_t cx, std::int64_t cy,
 
 int EllipseRing(const Box64& box, bool clockwise, std::vector<PointI>* ring) {
   ring->clear();
-  std::vector<PointI> q;
+  static thread_local std::vector<PointI> q;
+  q.clear();
   EllipseQuadrant(box.Width(), box.Height(), &q);
   BuildRing(q, box, clockwise, ring);
   return static_cast<int>(q.size());
@@ -157,7 +158,7 @@ bool ArcPoints(const Box64& box, PointI start, PointI end, bool clockwise,
 
 void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* points) {
   points->clear();
-  std::vector<PointI> ring;
+  static thread_local std::vector<PointI> ring;
   EllipseRing(box, clockwise, &ring);
   for (const PointI& p : ring) {
     if (points->empty() || points->back() != p) points->push_back(p);
@@ -181,7 +182,8 @@ std::int64_t RoundRectRows(const Box64& box, std::int64_t corner_w, std::int64_t
 
   // inset[y] for the eh rows of the corner ellipse; the walk sets the lower half, moving
   // inward each time it steps down a row.
-  std::vector<std::int64_t> inset(static_cast<std::size_t>(eh), -1);
+  static thread_local std::vector<std::int64_t> inset;
+  inset.assign(static_cast<std::size_t>(eh), -1);
   std::int64_t x = 0;
   std::int64_t y = eh / 2;
   inset[static_cast<std::size_t>(y)] = 0;

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "qvis/gdi/dc.h"
+#include "qvis/gdi/raster/line.h"
 #include "qvis/gdi/shapes/curve_flatten.h"
 #include "qvis/gdi/shapes/wide_pen.h"
 
@@ -48,6 +49,69 @@ void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* out
   }
   if (has_brush && !interior.IsEmpty()) interior.Emit(clip, BrushSink(dc, dc.brush));
   if (has_pen) DrawCosmeticPolyline(dc, outline, count, true);
+}
+
+namespace {
+
+// Sends the rows inside the clip box to a sink.
+void EmitRows(const RowShape& rows, const IRect& clip, SpanSink& sink) {
+  const std::int64_t n = static_cast<std::int64_t>(rows.left.size());
+  const std::int64_t r0 = std::max<std::int64_t>(0, clip.top - rows.top);
+  const std::int64_t r1 = std::min<std::int64_t>(n, std::int64_t{clip.bottom} - rows.top);
+  SpanBatch batch(sink);
+  for (std::int64_t r = r0; r < r1; ++r) {
+    const std::int64_t x0 = std::max<std::int64_t>(rows.left[static_cast<std::size_t>(r)],
+                                                   clip.left);
+    const std::int64_t x1 = std::min<std::int64_t>(rows.right[static_cast<std::size_t>(r)],
+                                                   clip.right);
+    if (x0 < x1) batch.Add(static_cast<int>(rows.top + r), static_cast<int>(x0), static_cast<int>(x1));
+  }
+}
+
+// Paints every pixel of a closed ring of touching pixels once per visit (a pixel the ring
+// passes twice is painted twice, as the one-pixel segments would), joining horizontal runs.
+void EmitRing(const PointI* pts, int count, const IRect& clip, SpanSink& sink) {
+  SpanBatch batch(sink);
+  int i = 0;
+  while (i < count) {
+    const int y = pts[i].y;
+    int j = i + 1;
+    int dir = 0;
+    // A run: consecutive ring pixels on one row, stepping the same way.
+    while (j < count && pts[j].y == y) {
+      const int d = pts[j].x - pts[j - 1].x;
+      if ((d != 1 && d != -1) || (dir != 0 && d != dir)) break;
+      dir = d;
+      ++j;
+    }
+    if (y >= clip.top && y < clip.bottom) {
+      const int x0 = std::max(std::min(pts[i].x, pts[j - 1].x), clip.left);
+      const int x1 = std::min(std::max(pts[i].x, pts[j - 1].x) + 1, clip.right);
+      if (x0 < x1) batch.Add(y, x0, x1);
+    }
+    i = j;
+  }
+}
+
+}  // namespace
+
+void PaintRowShape(DeviceContext& dc, const RowShape& interior, bool has_interior,
+                   const PointI* outline, int count, bool stepped_outline) {
+  const IRect clip = ClipBox(dc);
+  if (clip.IsEmpty()) return;
+  const bool has_pen = dc.pen != nullptr && !dc.pen->IsNull() && count > 0;
+  const bool has_brush = has_interior && dc.brush != nullptr && !dc.brush->IsNull();
+  if (has_pen && dc.pen->IsWide()) {
+    PaintShape(dc, has_brush ? RowsToRegion(interior, clip) : SpanRegion(), outline, count);
+    return;
+  }
+  if (has_brush) EmitRows(interior, clip, BrushSink(dc, dc.brush));
+  if (!has_pen) return;
+  if (stepped_outline && CosmeticStyle(dc.pen->style).IsSolid()) {
+    EmitRing(outline, count, clip, PenSink(dc));
+  } else {
+    DrawCosmeticPolyline(dc, outline, count, true);
+  }
 }
 
 void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a1,

@@ -39,6 +39,13 @@ void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* out
 void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a1,
                   std::vector<PointI>* out);
 
+// PaintRowShape paints a closed shape whose interior is given as rows, as PaintShape does, but
+// sends the rows straight to the brush when the pen is not wide. With `stepped_outline` the
+// outline points are consecutive touching pixels (an ellipse ring), which a solid cosmetic pen
+// paints as runs of pixels instead of one-pixel segments.
+void PaintRowShape(DeviceContext& dc, const RowShape& interior, bool has_interior,
+                   const PointI* outline, int count, bool stepped_outline);
+
 // ArcDirectionIsClockwise tells the direction the DC draws arcs in.
 bool ArcDirectionIsClockwise(const DeviceContext& dc);
 

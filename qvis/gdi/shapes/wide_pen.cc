@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/raster/wide_pen_hook.h"
@@ -168,48 +169,84 @@ void PolygonSet::Add(const PointFx* p, int n) {
   counts.push_back(n);
 }
 
+namespace {
+
+// The staircase outline of a round dot of one width, relative to the dot's top-left pixel and
+// already turned the way PolygonSet winds its polygons. Tracks use a handful of widths, so a
+// few cached outlines spare the stepping for every cap and join.
+struct DotOutline {
+  std::int64_t width = 0;
+  std::vector<PointFx> points;
+};
+
+const DotOutline& CachedDot(std::int64_t width) {
+  constexpr std::size_t kSlots = 16;
+  static thread_local std::vector<DotOutline> cache;
+  static thread_local std::size_t next = 0;
+  for (const DotOutline& d : cache) {
+    if (d.width == width) return d;
+  }
+  DotOutline dot;
+  dot.width = width;
+  // The dot is the elliptic region of the box one pixel larger than the dot (regions leave
+  // out the right and bottom edges). Down the right ends, up the left ends, edges on the
+  // half-pixel lines so that sampling at pixel centres gives back the rows.
+  std::vector<std::int64_t> lo;
+  std::vector<std::int64_t> hi;
+  const std::int64_t n =
+      RoundRectRows(Box64{0, 0, width + 1, width + 1}, width + 1, width + 1, &lo, &hi);
+  for (std::int64_t r = 0; r < n; ++r) {
+    if (lo[static_cast<std::size_t>(r)] >= hi[static_cast<std::size_t>(r)]) continue;
+    const double x = static_cast<double>(hi[static_cast<std::size_t>(r)]) - 0.5;
+    dot.points.push_back(Fx(x, r - 0.5));
+    dot.points.push_back(Fx(x, r + 0.5));
+  }
+  for (std::int64_t r = n - 1; r >= 0; --r) {
+    if (lo[static_cast<std::size_t>(r)] >= hi[static_cast<std::size_t>(r)]) continue;
+    const double x = static_cast<double>(lo[static_cast<std::size_t>(r)]) - 0.5;
+    dot.points.push_back(Fx(x, r + 0.5));
+    dot.points.push_back(Fx(x, r - 0.5));
+  }
+  if (SignedArea(dot.points.data(), static_cast<int>(dot.points.size())) < 0) {
+    std::reverse(dot.points.begin(), dot.points.end());
+  }
+  if (cache.size() < kSlots) {
+    cache.push_back(std::move(dot));
+    return cache.back();
+  }
+  next = (next + 1) % kSlots;
+  cache[next] = std::move(dot);
+  return cache[next];
+}
+
+}  // namespace
+
 void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* out) {
   if (width < 1) return;
   const std::int64_t left = static_cast<std::int64_t>(c.x) - width / 2;
   const std::int64_t top = static_cast<std::int64_t>(c.y) - width / 2;
+  // A dot wholly outside the clip box adds nothing.
+  if (left > rows.right || left + width < rows.left || top > rows.bottom ||
+      top + width < rows.top) {
+    return;
+  }
   if (width > kMaxSteppedDot) {
     AddBigDisc(c, width, rows, out);
     return;
   }
-  // The dot is the elliptic region of the box one pixel larger than the dot (regions leave
-  // out the right and bottom edges).
-  std::vector<std::int64_t> lo;
-  std::vector<std::int64_t> hi;
-  const std::int64_t n =
-      RoundRectRows(Box64{left, top, left + width + 1, top + width + 1}, width + 1, width + 1,
-                    &lo, &hi);
-  // Staircase polygon over the rows inside the clip: down the right ends, up the left ends,
-  // edges on the half-pixel lines so that sampling at pixel centres gives back the rows.
-  const std::int64_t r0 = std::max<std::int64_t>(0, std::int64_t{rows.top} - 1 - top);
-  const std::int64_t r1 = std::min<std::int64_t>(n, std::int64_t{rows.bottom} + 1 - top);
-  std::vector<PointFx> pts;
-  for (std::int64_t r = r0; r < r1; ++r) {
-    if (lo[static_cast<std::size_t>(r)] >= hi[static_cast<std::size_t>(r)]) continue;
-    const double y = static_cast<double>(top + r);
-    const double x = static_cast<double>(hi[static_cast<std::size_t>(r)]) - 0.5;
-    pts.push_back(Fx(x, y - 0.5));
-    pts.push_back(Fx(x, y + 0.5));
-  }
-  for (std::int64_t r = r1 - 1; r >= r0; --r) {
-    if (lo[static_cast<std::size_t>(r)] >= hi[static_cast<std::size_t>(r)]) continue;
-    const double y = static_cast<double>(top + r);
-    const double x = static_cast<double>(lo[static_cast<std::size_t>(r)]) - 0.5;
-    pts.push_back(Fx(x, y + 0.5));
-    pts.push_back(Fx(x, y - 0.5));
-  }
-  out->Add(pts.data(), static_cast<int>(pts.size()));
+  const DotOutline& dot = CachedDot(width);
+  if (dot.points.size() < 3) return;
+  const std::int64_t dx = left * kFixOne;
+  const std::int64_t dy = top * kFixOne;
+  for (const PointFx& p : dot.points) out->points.push_back(PointFx{p.x + dx, p.y + dy});
+  out->counts.push_back(static_cast<int>(dot.points.size()));
 }
 
 void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
                  const IRect& clip, PolygonSet* out) {
   if (count < 1 || points == nullptr) return;
-  std::vector<PointI> v;
-  v.reserve(static_cast<std::size_t>(count));
+  static thread_local std::vector<PointI> v;
+  v.clear();
   for (int i = 0; i < count; ++i) {
     if (v.empty() || v.back() != points[i]) v.push_back(points[i]);
   }
@@ -223,7 +260,8 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
   }
   const int n = static_cast<int>(v.size());
   const int segments = closed ? n : n - 1;
-  std::vector<Body> bodies(static_cast<std::size_t>(segments));
+  static thread_local std::vector<Body> bodies;
+  bodies.assign(static_cast<std::size_t>(segments), Body{});
   for (int i = 0; i < segments; ++i) {
     const PointI& a = v[static_cast<std::size_t>(i)];
     const PointI& b = v[static_cast<std::size_t>((i + 1) % n)];

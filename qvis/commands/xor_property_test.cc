@@ -421,6 +421,10 @@ TEST(XorConventionTest, ExtremeValuesNeitherCrashNorStrandPixels) {
   CQVIS_Draw3PCircleCmd three(h.canvas.surface());
   CQVIS_DrawFlashCircleCmd pad(h.canvas.surface());
   CQVIS_DrawFlashPolygonCmd poly_pad(h.canvas.surface());
+  CQVIS_DrawPolygonCmd polygon(h.canvas.surface());
+  CQVIS_DrawRectCmd rect(h.canvas.surface());
+  CQVIS_DrawFlashRectCmd rect_pad(h.canvas.surface());
+  CQVIS_DrawFlashObroundCmd obround(h.canvas.surface());
   for (double v : kValues) {
     for (double w : {kNaN, -3.0, 0.0, 1e12}) {
       line.SetWidth(w, true);
@@ -428,31 +432,56 @@ TEST(XorConventionTest, ExtremeValuesNeitherCrashNorStrandPixels) {
       arc.SetWidth(w);
       pad.SetRadius(w);
       poly_pad.SetDiameter(w);
-      line.Active();
+      rect.m_dWidth = w;
+      rect_pad.SetWidth(w);
+      rect_pad.SetHeight(v);
+      obround.SetWidth(v, w);
+      obround.SetHeight(w);
       circle.Active();
       arc.Active();
       three.Active();
       pad.Active();
       poly_pad.Active();
+      rect.Active();
+      rect_pad.Active();
+      obround.Active();
       for (int i = 0; i < 3; ++i) {
-        line.MouseMove(v, 10.0 + i);
-        line.MouseDown(1, v, 10.0 + i);
+        rect.MouseMove(v, 2.0 * i);
+        rect.MouseDown(1, 3.0, v);
+        rect_pad.MouseMove(v, 4.0);
+        obround.MouseMove(4.0, v);
         circle.MouseMove(5.0 + i, v);
         circle.MouseDown(1, 5.0 + i, v);
         arc.MouseMove(v, v);
         arc.MouseDown(1, 5.0 * i, v);
         three.MouseMove(v, i);
-        three.MouseDown(1, 0, 0);
+        if (i < 2) three.MouseDown(1, 0, 0);
         pad.MouseDown(1, v, v);
         poly_pad.MouseMove(v, 3.0);
       }
-      line.KeyPress(VK_RETURN);
-      line.Deactive();
       circle.Deactive();
       arc.Deactive();
       three.Deactive();
       pad.Deactive();
       poly_pad.Deactive();
+      rect.Deactive();
+      rect_pad.Deactive();
+      obround.Deactive();
+      EXPECT_EQ(Canvas::CountDiff(h.canvas.Snapshot(), h.background), 0) << v << " " << w;
+      // The vertex-list commands paint their lists; here they only must not fault.
+      line.Active();
+      polygon.Active();
+      for (int i = 0; i < 3; ++i) {
+        polygon.MouseMove(v, i);
+        polygon.MouseDown(1, v, i);
+        polygon.SetLastPointArcInfo(v, v, 2);
+        line.MouseMove(v, 10.0 + i);
+        line.MouseDown(1, v, 10.0 + i);
+      }
+      line.KeyPress(VK_RETURN);
+      polygon.KeyPress(VK_RETURN);
+      line.Deactive();
+      polygon.Deactive();
       h.canvas.Restore(h.background);
     }
   }

@@ -95,6 +95,7 @@ void AppendArcBeziers(PathData& path, const EllipseFrame& f, double a0, double a
 struct Figure {
   std::vector<PointI> points;
   bool closed = false;
+  bool has_segments = false;  // a lone move draws nothing, a zero-length line a dot
 };
 
 void AddPoint(std::vector<PointI>* pts, double x, double y) {
@@ -199,6 +200,7 @@ std::vector<Figure> FlattenPath(const PathData& path) {
       }
     }
     Figure& fig = figures.back();
+    fig.has_segments = true;
     if (type == PathData::kBezierTo && i + 2 < v.size()) {
       const auto& p0 = i > 0 ? v[i - 1] : v[i];
       FlattenCubic(p0.x, p0.y, v[i].x, v[i].y, v[i + 1].x, v[i + 1].y, v[i + 2].x, v[i + 2].y,
@@ -247,6 +249,7 @@ BOOL RenderPath(HDC dc, PathRender what) {
     PolygonSet set;
     const StrokeStyle style = StyleOfSelectedPen(*dc);
     for (const Figure& f : figures) {
+      if (!f.has_segments) continue;
       BuildStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip,
                   &set);
     }

@@ -2,6 +2,7 @@
 // and the outputs (snapshots, listings, design files).
 #include "apps/qvis-session/session.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
@@ -202,6 +203,9 @@ CPoint Session::ParsePos(const Words& w, size_t* i, const char* what) const {
   if (*i < w.size() && w[*i] == "px") {
     const int x = Integer(w, *i + 1, "a pixel x");
     const int y = Integer(w, *i + 2, "a pixel y");
+    if (x < -32768 || x > 32767 || y < -32768 || y > 32767) {
+      throw ScriptError("expected pixel coordinates from -32768 to 32767");
+    }
     *i += 3;
     return CPoint(x, y);
   }
@@ -213,7 +217,10 @@ CPoint Session::ParsePos(const Words& w, size_t* i, const char* what) const {
   const double y = Number(w, *i + 1, "a world y");
   *i += 2;
   CQVIS_Coords* c = window_->GetDesign()->m_pCoords;
-  return CPoint(c->V2RX(x), c->V2RY(y));
+  // Messages carry 16-bit coordinates: a world point far off the window lands on the edge of
+  // that range instead of wrapping around to the other side.
+  auto clamp16 = [](LONG v) { return std::clamp<LONG>(v, -32768, 32767); };
+  return CPoint(clamp16(c->V2RX(x)), clamp16(c->V2RY(y)));
 }
 
 void Session::Repaint() {

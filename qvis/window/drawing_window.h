@@ -1,8 +1,7 @@
-// CQVIS_Wnd: the child window in which one design is shown and edited. It turns the platform's
-// messages into calls on the design's managers and commands, paints through the design's render
-// buffer and tells its parent when Esc or Enter is pressed. Created by the host over a
-// qvis::WindowPort; owns its design. A host may derive from it (for instance to paint its own
-// figures in OnDrawHost).
+// CQVIS_Wnd: the child window in which one design is shown and edited: platform messages in,
+// calls on the design's managers and commands out, paint through the render buffer, Esc and
+// Enter told to the parent. Created by the host over a qvis::WindowPort (which it borrows);
+// owns its design. A host may derive from it, e.g. to paint its own figures in OnDrawHost.
 #ifndef QVIS_WINDOW_DRAWING_WINDOW_H_
 #define QVIS_WINDOW_DRAWING_WINDOW_H_
 
@@ -50,21 +49,36 @@ class CQVIS_Wnd {
   // FALSE so that the message goes on. A null message returns FALSE.
   virtual BOOL PreTranslateMessage(qvis::MSG* pMsg);
 
-  // Message handlers.
+  // Message handlers, as WindowProc calls them. Points are client pixels except for the
+  // wheel's, which is in screen pixels. A handler on a window without a port does nothing
+  // that reaches the platform.
+  //
+  // OnCreate: binds the surface to the port's front buffer and the render buffer, runs Init,
+  // sets the initial layer, shows the cursor, turns snapping on and starts selection.
+  // Returns -1 when default processing refuses the window, else 0.
   virtual int OnCreate(void* lpCreateStruct);
+  // OnPaint: frame in the background colour, snap points, grid, origin, the host's figures,
+  // present, then every transient figure once more in XOR and the cursor.
   virtual void OnPaint();
   virtual BOOL OnEraseBkgnd(qvis::HDC hdc);
   virtual void OnMouseMove(UINT nFlags, CPoint point);
+  // OnMouseWheel: zooms out (delta > 0) or in (delta < 0) by 1.5, or 2.5 with Shift, about
+  // the cursor. A point outside the client area returns 0 and changes nothing.
   virtual BOOL OnMouseWheel(UINT nFlags, short zDelta, CPoint pt);
   virtual void OnSize(UINT nType, int cx, int cy);
   virtual void OnLButtonDblClk(UINT nFlags, CPoint point);
   virtual void OnLButtonDown(UINT nFlags, CPoint point);
   virtual void OnLButtonUp(UINT nFlags, CPoint point);
   virtual void OnRButtonDown(UINT nFlags, CPoint point);
+  // OnRButtonUp: ends a pan gesture with one scroll by the whole drag; a release where the
+  // button went down is a plain right click and goes to default processing (context menu).
   virtual void OnRButtonUp(UINT nFlags, CPoint point);
+  // OnKeyDown: offers the key to the active commands; a handled key repaints, and a command
+  // that asks to be left (-1) hands over to selection. Unknown keys change nothing.
   virtual void OnKeyDown(UINT nChar, UINT nRepCnt, UINT nFlags);
 
-  // Command operations for the host's menus and toolbars.
+  // Command operations for the host's menus and toolbars. Each starting operation ends the
+  // other commands first and does nothing when its command is already active.
   void OnEditSelect();
   void OnDrawLine();
   void OnDrawArc();

@@ -1,7 +1,6 @@
-// qvis::HeadlessPort: a window port that lives in memory. It keeps the client size, the key and
-// button state, the focus and the messages sent to the parent, and runs a window's messages as a
-// message loop would. Its front buffer is what a user would see. Used by tests and hosts that
-// run without a screen (the session runner); the host owns it and outlives the window.
+// qvis::HeadlessPort: a window port in memory: client size, key and button state, focus, the
+// messages sent to the parent, and a one-message-at-a-time loop. Its front buffer is what a user
+// would see. Used by tests and screenless hosts (the session runner), which own it.
 #ifndef QVIS_WINDOW_HEADLESS_HEADLESS_PORT_H_
 #define QVIS_WINDOW_HEADLESS_HEADLESS_PORT_H_
 

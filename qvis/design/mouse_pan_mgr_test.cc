@@ -2,6 +2,9 @@
 #include "qvis/compat/win32_names.h"
 #include "qvis/design/mouse_pan_mgr.h"
 
+#include <algorithm>
+#include <random>
+
 #include "gtest/gtest.h"
 #include "qvis/commands/test_canvas.h"
 #include "qvis/compat/redraw.h"
@@ -117,6 +120,43 @@ TEST_F(MousePanTest, InitAndReleaseKeepWhatTheyShould) {
   EXPECT_EQ(pan.m_pCoords, nullptr);
   EXPECT_EQ(pan.m_pSurface, canvas.surface());
   EXPECT_EQ(pan.m_crColor, 0xFFFFFFu);
+}
+
+}  // namespace
+}  // namespace qvis
+
+namespace qvis {
+namespace {
+
+// The XOR convention over seeded random drags: once the press ends, the line is gone.
+TEST(MousePanXorTest, RandomDragsLeaveNothingBehind) {
+  for (unsigned seed = 1; seed <= 8; ++seed) {
+    testing::Canvas canvas(120, 100, 4.0);
+    const testing::Pixels background = canvas.Snapshot();
+    testing::Buttons buttons;
+    CQVIS_MousePanMgr pan(canvas.surface());
+    std::mt19937 rng(seed);
+    auto coord = [&] { return static_cast<int>(rng() % 70) * 0.5 - 2.0; };
+    pan.Active(nullptr, nullptr, 10, 10);
+    int shown = 0;
+    for (int i = 0; i < 300; ++i) {
+      switch (rng() % 6) {
+        case 0: buttons.right = rng() % 3 != 0; break;
+        case 1: pan.MouseDown(rng() % 2 + 1, coord(), coord()); break;
+        case 2: if (rng() % 4 == 0) pan.MouseUp(2, 0, 0); break;
+        case 3:  // the colour is a plain member: changed with the line erased
+          pan.Draw();
+          pan.m_crColor = rng() % 2 ? 0xFFFFFF : 0x00FF00;
+          pan.Draw();
+          break;
+        default: pan.MouseMove(coord(), coord(), rng() % 4 == 0 ? 1 : 0); break;
+      }
+      shown = std::max(shown, testing::Canvas::CountDiff(canvas.Snapshot(), background));
+    }
+    pan.MouseUp(2, 0, 0);
+    EXPECT_EQ(testing::Canvas::CountDiff(canvas.Snapshot(), background), 0) << seed;
+    EXPECT_GT(shown, 0) << seed;
+  }
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 #include "qvis/compat/win32_names.h"
 #include "qvis/design/zoom_mgr.h"
 
+#include <algorithm>
+#include <random>
+
 #include "gtest/gtest.h"
 #include "qvis/commands/test_canvas.h"
 #include "qvis/compat/win32_names.h"
@@ -114,6 +117,40 @@ TEST_F(ZoomMgrTest, BoxNeedsAnOriginContext) {
   buttons.left = true;
   zoom.MouseMove(12, 13);
   EXPECT_EQ(Changed(), 0);
+}
+
+}  // namespace
+}  // namespace qvis
+
+namespace qvis {
+namespace {
+
+// The XOR convention over long seeded random gestures: Deactive leaves the picture as it was.
+TEST(ZoomMgrXorTest, RandomGesturesLeaveNothingBehind) {
+  for (unsigned seed = 1; seed <= 8; ++seed) {
+    testing::Canvas canvas(120, 100, 4.0);
+    const testing::Pixels background = canvas.Snapshot();
+    testing::Buttons buttons;
+    CQVIS_ZoomMgr zoom(canvas.surface());
+    std::mt19937 rng(seed);
+    auto coord = [&] { return static_cast<int>(rng() % 70) * 0.5 - 2.0; };
+    zoom.Active();
+    int shown = 0;
+    for (int i = 0; i < 300; ++i) {
+      switch (rng() % 7) {
+        case 0: buttons.left = rng() % 3 != 0; break;
+        case 1: zoom.MouseDown(rng() % 2 + 1, coord(), coord()); break;
+        case 2: zoom.MouseUp(1, coord(), coord()); break;
+        case 3: zoom.KeyPress(rng() % 4 ? VK_ESCAPE : VK_RETURN); break;
+        case 4: if (rng() % 5 == 0) zoom.Cancel(); break;
+        default: zoom.MouseMove(coord(), coord()); break;
+      }
+      shown = std::max(shown, testing::Canvas::CountDiff(canvas.Snapshot(), background));
+    }
+    zoom.Deactive();
+    EXPECT_EQ(testing::Canvas::CountDiff(canvas.Snapshot(), background), 0) << seed;
+    EXPECT_GT(shown, 0) << seed;
+  }
 }
 
 }  // namespace

@@ -220,8 +220,12 @@ enum class PathRender { kStroke, kFill, kStrokeAndFill };
 
 BOOL RenderPath(HDC dc, PathRender what) {
   if (dc == nullptr || dc->path.state != PathData::kClosed) return FALSE;
-  const std::vector<Figure> figures = FlattenPath(dc->path);
+  std::vector<Figure> figures = FlattenPath(dc->path);
   dc->path.Clear();
+  // Filling closes every open figure, for the outline of StrokeAndFillPath too.
+  if (what == PathRender::kStrokeAndFill) {
+    for (Figure& f : figures) f.closed = true;
+  }
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
 

@@ -171,6 +171,39 @@ TEST_F(WindowTest, LineCommandFromActivationToEsc) {
   EXPECT_EQ(Proc(), "Select Command");
 }
 
+TEST_F(WindowTest, SpaceAndBackspaceReachTheTrack) {
+  wnd_.OnDrawLine();
+  CQVIS_DrawLineCmd* line = d_->m_pDrawLineCmd;
+  Click(0.0, 0.0);
+  port_.Key(VK_SPACE);
+  EXPECT_EQ(line->m_nPxy, 2);
+  Click(10.0, 4.0);  // mode 2: straight leg first, to (6, 0)
+  ASSERT_EQ(line->m_pPointList->GetSize(), 3);
+  EXPECT_EQ(line->m_pPointList->GetAt(1)->m_dX, 6.0);
+  port_.Key(VK_BACK);
+  EXPECT_EQ(line->m_pPointList->GetSize(), 2);
+  EXPECT_EQ(line->m_nProgress, 1);
+  EXPECT_TRUE(port_.ParentMessages().empty());  // only Esc and Enter are told
+}
+
+TEST_F(WindowTest, ArcTakesEnterAsAClick) {
+  wnd_.OnDrawArc();
+  EXPECT_EQ(Proc(), "Draw Arc Command");
+  CQVIS_DrawArcCmd* arc = d_->m_pDrawArcCmd;
+  EXPECT_EQ(arc->m_dWidth, 0.4);
+  Click(0.0, 0.0);
+  Click(5.0, 0.0);
+  Move(0.0, -5.0);
+  EXPECT_EQ(arc->m_nProgress, 2);
+  port_.Key(VK_RETURN);
+  EXPECT_EQ(arc->m_nProgress, 0);
+  EXPECT_EQ(arc->m_dRadius, 5.0);
+  EXPECT_NEAR(arc->m_dEndX, 0.0, 1e-9);
+  EXPECT_NEAR(arc->m_dEndY, -5.0, 1e-9);
+  EXPECT_EQ(Proc(), "Draw Arc Command");
+  EXPECT_EQ(port_.ParentMessages().size(), 1u);
+}
+
 TEST_F(WindowTest, DoubleClickFinishesTheTrackAndStartsANewOne) {
   wnd_.OnDrawLine();
   d_->m_pDrawLineCmd->m_nPxy = 0;

@@ -103,6 +103,29 @@ TEST_F(SessionTest, ScriptListingAndSnapshot) {
   EXPECT_EQ(PngPixel(png, 140, 110), 0x000000u);  // the circle's centre
 }
 
+TEST_F(SessionTest, ArcsPolygonsAndThreePointCirclesAreTakenOver) {
+  const std::string script = std::string(kSetup) +
+                             "command arc\n"
+                             "click 0 0\nclick 5 0\nclick 0 -5\n"
+                             "command circle3\n"
+                             "set width 0.2\n"
+                             "click 0 0\nclick 2 0\nclick 1 1\n"
+                             "command polygon\n"
+                             "set bend 0\n"
+                             "click 4 4\nclick 9 4\ndblclick 9 8\n"
+                             "command line\n"
+                             "set endcap square\n"
+                             "click 0 10\nclick 3 10\nkey esc\n"
+                             "expect figures 3\n"
+                             "list -\n";
+  ASSERT_EQ(Run(script), 0) << err_.str();
+  EXPECT_EQ(out_.str(),
+            "arc layer=1 centre=(0.0000,0.0000) radius=5.0000 from=(5.0000,0.0000) "
+            "to=(0.0000,-5.0000) width=0.4000\n"
+            "circle3 layer=1 centre=(1.0000,0.0000) radius=1.0000 width=0.2000 fill=0\n"
+            "polygon layer=1 points=(4.0000,4.0000) (9.0000,4.0000) (9.0000,8.0000)\n");
+}
+
 TEST_F(SessionTest, ViewCommandsAndExpectations) {
   const std::string script = std::string(kSetup) +
                              "wheel down px 100 75\n"

@@ -329,6 +329,14 @@ TEST(GdiBlitTest, OverlappingCopyWithinOneBitmapReadsTheOriginal) {
       ASSERT_EQ(GetPixel(c.dc, x, y), static_cast<COLORREF>((y - 1) * 16 + (x - 1)));
     }
   }
+  // And back up again, through the general path (SRCINVERT over black is a copy).
+  ASSERT_TRUE(BitBlt(c.dc, 0, 0, 5, 5, c.dc, 1, 1, SRCCOPY));
+  PatBlt(c.dc, 0, 5, 6, 1, BLACKNESS);
+  ASSERT_TRUE(BitBlt(c.dc, 0, 5, 5, 1, c.dc, 0, 4, SRCINVERT));
+  for (int y = 0; y < 5; ++y) {
+    for (int x = 0; x < 5; ++x) ASSERT_EQ(GetPixel(c.dc, x, y), static_cast<COLORREF>(y * 16 + x));
+  }
+  EXPECT_EQ(GetPixel(c.dc, 3, 5), static_cast<COLORREF>(4 * 16 + 3));
 }
 
 TEST(GdiRegionTest, CombineReportsKindsAndErrors) {

@@ -489,6 +489,18 @@ BOOL BitBlt(HDC dst, int x, int y, int width, int height, HDC src, int sx, int s
   };
   box = box.Intersect(IRect{c(src_l), c(src_t), c(src_l + sb.width), c(src_t + sb.height)});
   if (box.IsEmpty()) return TRUE;
+  if (rop3 == 0xCC && sb.bpp == 32 && dst->bitmap->bpp == 32 && ClipRegion(*dst) == nullptr) {
+    // Plain colour copy: whole rows at once. Rows go bottom-up when copying downwards within
+    // one bitmap so that no source row is overwritten before it is read.
+    const std::size_t bytes = static_cast<std::size_t>(box.right - box.left) * 4;
+    const bool upward = src->bitmap == dst->bitmap && dy < 0;
+    for (int i = 0; i < box.bottom - box.top; ++i) {
+      const int y = upward ? box.bottom - 1 - i : box.top + i;
+      std::memmove(dst->bitmap->Row32(y) + box.left,
+                   sb.Row32(static_cast<int>(y + dy)) + (box.left + dx), bytes);
+    }
+    return TRUE;
+  }
   if (src->bitmap == dst->bitmap) {
     // Overlapping copy within one bitmap: read from a snapshot of the source box.
     BitmapData copy;

@@ -369,7 +369,8 @@ HPEN CreatePen(int style, int width, COLORREF color) {
   pen->width = width < 1 ? 1 : width;
   pen->geometric = width > 1;
   pen->color = color & 0xFFFFFF;
-  if (pen->geometric && style != PS_NULL) pen->style = PS_SOLID;  // dashes draw solid when wide
+  // Wide pens made here draw their dashed styles solid.
+  if (pen->geometric && style >= PS_DASH && style <= PS_DASHDOTDOT) pen->style = PS_SOLID;
   Register(pen);
   return pen;
 }

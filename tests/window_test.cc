@@ -540,6 +540,67 @@ TEST_F(WindowTest, NoStaleFigureAfterRepaints) {
   EXPECT_EQ(CountDifferent(pristine, Pixels(port_)), 0);
 }
 
+// The same for every command: its figure in progress survives a repaint unchanged, and the
+// screen is clean once selection takes over.
+TEST_F(WindowTest, EveryCommandRepaintsItsFigureAndLeavesNoTrace) {
+  struct Row {
+    const char* name;
+    std::function<void()> start;
+  };
+  const std::vector<Row> rows = {
+      {"line", [this] { wnd_.OnDrawLine(); }},
+      {"arc", [this] { wnd_.OnDrawArc(); }},
+      {"rect", [this] { wnd_.OnDrawRectangle(); }},
+      {"polygon", [this] { wnd_.OnDrawPolygon(); }},
+      {"circle", [this] { Start(d_->m_pDrawCircleCmd); }},
+      {"circle3", [this] { Start(d_->m_pDraw3PCircleCmd); }},
+      {"flash circle",
+       [this] {
+         d_->m_pDrawFlashCircleCmd->SetDiameter(1.5);
+         Start(d_->m_pDrawFlashCircleCmd);
+       }},
+      {"flash rect",
+       [this] {
+         d_->m_pDrawFlashRectCmd->SetWidth(2.0);
+         d_->m_pDrawFlashRectCmd->SetHeight(1.0);
+         d_->m_pDrawFlashRectCmd->SetHoleSize(0.5, 0.0);
+         Start(d_->m_pDrawFlashRectCmd);
+       }},
+      {"flash obround",
+       [this] {
+         d_->m_pDrawFlashObroundCmd->SetWidth(2.0);
+         d_->m_pDrawFlashObroundCmd->SetHeight(1.0);
+         Start(d_->m_pDrawFlashObroundCmd);
+       }},
+      {"flash polygon",
+       [this] {
+         d_->m_pDrawFlashPolygonCmd->SetDiameter(2.0);
+         d_->m_pDrawFlashPolygonCmd->SetSideCount(5);
+         Start(d_->m_pDrawFlashPolygonCmd);
+       }},
+      {"zoom box", [this] { wnd_.OnZoomZoombox(); }},
+  };
+  Move(0.0, 0.0);
+  const std::vector<std::uint32_t> pristine = Pixels(port_);
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    row.start();
+    Move(1.0, 1.0);
+    port_.Mouse(WM_LBUTTONDOWN, Px(1.0, 1.0));
+    Move(4.0, 3.0);  // a zoom box is dragged with the button held
+    const std::vector<std::uint32_t> shown = Pixels(port_);
+    EXPECT_GT(CountDifferent(pristine, shown), 0);
+    port_.RedrawNow();
+    EXPECT_EQ(CountDifferent(shown, Pixels(port_)), 0);
+    wnd_.OnEditSelect();
+    port_.SetKeyDown(VK_LBUTTON, false);
+    Move(0.0, 0.0);
+    EXPECT_EQ(CountDifferent(pristine, Pixels(port_)), 0);
+    port_.RedrawNow();
+    EXPECT_EQ(CountDifferent(pristine, Pixels(port_)), 0);
+  }
+}
+
 TEST_F(WindowTest, ResizeKeepsTheBufferInStep) {
   port_.Resize(500, 200);
   EXPECT_EQ(d_->m_pRenderBuffer->GetViewport(), CRect(0, 0, 500, 200));

@@ -440,6 +440,47 @@ TEST(TextTest, BadArgumentsFailWithoutDrawing) {
   EXPECT_TRUE(c.InkBox().IsRectEmpty());
 }
 
+TEST(TextTest, ExtremeLogicalFontsStillDraw) {
+  Canvas c(64, 64);
+  struct Row {
+    LONG height;
+    LONG escapement;
+    LONG weight;
+    const char* face;
+  } rows[] = {
+      {1000000, 0, FW_NORMAL, "Arial"},      // beyond the largest em: drawn at that size
+      {-1000000, 450, FW_BOLD, "Arial"},
+      {INT_MIN, INT_MIN, INT_MIN, "Arial"},
+      {INT_MAX, INT_MAX, INT_MAX, "Arial"},
+      {0, 0, 0, ""},                          // default size, default face
+      {12, 0, 400, "No Such Face At All"},    // the closest system face
+  };
+  for (const Row& row : rows) {
+    LOGFONTA lf;
+    lf.lfHeight = row.height;
+    lf.lfEscapement = row.escapement;
+    lf.lfWeight = row.weight;
+    std::snprintf(lf.lfFaceName, sizeof lf.lfFaceName, "%s", row.face);
+    HFONT font = CreateFontIndirectA(&lf);
+    SelectObject(c.dc(), font);
+    CSize size;
+    EXPECT_TRUE(GetTextExtentPointA(c.dc(), "Wg", 2, &size)) << row.height;
+    EXPECT_GT(size.cy, 0) << row.height;
+    EXPECT_TRUE(TextOutA(c.dc(), 2, 2, "Wg", 2)) << row.height;
+    SelectObject(c.dc(), GetStockObject(SYSTEM_FONT));
+    DeleteObject(font);
+  }
+  // A face name that fills the whole field without a terminating zero.
+  LOGFONTA lf;
+  lf.lfHeight = 14;
+  for (char& ch : lf.lfFaceName) ch = 'A';
+  HFONT font = CreateFontIndirectA(&lf);
+  SelectObject(c.dc(), font);
+  EXPECT_TRUE(TextOutA(c.dc(), 2, 2, "ok", 2));
+  SelectObject(c.dc(), GetStockObject(SYSTEM_FONT));
+  DeleteObject(font);
+}
+
 TEST(TextTest, AnsiCodePageMapsTheHighControlRange) {
   EXPECT_EQ(AnsiToUnicode('A'), U'A');
   EXPECT_EQ(AnsiToUnicode(0x80), U'\u20AC');  // euro sign

@@ -4,12 +4,14 @@
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "qvis/gdi/gdi.h"
 
@@ -33,9 +35,19 @@ std::uint32_t PngPixel(const std::string& path, int x, int y) {
   return p;
 }
 
+// A directory of this process's own, so that test runs side by side never share files.
+std::string PrivateDir() {
+  static const std::string dir = [] {
+    std::string d = testing::TempDir() + "qvis_session_test_" + std::to_string(::getpid());
+    std::filesystem::create_directories(d);
+    return d;
+  }();
+  return dir;
+}
+
 class SessionTest : public testing::Test {
  protected:
-  std::string Dir() const { return testing::TempDir(); }
+  std::string Dir() const { return PrivateDir(); }
   int Run(const std::string& script) {
     Session session(Dir(), out_);
     const int rc = session.RunScript(script, "test.qs", err_);
@@ -198,7 +210,7 @@ TEST_F(SessionTest, OutputsBeforeABadLineStay) {
 
 TEST(SessionFileTest, MissingScriptIsAnError) {
   std::ostringstream out, err;
-  Session session(testing::TempDir(), out);
+  Session session(PrivateDir(), out);
   EXPECT_EQ(session.RunFile("/no/such/script.qs", err), 1);
   EXPECT_EQ(err.str(), "/no/such/script.qs: error: cannot read the script\n");
 }

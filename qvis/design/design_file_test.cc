@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "qvis/compat/archive.h"
 #include "qvis/compat/exceptions.h"
@@ -39,7 +41,15 @@ class Bytes {
   }
 };
 
-std::string TempPath(const std::string& name) { return testing::TempDir() + "/" + name; }
+// Files go to a directory of this process's own, so that test runs side by side never meet.
+std::string TempPath(const std::string& name) {
+  static const std::string dir = [] {
+    std::string d = testing::TempDir() + "qvis_design_file_test_" + std::to_string(::getpid());
+    std::filesystem::create_directories(d);
+    return d;
+  }();
+  return dir + "/" + name;
+}
 
 std::vector<std::uint8_t> ReadAll(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

@@ -607,6 +607,7 @@ TEST_F(WindowTest, ResizeKeepsTheBufferInStep) {
   Start(d_->m_pDrawFlashCircleCmd);
   d_->m_pDrawFlashCircleCmd->SetDiameter(2.0);
   Move(30.0, 5.0);  // pixel (400, 150): only inside the wider window
+  EXPECT_EQ(port_.FrontPixel(400, 150), kRed);
   port_.RedrawNow();
   EXPECT_EQ(port_.FrontPixel(400, 150), kRed);
 }

@@ -114,6 +114,7 @@ bool HeadlessPort::IsKeyDown(int virtual_key) const {
 
 void HeadlessPort::Resize(int width, int height) {
   MakeFront(width, height);
+  invalid_ = true;  // a resized window is repainted whole, as with CS_HREDRAW | CS_VREDRAW
   Post(WM_SIZE, 0, PackPoint(CPoint(width_, height_)));
 }
 

@@ -113,7 +113,9 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   std::int64_t extent = 0;
   for (int i = 0; i < n; ++i) {
     t.pen[static_cast<std::size_t>(i)] = static_cast<int>(std::clamp<std::int64_t>(pen, INT32_MIN, INT32_MAX));
-    pen += dx != nullptr ? dx[i] : face->Advance(text[i]);
+    // Upright glyphs advance by their hinted widths; turned text is laid out with the
+    // extent widths, as the platform does.
+    pen += dx != nullptr ? dx[i] : esc == 0 ? face->Advance(text[i]) : face->ExtentAdvance(text[i]);
     extent += dx != nullptr ? dx[i] : face->ExtentAdvance(text[i]);
   }
   t.width = extent;

@@ -421,24 +421,19 @@ void CQVIS_Wnd::OnRButtonUp(UINT /*nFlags*/, CPoint point) {
 void CQVIS_Wnd::OnKeyDown(UINT nChar, UINT /*nRepCnt*/, UINT /*nFlags*/) {
   CQVIS_Design* d = m_pDesign;
   const int key = static_cast<int>(nChar);
-  bool back_to_select = false;
-  // Offers the key to one command: a handled key repaints, -1 leaves the command.
+  // A handled key repaints (committed geometry under an erased rubber band comes back); -1 is
+  // a command asking to be left, and selection takes over. Once that happened the later
+  // commands are inactive and ignore the key.
   auto offer = [&](int result) {
     if (result != 0) Invalidate();
-    if (result == -1) back_to_select = true;
-  };
-  auto offer_and_return = [&]() {
-    if (!back_to_select) return;
-    back_to_select = false;
-    d->AllDeactiveCmd();
-    if (d->m_pSelectCmd) d->m_pSelectCmd->Active();
+    if (result == -1) {
+      d->AllDeactiveCmd();
+      if (d->m_pSelectCmd) d->m_pSelectCmd->Active();
+    }
   };
   if (d->m_pSelectCmd) offer(d->m_pSelectCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pZoomMgr) offer(d->m_pZoomMgr->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawLineCmd) offer(d->m_pDrawLineCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawArcCmd) {
     if (key == VK_RETURN && d->m_pDrawArcCmd->IsActived()) {
       // Enter places the arc's next point where the mouse is, as a click would.
@@ -449,21 +444,13 @@ void CQVIS_Wnd::OnKeyDown(UINT nChar, UINT /*nRepCnt*/, UINT /*nFlags*/) {
       offer(d->m_pDrawArcCmd->KeyPress(key));
     }
   }
-  offer_and_return();
   if (d->m_pDrawCircleCmd) offer(d->m_pDrawCircleCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawRectCmd) offer(d->m_pDrawRectCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawPolygonCmd) offer(d->m_pDrawPolygonCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawFlashCircleCmd) offer(d->m_pDrawFlashCircleCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawFlashRectCmd) offer(d->m_pDrawFlashRectCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawFlashObroundCmd) offer(d->m_pDrawFlashObroundCmd->KeyPress(key));
-  offer_and_return();
   if (d->m_pDrawFlashPolygonCmd) offer(d->m_pDrawFlashPolygonCmd->KeyPress(key));
-  offer_and_return();
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -66,7 +66,7 @@ struct TextLayout {
   double ux = 1;        // unit vector along the baseline (device y down)
   double uy = 0;
   std::int64_t width = 0;  // the extent: cell box, rules and alignment
-  std::vector<int> pen;  // pen offset of each character along the baseline
+  std::vector<int>& pen;  // pen offset of each character along the baseline (scratch)
 
   double X(double u, double v) const { return origin_x + u * ux - v * uy; }
   double Y(double u, double v) const { return origin_y + u * uy + v * ux; }
@@ -92,7 +92,9 @@ void PaintRule(DeviceContext& dc, const TextLayout& t, int position, int thickne
   FillQuad(dc, t, 0.0, static_cast<double>(t.width), top, top + thickness, box, sink);
 }
 
+// Scratch kept between calls so that warm text drawing does not allocate.
 thread_local std::vector<std::uint8_t> g_mask;
+thread_local std::vector<int> g_pen;
 
 // DrawRun draws or records a run of text. (x, y) is the reference point of `align`; `dx`, when
 // given, replaces the font's advances; `limit`, when given, clips the output (ETO_CLIPPED and
@@ -103,7 +105,7 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   if (face == nullptr) return FALSE;
   const FontMetrics& m = face->metrics();
 
-  TextLayout t;
+  TextLayout t{.pen = g_pen};
   long esc = face->escapement() % 3600;
   double radians = static_cast<double>(esc) / 10.0 * kPi / 180.0;
   t.ux = esc == 0 ? 1.0 : std::cos(radians);

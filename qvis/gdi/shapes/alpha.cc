@@ -37,6 +37,16 @@ PointFx SnapFx(double x, double y) {
   return PointFx{snap(x), snap(y)};
 }
 
+// ExactFx keeps the fractions: curves are widened from their exact points.
+PointFx ExactFx(double x, double y) {
+  auto fix = [](double v) {
+    if (!(v == v)) return std::int64_t{0};
+    v = std::clamp(v, -kCoordLimit, kCoordLimit);
+    return static_cast<std::int64_t>(std::round(v * static_cast<double>(kFixOne)));
+  };
+  return PointFx{fix(x), fix(y)};
+}
+
 SpanSink& AlphaSink(DeviceContext& dc, std::uint32_t argb) {
   FillSource src;
   src.kind = FillSource::Kind::kArgb;
@@ -51,20 +61,24 @@ int DiscSides(double radius) {
   return static_cast<int>(std::clamp(sides, 8.0, 1024.0));
 }
 
-void AddDisc(Vec c, double radius, PolygonSet* out) {
+void AddDisc(Vec c, double radius, bool exact, PolygonSet* out) {
   const int n = DiscSides(radius);
   std::vector<PointFx> pts;
   pts.reserve(static_cast<std::size_t>(n));
   for (int i = 0; i < n; ++i) {
     const double a = 2.0 * std::numbers::pi * i / n;
-    const PointFx p = SnapFx(c.x + radius * std::cos(a), c.y + radius * std::sin(a));
+    const double px = c.x + radius * std::cos(a);
+    const double py = c.y + radius * std::sin(a);
+    const PointFx p = exact ? ExactFx(px, py) : SnapFx(px, py);
     if (pts.empty() || pts.back() != p) pts.push_back(p);
   }
   out->Add(pts.data(), static_cast<int>(pts.size()));
 }
 
 // Round-capped, round-joined outline of a polyline with real vertices.
-void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, PolygonSet* out) {
+void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bool exact,
+                      PolygonSet* out) {
+  auto P = [exact](double x, double y) { return exact ? ExactFx(x, y) : SnapFx(x, y); };
   const double hw = width / 2.0;
   const std::size_t n = pts.size();
   if (n < 2) return;
@@ -78,11 +92,11 @@ void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, Po
     if (!(len > 1e-12)) continue;
     const double nx = -dy / len * hw;
     const double ny = dx / len * hw;
-    const PointFx quad[4] = {SnapFx(a.x + nx, a.y + ny), SnapFx(b.x + nx, b.y + ny),
-                             SnapFx(b.x - nx, b.y - ny), SnapFx(a.x - nx, a.y - ny)};
+    const PointFx quad[4] = {P(a.x + nx, a.y + ny), P(b.x + nx, b.y + ny), P(b.x - nx, b.y - ny),
+                             P(a.x - nx, a.y - ny)};
     out->Add(quad, 4);
   }
-  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, out);
+  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact, out);
 }
 
 bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
@@ -153,8 +167,9 @@ void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<
   pixels.Build().Emit(clip, AlphaSink(dc, argb));
 }
 
+// Straight strokes snap their outline to whole pixels; curves keep the exact outline.
 BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, bool closed,
-                    double width) {
+                    double width, bool curve) {
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
   if (width <= 1.0) {
@@ -162,7 +177,7 @@ BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, boo
     return TRUE;
   }
   PolygonSet set;
-  BuildRoundStroke(pts, closed, width, &set);
+  BuildRoundStroke(pts, closed, width, curve, &set);
   if (set.counts.empty()) return TRUE;
   dc->scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                    FillRule::kWinding, clip, AlphaSink(*dc, argb));
@@ -207,7 +222,7 @@ BOOL GpDrawLine(HDC dc, std::uint32_t argb, float width, int x1, int y1, int x2,
   if (!UsableWidth(width) || (x1 == x2 && y1 == y2)) return TRUE;
   const std::vector<Vec> pts = {Vec{static_cast<double>(x1), static_cast<double>(y1)},
                                 Vec{static_cast<double>(x2), static_cast<double>(y2)}};
-  return StrokeAndBlend(dc, argb, pts, false, width);
+  return StrokeAndBlend(dc, argb, pts, false, width, false);
 }
 
 BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width,
@@ -216,7 +231,7 @@ BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, in
   if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
   std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, 0, 360);
   pts.pop_back();  // the closing point repeats the first
-  return StrokeAndBlend(dc, argb, pts, true, pen_width);
+  return StrokeAndBlend(dc, argb, pts, true, pen_width, true);
 }
 
 BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
@@ -224,7 +239,7 @@ BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int wi
   if (dc == nullptr) return FALSE;
   if (!UsableWidth(pen_width) || width == 0 || height == 0 || sweep == 0) return TRUE;
   const std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, start, sweep);
-  return StrokeAndBlend(dc, argb, pts, false, pen_width);
+  return StrokeAndBlend(dc, argb, pts, false, pen_width, true);
 }
 
 BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
@@ -233,7 +248,7 @@ BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int wi
   if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
   std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, start, sweep);
   pts.push_back(Vec{x + width / 2.0, y + height / 2.0});
-  return StrokeAndBlend(dc, argb, pts, true, pen_width);
+  return StrokeAndBlend(dc, argb, pts, true, pen_width, true);
 }
 
 }  // namespace qvis::gdi

@@ -142,27 +142,48 @@ std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double
   return pts;
 }
 
-// A pen one pixel wide or thinner draws a thin line: the pixels of each segment between the
-// rounded points, both ends included, each pixel blended once.
+// A pen one pixel wide or thinner draws a thin line: along the major axis every whole position
+// from one end to the other (both included), the other coordinate rounded half up; each pixel
+// is blended once even where segments meet or cross.
+void AddThinSegment(Vec a, Vec b, const IRect& clip, SpanBatch* batch) {
+  const double dx = b.x - a.x;
+  const double dy = b.y - a.y;
+  const bool x_major = std::fabs(dx) >= std::fabs(dy);
+  const double a_major = x_major ? a.x : a.y;
+  const double b_major = x_major ? b.x : b.y;
+  const double d_major = x_major ? dx : dy;
+  const double a_minor = x_major ? a.y : a.x;
+  const double d_minor = x_major ? dy : dx;
+  double lo = std::floor(std::min(a_major, b_major) + 0.5);
+  double hi = std::floor(std::max(a_major, b_major) + 0.5);
+  // Only the positions that can land in the clip box are visited.
+  lo = std::max(lo, static_cast<double>(x_major ? clip.left : clip.top));
+  hi = std::min(hi, static_cast<double>(x_major ? clip.right : clip.bottom) - 1);
+  for (double m = lo; m <= hi; m += 1) {
+    const double t = d_major != 0 ? (m - a_major) / d_major : 0;
+    const double minor = std::floor(a_minor + d_minor * std::clamp(t, 0.0, 1.0) + 0.5);
+    const double x = x_major ? m : minor;
+    const double y = x_major ? minor : m;
+    if (x >= clip.left && x < clip.right && y >= clip.top && y < clip.bottom) {
+      batch->Add(static_cast<int>(y), static_cast<int>(x), static_cast<int>(x) + 1);
+    }
+  }
+}
+
 void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<Vec>& pts,
                        bool closed, const IRect& clip) {
-  std::vector<PointI> q;
+  if (pts.size() < 2) return;
   for (const Vec& v : pts) {
-    const PointFx f = SnapFx(v.x, v.y);
-    const PointI p{static_cast<int>(std::clamp<std::int64_t>(f.x / kFixOne, INT32_MIN, INT32_MAX)),
-                   static_cast<int>(std::clamp<std::int64_t>(f.y / kFixOne, INT32_MIN, INT32_MAX))};
-    if (q.empty() || q.back() != p) q.push_back(p);
+    if (!std::isfinite(v.x) || !std::isfinite(v.y)) return;
   }
-  if (closed && q.size() > 1 && q.back() != q.front()) q.push_back(q.front());
-  if (q.size() < 2) return;
   RegionBuilder pixels;
-  for (std::size_t i = 0; i + 1 < q.size(); ++i) {
-    ScanCosmeticLine(q[i], q[i + 1], clip, nullptr, pixels, nullptr);
-  }
-  const PointI& last = q.back();
-  if (clip.Contains(last.x, last.y)) {
-    const Span end{last.y, last.x, last.x + 1};
-    pixels.Blit(&end, 1);
+  {
+    SpanBatch batch(pixels);
+    const std::size_t n = pts.size();
+    const std::size_t segments = closed ? n : n - 1;
+    for (std::size_t i = 0; i < segments; ++i) {
+      AddThinSegment(pts[i], pts[(i + 1) % n], clip, &batch);
+    }
   }
   pixels.Build().Emit(clip, AlphaSink(dc, argb));
 }

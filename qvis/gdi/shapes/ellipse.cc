@@ -3,12 +3,14 @@
 // Owner: gdishapes.
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <numbers>
 #include <vector>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
+#include "qvis/gdi/shapes/curve_flatten.h"
 #include "qvis/gdi/shapes/ellipse_geom.h"
 #include "qvis/gdi/shapes/path_record.h"
 #include "qvis/gdi/shapes/shape_paint.h"
@@ -17,6 +19,8 @@ namespace qvis::gdi {
 namespace {
 
 constexpr IRect kEverywhere{INT_MIN, INT_MIN, INT_MAX, INT_MAX};
+// How far from the origin the rows of an elliptic region too big to step are kept.
+constexpr int kRegionReach = 1 << 15;
 
 // Rows of the round-rectangle (or elliptic) region with the given corner ellipse.
 RowShape RoundRows(const Box64& box, std::int64_t corner_w, std::int64_t corner_h) {
@@ -118,6 +122,32 @@ BOOL RoundRect(HDC dc, int left, int top, int right, int bottom, int width, int 
 HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
   const Box64 box = NormalizedBox(left, top, right, bottom);
   auto* region = new RegionData;
+  if (box.Width() - 1 > kMaxSteppedEllipse || box.Height() - 1 > kMaxSteppedEllipse) {
+    // Too big to step: the flattened ellipse, kept within kRegionReach of the origin (a region
+    // holds a band per row, and rows that far out are never on a bitmap).
+    const IRect reach{-kRegionReach, -kRegionReach, kRegionReach, kRegionReach};
+    const double l = static_cast<double>(box.left);
+    const double t = static_cast<double>(box.top);
+    const double r = static_cast<double>(box.right - 1);
+    const double b = static_cast<double>(box.bottom - 1);
+    std::vector<Point2> pts;
+    FlattenArc(EllipseArc{(l + r) / 2 - 0.5, (t + b) / 2 - 0.5, (r - l) / 2, (b - t) / 2, 0,
+                          2 * std::numbers::pi},
+               reach, 0.25, &pts);
+    std::vector<PointFx> fx;
+    fx.reserve(pts.size());
+    for (const Point2& p : pts) {
+      fx.push_back(PointFx{static_cast<std::int64_t>(std::llround(p.x * kFixOne)),
+                           static_cast<std::int64_t>(std::llround(p.y * kFixOne))});
+    }
+    static thread_local PolygonScanner scanner;
+    RegionBuilder builder;
+    const int n = static_cast<int>(fx.size());
+    if (n >= 3) scanner.Fill(fx.data(), &n, 1, FillRule::kWinding, reach, builder);
+    region->shape = builder.Build();
+    Register(region);
+    return region;
+  }
   region->shape = RowsToRegion(RoundRows(box, box.Width(), box.Height()), kEverywhere);
   Register(region);
   return region;

@@ -289,6 +289,17 @@ TEST(EllipticRegionTest, LeavesOutOneMoreRowAndColumnThanEllipse) {
   EXPECT_TRUE(PtInRegion(rgn, 9, 4));
   EXPECT_FALSE(PtInRegion(rgn, 0, 0));
   DeleteObject(rgn);
+  // Too big to step: the flattened ellipse, its rows kept near the origin.
+  HRGN big = CreateEllipticRgn(-3000000, -1000000, 3000000, 1000000);
+  EXPECT_TRUE(PtInRegion(big, 0, 0));
+  EXPECT_TRUE(PtInRegion(big, 30000, 30000));
+  EXPECT_EQ(GetRgnBox(big, &box), kSimpleRegion);  // the ellipse covers all the rows kept
+  EXPECT_EQ(box, CRect(-(1 << 15), -(1 << 15), 1 << 15, 1 << 15));
+  DeleteObject(big);
+  big = CreateEllipticRgn(INT_MIN, 0, INT_MAX, 2000000);  // its top tip reaches y = 0
+  EXPECT_TRUE(PtInRegion(big, 0, 30000));
+  EXPECT_FALSE(PtInRegion(big, 0, -5));
+  DeleteObject(big);
   HRGN empty = CreateEllipticRgn(5, 5, 6, 30);
   EXPECT_EQ(GetRgnBox(empty, &box), kNullRegion);
   DeleteObject(empty);

@@ -71,6 +71,7 @@ BOOL CQVIS_Wnd::Create(qvis::WindowPort* port) {
 }
 
 void CQVIS_Wnd::DetachPort() {
+  if (m_pPort != nullptr) m_pPort->Bind(nullptr);
   m_pPort = nullptr;
   if (m_pDesign == nullptr || m_pDesign->m_pSurface == nullptr) return;
   // Nothing may draw into the port's front buffer once the port is gone: the rubber bands

@@ -1,0 +1,275 @@
+// The Qt 6 window port: the front buffer shown on a QWidget, Qt events as window messages.
+#include "qvis/window/qt/qt_port.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QResizeEvent>
+#include <QWheelEvent>
+#include <algorithm>
+
+#include "qvis/compat/win32_names.h"
+#include "qvis/gdi/gdi.h"
+#include "qvis/window/drawing_window.h"
+
+namespace qvis {
+namespace {
+
+constexpr int kMaxSide = 16384;
+
+LPARAM PackPoint(int x, int y) {
+  return static_cast<LPARAM>((static_cast<DWORD>(x) & 0xFFFF) |
+                             ((static_cast<DWORD>(y) & 0xFFFF) << 16));
+}
+
+}  // namespace
+
+int VirtualKeyFromQt(int qt_key) {
+  switch (qt_key) {
+    case Qt::Key_Escape:
+      return VK_ESCAPE;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      return VK_RETURN;
+    case Qt::Key_Backspace:
+      return VK_BACK;
+    case Qt::Key_Space:
+      return VK_SPACE;
+    case Qt::Key_Delete:
+      return VK_DELETE;
+    case Qt::Key_PageUp:
+      return VK_PRIOR;
+    case Qt::Key_PageDown:
+      return VK_NEXT;
+    case Qt::Key_Shift:
+      return VK_SHIFT;
+    case Qt::Key_Control:
+      return VK_CONTROL;
+    case Qt::Key_Alt:
+      return VK_MENU;
+    default:
+      break;
+  }
+  if ((qt_key >= Qt::Key_0 && qt_key <= Qt::Key_9) || (qt_key >= Qt::Key_A && qt_key <= Qt::Key_Z)) {
+    return qt_key;  // Qt's codes for these are their ASCII upper case, as the virtual keys
+  }
+  return 0;
+}
+
+QtWindowPort::QtWindowPort(QWidget* parent) : QWidget(parent) {
+  setAttribute(Qt::WA_OpaquePaintEvent);
+  setMouseTracking(true);
+  setFocusPolicy(Qt::StrongFocus);
+  front_dc_ = gdi::CreateCompatibleDC(nullptr);
+  MakeFront(width(), height());
+  previous_source_ = SetKeyStateSource(this);
+}
+
+QtWindowPort::~QtWindowPort() {
+  if (GetKeyStateSource() == this) SetKeyStateSource(previous_source_);
+  if (wnd_ != nullptr) wnd_->DetachPort();
+  if (front_dc_ != nullptr && original_bitmap_ != nullptr) {
+    gdi::SelectObject(front_dc_, original_bitmap_);
+  }
+  if (front_bitmap_ != nullptr) gdi::DeleteObject(reinterpret_cast<HGDIOBJ>(front_bitmap_));
+  if (front_dc_ != nullptr) gdi::DeleteDC(front_dc_);
+}
+
+void QtWindowPort::MakeFront(int width, int height) {
+  width = std::clamp(width, 0, kMaxSide);
+  height = std::clamp(height, 0, kMaxSide);
+  HBITMAP bitmap = gdi::CreateBitmap32(width, height);
+  if (bitmap == nullptr || front_dc_ == nullptr) return;
+  HGDIOBJ previous = gdi::SelectObject(front_dc_, reinterpret_cast<HGDIOBJ>(bitmap));
+  if (original_bitmap_ == nullptr) original_bitmap_ = previous;
+  if (front_bitmap_ != nullptr) gdi::DeleteObject(reinterpret_cast<HGDIOBJ>(front_bitmap_));
+  front_bitmap_ = bitmap;
+}
+
+CRect QtWindowPort::GetClientRect() const { return CRect(0, 0, width(), height()); }
+
+CPoint QtWindowPort::ScreenToClient(CPoint screen) const {
+  const QPoint p = mapFromGlobal(QPoint(screen.x, screen.y));
+  return CPoint(p.x(), p.y());
+}
+
+CPoint QtWindowPort::ClientToScreen(CPoint client) const {
+  const QPoint p = mapToGlobal(QPoint(client.x, client.y));
+  return CPoint(p.x(), p.y());
+}
+
+LRESULT QtWindowPort::SendToParent(UINT message, WPARAM wparam, LPARAM lparam) {
+  return parent_handler_ ? parent_handler_(message, wparam, lparam) : 0;
+}
+
+LRESULT QtWindowPort::DefaultProc(const MSG& msg) {
+  return default_handler_ ? default_handler_(msg) : 0;
+}
+
+void QtWindowPort::Invalidate(bool /*erase*/) {
+  invalid_ = true;
+  update();
+}
+
+void QtWindowPort::RedrawNow() {
+  invalid_ = true;
+  PaintWindow();
+  repaint();
+}
+
+void QtWindowPort::FrontChanged(const CRect& area) {
+  update(QRect(area.left, area.top, area.Width(), area.Height()));
+}
+
+void QtWindowPort::PaintWindow() {
+  if (!invalid_ || painting_ || wnd_ == nullptr) return;
+  painting_ = true;
+  invalid_ = false;
+  wnd_->WindowProc(WM_PAINT, 0, 0);
+  painting_ = false;
+}
+
+void QtWindowPort::paintEvent(QPaintEvent* /*event*/) {
+  PaintWindow();
+  QPainter painter(this);
+  const gdi::BitmapView v = gdi::BitmapPixels(front_bitmap_);
+  if (v.bits == nullptr || v.width == 0 || v.height == 0) {
+    painter.fillRect(rect(), Qt::black);
+    return;
+  }
+  // The front buffer's pixels are 0x00RRGGBB words: Qt's RGB32, shown without a copy.
+  const QImage image(v.bits, v.width, v.height, static_cast<qsizetype>(v.stride),
+                     QImage::Format_RGB32);
+  painter.drawImage(0, 0, image);
+}
+
+void QtWindowPort::resizeEvent(QResizeEvent* event) {
+  MakeFront(event->size().width(), event->size().height());
+  invalid_ = true;
+  Dispatch(WM_SIZE, 0, PackPoint(event->size().width(), event->size().height()));
+}
+
+LRESULT QtWindowPort::Dispatch(UINT message, WPARAM wparam, LPARAM lparam) {
+  LRESULT result = 0;
+  if (wnd_ != nullptr) {
+    MSG msg;
+    msg.hwnd = this;
+    msg.message = message;
+    msg.wParam = wparam;
+    msg.lParam = lparam;
+    const QPoint cursor = QCursor::pos();
+    msg.pt = CPoint(cursor.x(), cursor.y());
+    if (!wnd_->PreTranslateMessage(&msg)) result = wnd_->WindowProc(message, wparam, lparam);
+  }
+  // Rubber bands are drawn straight into the front buffer: show whatever the message did.
+  update();
+  return result;
+}
+
+WPARAM QtWindowPort::MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) const {
+  WPARAM flags = 0;
+  if (buttons & Qt::LeftButton) flags |= MK_LBUTTON;
+  if (buttons & Qt::RightButton) flags |= MK_RBUTTON;
+  if (modifiers & Qt::ShiftModifier) flags |= MK_SHIFT;
+  if (modifiers & Qt::ControlModifier) flags |= MK_CONTROL;
+  return flags;
+}
+
+void QtWindowPort::SendMouse(UINT message, QMouseEvent* event) {
+  const QPoint p = event->position().toPoint();
+  Dispatch(message, MouseFlags(event->buttons(), event->modifiers()), PackPoint(p.x(), p.y()));
+}
+
+void QtWindowPort::mouseMoveEvent(QMouseEvent* event) { SendMouse(WM_MOUSEMOVE, event); }
+
+void QtWindowPort::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton) {
+    keys_[VK_LBUTTON] = true;
+    SendMouse(WM_LBUTTONDOWN, event);
+  } else if (event->button() == Qt::RightButton) {
+    keys_[VK_RBUTTON] = true;
+    SendMouse(WM_RBUTTONDOWN, event);
+  }
+}
+
+void QtWindowPort::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton) {
+    keys_[VK_LBUTTON] = false;
+    SendMouse(WM_LBUTTONUP, event);
+  } else if (event->button() == Qt::RightButton) {
+    keys_[VK_RBUTTON] = false;
+    SendMouse(WM_RBUTTONUP, event);
+  }
+}
+
+void QtWindowPort::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton) {
+    keys_[VK_LBUTTON] = true;
+    SendMouse(WM_LBUTTONDBLCLK, event);
+  }
+}
+
+void QtWindowPort::wheelEvent(QWheelEvent* event) {
+  const int delta = event->angleDelta().y();
+  if (delta == 0) return;
+  const QPoint screen = event->globalPosition().toPoint();
+  const WPARAM wparam = MouseFlags(event->buttons(), event->modifiers()) |
+                        (static_cast<WPARAM>(static_cast<WORD>(static_cast<short>(
+                             std::clamp(delta, -32768, 32767))))
+                         << 16);
+  Dispatch(WM_MOUSEWHEEL, wparam, PackPoint(screen.x(), screen.y()));
+}
+
+void QtWindowPort::keyPressEvent(QKeyEvent* event) {
+  const int vk = VirtualKeyFromQt(event->key());
+  const bool alt = event->modifiers() & Qt::AltModifier;
+  if (vk != 0) {
+    keys_[static_cast<size_t>(vk)] = true;
+    keys_[VK_MENU] = alt;
+    Dispatch(alt ? WM_SYSKEYDOWN : WM_KEYDOWN, static_cast<WPARAM>(vk), 1);
+  }
+  // Printable characters follow as WM_CHAR, as TranslateMessage would make them.
+  const QString text = event->text();
+  if (!alt && text.size() == 1 && text[0].unicode() >= 0x20 && text[0].unicode() < 0x7F) {
+    Dispatch(WM_CHAR, static_cast<WPARAM>(text[0].unicode()), 1);
+  }
+}
+
+void QtWindowPort::keyReleaseEvent(QKeyEvent* event) {
+  const int vk = VirtualKeyFromQt(event->key());
+  if (vk == 0 || event->isAutoRepeat()) return;
+  keys_[static_cast<size_t>(vk)] = false;
+  if (vk == VK_MENU) keys_[VK_MENU] = false;
+  Dispatch(WM_KEYUP, static_cast<WPARAM>(vk), static_cast<LPARAM>(0xC0000001u));
+}
+
+short QtWindowPort::KeyState(int virtual_key) const {
+  if (virtual_key < 0 || virtual_key > 255) return 0;
+  constexpr short kDown = static_cast<short>(0x8000);
+  const Qt::KeyboardModifiers modifiers = QGuiApplication::keyboardModifiers();
+  switch (virtual_key) {
+    case VK_SHIFT:
+      return (modifiers & Qt::ShiftModifier) ? kDown : 0;
+    case VK_CONTROL:
+      return (modifiers & Qt::ControlModifier) ? kDown : 0;
+    case VK_MENU:
+      return ((modifiers & Qt::AltModifier) || keys_[VK_MENU]) ? kDown : 0;
+    default:
+      return keys_[static_cast<size_t>(virtual_key)] ? kDown : 0;
+  }
+}
+
+short QtWindowPort::AsyncKeyState(int virtual_key) const {
+  constexpr short kDown = static_cast<short>(0x8000);
+  const Qt::MouseButtons buttons = QGuiApplication::mouseButtons();
+  if (virtual_key == VK_LBUTTON) return (buttons & Qt::LeftButton) || keys_[VK_LBUTTON] ? kDown : 0;
+  if (virtual_key == VK_RBUTTON) return (buttons & Qt::RightButton) || keys_[VK_RBUTTON] ? kDown : 0;
+  if (virtual_key == VK_SHIFT) {
+    return (QGuiApplication::queryKeyboardModifiers() & Qt::ShiftModifier) ? kDown : 0;
+  }
+  return KeyState(virtual_key);
+}
+
+}  // namespace qvis

@@ -1,0 +1,89 @@
+// qvis::QtWindowPort: the Qt 6 window port, a QWidget that shows the front buffer and turns Qt's
+// mouse, wheel, key and resize events into the drawing window's messages. Lives in the host's
+// widget tree; the CQVIS_Wnd created over it must be destroyed first (or it detaches itself).
+#ifndef QVIS_WINDOW_QT_QT_PORT_H_
+#define QVIS_WINDOW_QT_QT_PORT_H_
+
+#include <QWidget>
+#include <array>
+#include <functional>
+
+#include "qvis/compat/handles.h"
+#include "qvis/compat/key_state.h"
+#include "qvis/window/window_port.h"
+
+namespace qvis {
+
+class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
+ public:
+  // QtWindowPort: an empty front buffer that follows the widget's size; the port installs
+  // itself as the key-state source and restores the previous one when it goes.
+  explicit QtWindowPort(QWidget* parent = nullptr);
+  ~QtWindowPort() override;
+
+  // ParentHandler receives the messages the window sends its parent (Esc and Enter).
+  using ParentHandler = std::function<LRESULT(UINT message, WPARAM wparam, LPARAM lparam)>;
+  void SetParentHandler(ParentHandler handler) { parent_handler_ = std::move(handler); }
+  // DefaultHandler receives the messages the window passes to default processing (a plain
+  // right click arrives here as WM_RBUTTONUP with MSG::pt in screen coordinates).
+  using DefaultHandler = std::function<LRESULT(const MSG& msg)>;
+  void SetDefaultHandler(DefaultHandler handler) { default_handler_ = std::move(handler); }
+
+  // Dispatch: runs one message through the bound window as a message loop would
+  // (PreTranslateMessage, then WindowProc) and schedules a repaint of the widget.
+  LRESULT Dispatch(UINT message, WPARAM wparam, LPARAM lparam);
+
+  // WindowPort.
+  void Bind(CQVIS_Wnd* wnd) override { wnd_ = wnd; }
+  CRect GetClientRect() const override;
+  CPoint ScreenToClient(CPoint screen) const override;
+  CPoint ClientToScreen(CPoint client) const override;
+  void SetFocus() override { QWidget::setFocus(Qt::MouseFocusReason); }
+  void EnableInput(bool enable) override { setEnabled(enable); }
+  LRESULT SendToParent(UINT message, WPARAM wparam, LPARAM lparam) override;
+  void Invalidate(bool erase) override;
+  void RedrawNow() override;
+  HDC FrontDC() override { return front_dc_; }
+  void FrontChanged(const CRect& area) override;
+  LRESULT DefaultProc(const MSG& msg) override;
+
+  // KeyStateSource: buttons and modifiers from Qt, other keys as the events left them.
+  short KeyState(int virtual_key) const override;
+  short AsyncKeyState(int virtual_key) const override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void keyReleaseEvent(QKeyEvent* event) override;
+
+ private:
+  void MakeFront(int width, int height);
+  void PaintWindow();
+  WPARAM MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) const;
+  void SendMouse(UINT message, QMouseEvent* event);
+
+  CQVIS_Wnd* wnd_ = nullptr;
+  HDC front_dc_ = nullptr;
+  HBITMAP front_bitmap_ = nullptr;
+  HGDIOBJ original_bitmap_ = nullptr;
+  bool invalid_ = true;
+  bool painting_ = false;
+  std::array<bool, 256> keys_{};
+  ParentHandler parent_handler_;
+  DefaultHandler default_handler_;
+  KeyStateSource* previous_source_ = nullptr;
+};
+
+// VirtualKeyFromQt: the Win32 virtual-key code of a Qt key (letters and digits as their
+// upper-case ASCII); 0 for keys the window has no use for.
+int VirtualKeyFromQt(int qt_key);
+
+}  // namespace qvis
+
+#endif  // QVIS_WINDOW_QT_QT_PORT_H_

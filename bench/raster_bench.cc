@@ -115,11 +115,12 @@ class QvisFrame {
     for (HPEN p : track_pens_) DeleteObject(p);
   }
 
-  // Clear alternates two colours so that no engine can skip a clear that changes nothing.
+  // Clear fills the frame as the render buffer begins a frame. It alternates two colours so
+  // that no engine can skip a clear that changes nothing.
   void Clear() {
     flip_ = !flip_;
-    SelectObject(dc_, flip_ ? black_ : poly_brush_);
-    PatBlt(dc_, 0, 0, kWidth, kHeight, PATCOPY);
+    const CRect frame(0, 0, kWidth, kHeight);
+    FillRect(dc_, &frame, flip_ ? black_ : poly_brush_);
   }
   void Tracks() {
     for (const Track& t : Data().tracks) {

@@ -6,6 +6,9 @@
 #include <string>
 
 #include "qvis/compat/cpoint.h"
+#include "qvis/compat/win32_names.h"
+#include "qvis/design/design.h"
+#include "qvis/design/design_objects.h"
 #include "qvis/geometry/value_types.h"
 #include "qvis/render/surface.h"
 
@@ -79,6 +82,8 @@ void FlattenArc(const Vertex& from, const Vertex& to, std::vector<CPointD>* out)
   }
   out->push_back(CPointD(to.x, to.y));
 }
+
+double Distance(double x1, double y1, double x2, double y2) { return std::hypot(x2 - x1, y2 - y1); }
 
 }  // namespace
 
@@ -267,6 +272,179 @@ std::string HostDocument::Listing() const {
     out += "\n";
   }
   return out;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Taking finished figures over.
+
+FigureCollector::FigureCollector(CQVIS_Design* design, HostDocument* document)
+    : design_(design), document_(document) {}
+
+void FigureCollector::Before(UINT message, WPARAM /*wparam*/) {
+  CQVIS_Design* d = design_;
+  circle_busy_ = d->m_pDrawCircleCmd->IsBusy();
+  circle3_progress_ = d->m_pDraw3PCircleCmd->IsActived() ? d->m_pDraw3PCircleCmd->m_nProgress : 0;
+  rect_busy_ = d->m_pDrawRectCmd->IsBusy();
+  arc_progress_ = d->m_pDrawArcCmd->IsActived() ? d->m_pDrawArcCmd->m_nProgress : 0;
+  // A double click ends the track (or polygon) and the window starts the command over, which
+  // drops the list: it is taken before the window sees the message.
+  taken_before_ = message == WM_LBUTTONDBLCLK && TakeVertexLists(true);
+}
+
+bool FigureCollector::TakeVertexLists(bool before_double_click) {
+  bool taken = false;
+  CQVIS_Design* d = design_;
+  const int layer = d->GetCurrentLayerID();
+  CQVIS_DrawLineCmd* line = d->m_pDrawLineCmd;
+  if (line->IsActived() && (before_double_click || line->m_nProgress == 0) &&
+      line->m_pPointList->GetSize() >= 2) {
+    Figure f;
+    f.kind = FigureKind::kTrack;
+    f.layer = layer;
+    f.aperture = line->GetApertureID();
+    f.end_cap = line->GetEndCapStyle();
+    for (INT_PTR i = 0; i < line->m_pPointList->GetSize(); ++i) {
+      const CQVIS_DrawLinePoint* p = line->m_pPointList->GetAt(i);
+      Vertex v;
+      v.x = p->m_dX;
+      v.y = p->m_dY;
+      v.width = p->m_dWidth;
+      f.points.push_back(v);
+    }
+    document_->Add(std::move(f));
+    line->ReleasePoints();
+    taken = true;
+  }
+  CQVIS_DrawPolygonCmd* polygon = d->m_pDrawPolygonCmd;
+  if (polygon->IsActived() && (before_double_click || polygon->m_nProgress == 0) &&
+      polygon->m_pPointList->GetSize() >= 3) {
+    Figure f;
+    f.kind = FigureKind::kPolygon;
+    f.layer = layer;
+    f.aperture = polygon->GetApertureID();
+    for (INT_PTR i = 0; i < polygon->m_pPointList->GetSize(); ++i) {
+      const CQVIS_DrawPolygonPoint* p = polygon->m_pPointList->GetAt(i);
+      Vertex v;
+      v.x = p->m_dX;
+      v.y = p->m_dY;
+      v.arc = p->m_nArc == 1;
+      v.cx = p->m_dCenterX;
+      v.cy = p->m_dCenterY;
+      v.direction = p->m_nDirection;
+      f.points.push_back(v);
+    }
+    document_->Add(std::move(f));
+    polygon->ReleasePoints();
+    taken = true;
+  }
+  return taken;
+}
+
+bool FigureCollector::After(UINT message, WPARAM wparam) {
+  CQVIS_Design* d = design_;
+  const int layer = d->GetCurrentLayerID();
+  bool taken = TakeVertexLists(false) || taken_before_;
+  taken_before_ = false;
+  if (message == WM_LBUTTONDOWN) {
+    CQVIS_DrawCircleCmd* circle = d->m_pDrawCircleCmd;
+    if (circle_busy_ && circle->IsActived() && circle->m_nProgress == 0) {
+      Figure f;
+      f.kind = FigureKind::kCircle;
+      f.layer = layer;
+      f.aperture = circle->GetApertureID();
+      f.cx = circle->m_dCenterX;
+      f.cy = circle->m_dCenterY;
+      f.radius = circle->m_dRadius;
+      f.width = circle->m_dWidth;
+      f.fill = circle->IsFill() != 0;
+      document_->Add(std::move(f));
+      taken = true;
+    }
+    CQVIS_Draw3PCircleCmd* circle3 = d->m_pDraw3PCircleCmd;
+    if (circle3_progress_ == 2 && circle3->IsActived() && circle3->m_nProgress == 0) {
+      Figure f;
+      f.kind = FigureKind::kCircle3;
+      f.layer = layer;
+      f.aperture = circle3->GetApertureID();
+      f.cx = circle3->m_dCenterX;
+      f.cy = circle3->m_dCenterY;
+      f.radius = Distance(f.cx, f.cy, circle3->m_dX1, circle3->m_dY1);
+      f.width = circle3->m_dWidth;
+      document_->Add(std::move(f));
+      taken = true;
+    }
+  }
+  // The arc ends with its third click, or with Enter, which the window hands it as a click.
+  CQVIS_DrawArcCmd* arc = d->m_pDrawArcCmd;
+  if ((message == WM_LBUTTONDOWN || (message == WM_KEYDOWN && wparam == VK_RETURN)) &&
+      arc_progress_ == 2 && arc->IsActived() && arc->m_nProgress == 0) {
+    {
+      Figure f;
+      f.kind = FigureKind::kArc;
+      f.layer = layer;
+      f.aperture = arc->GetApertureID();
+      f.cx = arc->m_dCenterX;
+      f.cy = arc->m_dCenterY;
+      f.radius = arc->m_dRadius;
+      f.sx = arc->m_dStartX;
+      f.sy = arc->m_dStartY;
+      f.ex = arc->m_dEndX;
+      f.ey = arc->m_dEndY;
+      f.width = arc->m_dWidth;
+      document_->Add(std::move(f));
+      taken = true;
+    }
+  }
+  if (message == WM_LBUTTONDOWN) {
+    CQVIS_DrawRectCmd* rect = d->m_pDrawRectCmd;
+    if (rect_busy_ && rect->IsActived() && rect->m_nProgress == 0) {
+      Figure f;
+      f.kind = FigureKind::kRect;
+      f.layer = layer;
+      f.aperture = rect->GetApertureID();
+      f.x1 = rect->m_dX1;
+      f.y1 = rect->m_dY1;
+      f.x2 = rect->m_dX2;
+      f.y2 = rect->m_dY2;
+      document_->Add(std::move(f));
+      taken = true;
+    }
+    auto pad = [&](PadShape shape, double x, double y, double w, double h, int sides,
+                   double hole_w, double hole_h, int aperture) {
+      Figure f;
+      f.kind = FigureKind::kPad;
+      f.pad = shape;
+      f.layer = layer;
+      f.aperture = aperture;
+      f.cx = x;
+      f.cy = y;
+      f.pad_width = w;
+      f.pad_height = h;
+      f.sides = sides;
+      f.hole_width = hole_w;
+      f.hole_height = hole_h;
+      document_->Add(std::move(f));
+      taken = true;
+    };
+    if (CQVIS_DrawFlashCircleCmd* c = d->m_pDrawFlashCircleCmd; c->IsActived()) {
+      pad(PadShape::kRound, c->m_dPlacedX, c->m_dPlacedY, c->m_dRadius * 2.0, 0.0, 0,
+          c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
+    }
+    if (CQVIS_DrawFlashRectCmd* c = d->m_pDrawFlashRectCmd; c->IsActived()) {
+      // Unequal extents shift the pad's centre off the click.
+      pad(PadShape::kRect, c->m_dCurrentX + (c->m_dRight - c->m_dLeft) * 0.5, c->m_dCurrentY, c->m_dWidth,
+          c->m_dHeight, 0, c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
+    }
+    if (CQVIS_DrawFlashObroundCmd* c = d->m_pDrawFlashObroundCmd; c->IsActived()) {
+      pad(PadShape::kObround, c->m_dCurrentX, c->m_dCurrentY, c->m_dWidth, c->m_dHeight, 0, c->m_dHoleWidth,
+          c->m_dHoleHeight, c->GetApertureID());
+    }
+    if (CQVIS_DrawFlashPolygonCmd* c = d->m_pDrawFlashPolygonCmd; c->IsActived()) {
+      pad(PadShape::kPolygon, c->m_dCurrentX, c->m_dCurrentY, c->m_dDiameter, 0.0, c->m_nSideCount,
+          c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
+    }
+  }
+  return taken;
 }
 
 }  // namespace qvis::session

@@ -10,6 +10,7 @@
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
+class CQVIS_Design;
 class CQVIS_GDI;
 
 namespace qvis::session {
@@ -73,6 +74,30 @@ class HostDocument {
   static void PaintOne(CQVIS_GDI* surface, HDC dc, const Figure& f);
 
   std::vector<Figure> figures_;
+};
+
+// FigureCollector: takes the figures a design's commands finish over into a document, as a
+// host does: a track or polygon when Enter or a double click ends it (the command's list is
+// then emptied), a circle, three-point circle, arc or rectangle at the click that completes
+// it, a pad at every click of a pad command. Call Before with each message before the window
+// sees it and After once it has; the design and document outlive the collector.
+class FigureCollector {
+ public:
+  FigureCollector(CQVIS_Design* design, HostDocument* document);
+  void Before(UINT message, WPARAM wparam);
+  // After: true when a figure was taken over (the window should be repainted).
+  bool After(UINT message, WPARAM wparam);
+
+ private:
+  bool TakeVertexLists(bool before_double_click);
+
+  CQVIS_Design* design_;
+  HostDocument* document_;
+  bool circle_busy_ = false;
+  int circle3_progress_ = 0;
+  bool rect_busy_ = false;
+  int arc_progress_ = 0;
+  bool taken_before_ = false;
 };
 
 // PadPolygonVertices: the outline of a regular-polygon pad as the pad command draws it: the

@@ -78,8 +78,6 @@ LPARAM Pack(CPoint p) {
                              ((static_cast<DWORD>(p.y) & 0xFFFF) << 16));
 }
 
-double Distance(double x1, double y1, double x2, double y2) { return std::hypot(x2 - x1, y2 - y1); }
-
 }  // namespace
 
 void SessionWindow::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
@@ -91,6 +89,7 @@ Session::Session(std::string out_dir, std::ostream& out, int width, int height)
   port_ = std::make_unique<HeadlessPort>(width, height);
   window_ = std::make_unique<SessionWindow>(&document_);
   window_->Create(port_.get());
+  collector_ = std::make_unique<FigureCollector>(window_->GetDesign(), &document_);
   Repaint();
 }
 
@@ -513,15 +512,10 @@ void Session::ApplySettings(const std::string& name) {
 // Input.
 
 void Session::Feed(UINT message, WPARAM wparam, LPARAM lparam) {
-  CQVIS_Design* d = window_->GetDesign();
-  const bool circle_busy = d->m_pDrawCircleCmd->IsBusy();
-  const int circle3_progress =
-      d->m_pDraw3PCircleCmd->IsActived() ? d->m_pDraw3PCircleCmd->m_nProgress : 0;
-  const bool rect_busy = d->m_pDrawRectCmd->IsBusy();
-  const int arc_progress = d->m_pDrawArcCmd->IsActived() ? d->m_pDrawArcCmd->m_nProgress : 0;
-  if (message == WM_LBUTTONDBLCLK) TakeVertexLists(true);
+  collector_->Before(message, wparam);
   port_->Post(message, wparam, lparam);
-  TakeFigures(message, wparam, circle_busy, circle3_progress, rect_busy, arc_progress);
+  // The host paints what it took over from now on; the commands' own copies are gone.
+  if (collector_->After(message, wparam)) Repaint();
 }
 
 void Session::FeedMouse(UINT message, CPoint p) {
@@ -536,163 +530,6 @@ void Session::FeedMouse(UINT message, CPoint p) {
   if (right) flags |= MK_RBUTTON;
   if (port_->IsKeyDown(VK_SHIFT)) flags |= MK_SHIFT;
   Feed(message, flags, Pack(p));
-}
-
-bool Session::TakeVertexLists(bool before_double_click) {
-  bool taken = false;
-  CQVIS_Design* d = window_->GetDesign();
-  const int layer = d->GetCurrentLayerID();
-  CQVIS_DrawLineCmd* line = d->m_pDrawLineCmd;
-  if (line->IsActived() && (before_double_click || line->m_nProgress == 0) &&
-      line->m_pPointList->GetSize() >= 2) {
-    Figure f;
-    f.kind = FigureKind::kTrack;
-    f.layer = layer;
-    f.aperture = line->GetApertureID();
-    f.end_cap = line->GetEndCapStyle();
-    for (INT_PTR i = 0; i < line->m_pPointList->GetSize(); ++i) {
-      const CQVIS_DrawLinePoint* p = line->m_pPointList->GetAt(i);
-      Vertex v;
-      v.x = p->m_dX;
-      v.y = p->m_dY;
-      v.width = p->m_dWidth;
-      f.points.push_back(v);
-    }
-    document_.Add(std::move(f));
-    line->ReleasePoints();
-    taken = true;
-  }
-  CQVIS_DrawPolygonCmd* polygon = d->m_pDrawPolygonCmd;
-  if (polygon->IsActived() && (before_double_click || polygon->m_nProgress == 0) &&
-      polygon->m_pPointList->GetSize() >= 3) {
-    Figure f;
-    f.kind = FigureKind::kPolygon;
-    f.layer = layer;
-    f.aperture = polygon->GetApertureID();
-    for (INT_PTR i = 0; i < polygon->m_pPointList->GetSize(); ++i) {
-      const CQVIS_DrawPolygonPoint* p = polygon->m_pPointList->GetAt(i);
-      Vertex v;
-      v.x = p->m_dX;
-      v.y = p->m_dY;
-      v.arc = p->m_nArc == 1;
-      v.cx = p->m_dCenterX;
-      v.cy = p->m_dCenterY;
-      v.direction = p->m_nDirection;
-      f.points.push_back(v);
-    }
-    document_.Add(std::move(f));
-    polygon->ReleasePoints();
-    taken = true;
-  }
-  return taken;
-}
-
-void Session::TakeFigures(UINT message, WPARAM wparam, bool circle_busy, int circle3_progress,
-                          bool rect_busy, int arc_progress) {
-  CQVIS_Design* d = window_->GetDesign();
-  const int layer = d->GetCurrentLayerID();
-  bool taken = TakeVertexLists(false);
-  if (message == WM_LBUTTONDOWN) {
-    CQVIS_DrawCircleCmd* circle = d->m_pDrawCircleCmd;
-    if (circle_busy && circle->IsActived() && circle->m_nProgress == 0) {
-      Figure f;
-      f.kind = FigureKind::kCircle;
-      f.layer = layer;
-      f.aperture = circle->GetApertureID();
-      f.cx = circle->m_dCenterX;
-      f.cy = circle->m_dCenterY;
-      f.radius = circle->m_dRadius;
-      f.width = circle->m_dWidth;
-      f.fill = circle->IsFill() != 0;
-      document_.Add(std::move(f));
-      taken = true;
-    }
-    CQVIS_Draw3PCircleCmd* circle3 = d->m_pDraw3PCircleCmd;
-    if (circle3_progress == 2 && circle3->IsActived() && circle3->m_nProgress == 0) {
-      Figure f;
-      f.kind = FigureKind::kCircle3;
-      f.layer = layer;
-      f.aperture = circle3->GetApertureID();
-      f.cx = circle3->m_dCenterX;
-      f.cy = circle3->m_dCenterY;
-      f.radius = Distance(f.cx, f.cy, circle3->m_dX1, circle3->m_dY1);
-      f.width = circle3->m_dWidth;
-      document_.Add(std::move(f));
-      taken = true;
-    }
-  }
-  // The arc ends with its third click, or with Enter, which the window hands it as a click.
-  CQVIS_DrawArcCmd* arc = d->m_pDrawArcCmd;
-  if ((message == WM_LBUTTONDOWN || (message == WM_KEYDOWN && wparam == VK_RETURN)) &&
-      arc_progress == 2 && arc->IsActived() && arc->m_nProgress == 0) {
-    {
-      Figure f;
-      f.kind = FigureKind::kArc;
-      f.layer = layer;
-      f.aperture = arc->GetApertureID();
-      f.cx = arc->m_dCenterX;
-      f.cy = arc->m_dCenterY;
-      f.radius = arc->m_dRadius;
-      f.sx = arc->m_dStartX;
-      f.sy = arc->m_dStartY;
-      f.ex = arc->m_dEndX;
-      f.ey = arc->m_dEndY;
-      f.width = arc->m_dWidth;
-      document_.Add(std::move(f));
-      taken = true;
-    }
-  }
-  if (message == WM_LBUTTONDOWN) {
-    CQVIS_DrawRectCmd* rect = d->m_pDrawRectCmd;
-    if (rect_busy && rect->IsActived() && rect->m_nProgress == 0) {
-      Figure f;
-      f.kind = FigureKind::kRect;
-      f.layer = layer;
-      f.aperture = rect->GetApertureID();
-      f.x1 = rect->m_dX1;
-      f.y1 = rect->m_dY1;
-      f.x2 = rect->m_dX2;
-      f.y2 = rect->m_dY2;
-      document_.Add(std::move(f));
-      taken = true;
-    }
-    auto pad = [&](PadShape shape, double x, double y, double w, double h, int sides,
-                   double hole_w, double hole_h, int aperture) {
-      Figure f;
-      f.kind = FigureKind::kPad;
-      f.pad = shape;
-      f.layer = layer;
-      f.aperture = aperture;
-      f.cx = x;
-      f.cy = y;
-      f.pad_width = w;
-      f.pad_height = h;
-      f.sides = sides;
-      f.hole_width = hole_w;
-      f.hole_height = hole_h;
-      document_.Add(std::move(f));
-      taken = true;
-    };
-    if (CQVIS_DrawFlashCircleCmd* c = d->m_pDrawFlashCircleCmd; c->IsActived()) {
-      pad(PadShape::kRound, c->m_dPlacedX, c->m_dPlacedY, c->m_dRadius * 2.0, 0.0, 0,
-          c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
-    }
-    if (CQVIS_DrawFlashRectCmd* c = d->m_pDrawFlashRectCmd; c->IsActived()) {
-      // Unequal extents shift the pad's centre off the click.
-      pad(PadShape::kRect, c->m_dCurrentX + (c->m_dRight - c->m_dLeft) * 0.5, c->m_dCurrentY, c->m_dWidth,
-          c->m_dHeight, 0, c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
-    }
-    if (CQVIS_DrawFlashObroundCmd* c = d->m_pDrawFlashObroundCmd; c->IsActived()) {
-      pad(PadShape::kObround, c->m_dCurrentX, c->m_dCurrentY, c->m_dWidth, c->m_dHeight, 0, c->m_dHoleWidth,
-          c->m_dHoleHeight, c->GetApertureID());
-    }
-    if (CQVIS_DrawFlashPolygonCmd* c = d->m_pDrawFlashPolygonCmd; c->IsActived()) {
-      pad(PadShape::kPolygon, c->m_dCurrentX, c->m_dCurrentY, c->m_dDiameter, 0.0, c->m_nSideCount,
-          c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
-    }
-  }
-  // The host paints what it took over from now on; the commands' own copies are gone.
-  if (taken) Repaint();
 }
 
 void Session::Input(const Words& w) {

@@ -93,10 +93,6 @@ class Session {
   // Feed posts one message and takes over any figure it finished.
   void Feed(UINT message, WPARAM wparam, LPARAM lparam);
   void FeedMouse(UINT message, CPoint p);
-  void TakeFigures(UINT message, WPARAM wparam, bool circle_busy, int circle3_progress,
-                   bool rect_busy, int arc_progress);
-  // TakeVertexLists takes a finished track or polygon over; true when it took one.
-  bool TakeVertexLists(bool before_double_click);
   void Repaint();
 
   std::string out_dir_;
@@ -104,6 +100,7 @@ class Session {
   HostDocument document_;
   std::unique_ptr<HeadlessPort> port_;
   std::unique_ptr<SessionWindow> window_;
+  std::unique_ptr<FigureCollector> collector_;
   std::map<std::string, CommandSettings> settings_;  // by command name
   std::string command_ = "select";
   std::vector<std::string> written_;

@@ -153,6 +153,7 @@ void QtWindowPort::resizeEvent(QResizeEvent* event) {
 
 LRESULT QtWindowPort::Dispatch(UINT message, WPARAM wparam, LPARAM lparam) {
   LRESULT result = 0;
+  if (hook_) hook_(message, wparam, false);
   if (wnd_ != nullptr) {
     MSG msg;
     msg.hwnd = this;
@@ -163,6 +164,7 @@ LRESULT QtWindowPort::Dispatch(UINT message, WPARAM wparam, LPARAM lparam) {
     msg.pt = CPoint(cursor.x(), cursor.y());
     if (!wnd_->PreTranslateMessage(&msg)) result = wnd_->WindowProc(message, wparam, lparam);
   }
+  if (hook_) hook_(message, wparam, true);
   // Rubber bands are drawn straight into the front buffer: show whatever the message did.
   update();
   return result;

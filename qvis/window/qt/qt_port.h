@@ -29,6 +29,11 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   using DefaultHandler = std::function<LRESULT(const MSG& msg)>;
   void SetDefaultHandler(DefaultHandler handler) { default_handler_ = std::move(handler); }
 
+  // MessageHook is called around every message the port dispatches: before the window sees
+  // it (after = false) and once it has (after = true). A host takes finished figures there.
+  using MessageHook = std::function<void(UINT message, WPARAM wparam, bool after)>;
+  void SetMessageHook(MessageHook hook) { hook_ = std::move(hook); }
+
   // Dispatch: runs one message through the bound window as a message loop would
   // (PreTranslateMessage, then WindowProc) and schedules a repaint of the widget.
   LRESULT Dispatch(UINT message, WPARAM wparam, LPARAM lparam);
@@ -77,6 +82,7 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   std::array<bool, 256> keys_{};
   ParentHandler parent_handler_;
   DefaultHandler default_handler_;
+  MessageHook hook_;
   KeyStateSource* previous_source_ = nullptr;
 };
 

@@ -130,6 +130,46 @@ void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a
   }
 }
 
+void PaintPolygons(DeviceContext& dc, const SpanRegion& interior, const PointI* points,
+                   const int* counts, int polygons) {
+  if (polygons < 1 || points == nullptr || counts == nullptr) return;
+  if (polygons == 1) {
+    PaintShape(dc, interior, points, counts[0]);
+    return;
+  }
+  const IRect clip = ClipBox(dc);
+  if (clip.IsEmpty()) return;
+  const bool has_pen = dc.pen != nullptr && !dc.pen->IsNull();
+  const bool has_brush = dc.brush != nullptr && !dc.brush->IsNull();
+  if (has_pen && dc.pen->IsWide()) {
+    PolygonSet set;
+    const StrokeStyle style = StyleOfSelectedPen(dc);
+    const PointI* p = points;
+    for (int i = 0; i < polygons; ++i) {
+      BuildStroke(p, counts[i], true, style, clip, &set);
+      p += counts[i];
+    }
+    RegionBuilder builder;
+    if (!set.counts.empty()) {
+      dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
+                      FillRule::kWinding, clip, builder);
+    }
+    const SpanRegion outline = builder.Build();
+    if (has_brush && !interior.IsEmpty()) {
+      SpanRegion::Combine(interior, outline, RegionOp::kDiff).Emit(clip, BrushSink(dc, dc.brush));
+    }
+    outline.Emit(clip, PenSink(dc));
+    return;
+  }
+  if (has_brush && !interior.IsEmpty()) interior.Emit(clip, BrushSink(dc, dc.brush));
+  if (!has_pen) return;
+  const PointI* p = points;
+  for (int i = 0; i < polygons; ++i) {
+    DrawCosmeticPolyline(dc, p, counts[i], true);
+    p += counts[i];
+  }
+}
+
 bool ArcDirectionIsClockwise(const DeviceContext& dc) { return dc.arc_direction == 2; }
 
 void ApplyInsideFrame(const DeviceContext& dc, std::int64_t* left, std::int64_t* top,

@@ -39,6 +39,13 @@ void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* out
 void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a1,
                   std::vector<PointI>* out);
 
+// PaintPolygons paints filled polygons (counts[i] points each) the same way: the interior
+// region with the brush, then every outline closed with the pen; with a wide pen the outlines'
+// pixels are taken out of the interior first, so each pixel is painted once. For Polygon,
+// PolyPolygon and Rectangle. polygons < 1: nothing.
+void PaintPolygons(DeviceContext& dc, const SpanRegion& interior, const PointI* points,
+                   const int* counts, int polygons);
+
 // PaintRowShape paints a closed shape whose interior is given as rows, as PaintShape does, but
 // sends the rows straight to the brush when the pen is not wide. With `stepped_outline` the
 // outline points are consecutive touching pixels (an ellipse ring), which a solid cosmetic pen

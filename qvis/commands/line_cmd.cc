@@ -188,14 +188,12 @@ void CQVIS_DrawLineCmd::SetWidth(double dWidth, bool bAll) {
     m_dWidth = dWidth;
     return;
   }
-  Draw();
-  DrawLineList(m_crColor);
-  m_dWidth = dWidth;
-  if (bAll && m_pPointList) {
-    for (CQVIS_DrawLinePoint* p : *m_pPointList) p->m_dWidth = dWidth;
-  }
-  DrawLineList();
-  Draw();
+  Flow::ListChange(*this, [&] {
+    m_dWidth = dWidth;
+    if (bAll && m_pPointList) {
+      for (CQVIS_DrawLinePoint* p : *m_pPointList) p->m_dWidth = dWidth;
+    }
+  });
 }
 
 void CQVIS_DrawLineCmd::SetHeight(double dHeight, bool bAll) {
@@ -203,40 +201,23 @@ void CQVIS_DrawLineCmd::SetHeight(double dHeight, bool bAll) {
     m_dHeight = dHeight;
     return;
   }
-  Draw();
-  DrawLineList(m_crColor);
-  m_dHeight = dHeight;
-  if (bAll && m_pPointList) {
-    for (CQVIS_DrawLinePoint* p : *m_pPointList) p->m_dHeight = dHeight;
-  }
-  DrawLineList();
-  Draw();
+  Flow::ListChange(*this, [&] {
+    m_dHeight = dHeight;
+    if (bAll && m_pPointList) {
+      for (CQVIS_DrawLinePoint* p : *m_pPointList) p->m_dHeight = dHeight;
+    }
+  });
 }
 
 void CQVIS_DrawLineCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  if (!m_nActive) {
+  Flow::ListChange(*this, [&] {
     m_crColor = static_cast<COLORREF>(crColor);
     m_crXORColor = static_cast<COLORREF>(crXORColor);
-    return;
-  }
-  Draw();
-  DrawLineList(m_crColor);
-  m_crColor = static_cast<COLORREF>(crColor);
-  m_crXORColor = static_cast<COLORREF>(crXORColor);
-  DrawLineList();
-  Draw();
+  });
 }
 
 void CQVIS_DrawLineCmd::SetLineStyle(int nStyle) {
-  if (!m_nActive) {
-    m_nLineStyle = nStyle;
-    return;
-  }
-  Draw();
-  DrawLineList(m_crColor);
-  m_nLineStyle = nStyle;
-  DrawLineList();
-  Draw();
+  Flow::ListChange(*this, [&] { m_nLineStyle = nStyle; });
 }
 
 void CQVIS_DrawLineCmd::AddPoint(double x, double y, double dWidth) {

@@ -181,29 +181,14 @@ void CQVIS_DrawPolygonCmd::SetInfoLine() {
 }
 
 void CQVIS_DrawPolygonCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  if (!m_nActive) {
+  Flow::ListChange(*this, [&] {
     m_crColor = static_cast<COLORREF>(crColor);
     m_crXORColor = static_cast<COLORREF>(crXORColor);
-    return;
-  }
-  Draw();
-  DrawLineList(m_crColor);
-  m_crColor = static_cast<COLORREF>(crColor);
-  m_crXORColor = static_cast<COLORREF>(crXORColor);
-  DrawLineList();
-  Draw();
+  });
 }
 
 void CQVIS_DrawPolygonCmd::SetLineStyle(int nStyle) {
-  if (!m_nActive) {
-    m_nLineStyle = nStyle;
-    return;
-  }
-  Draw();
-  DrawLineList(m_crColor);
-  m_nLineStyle = nStyle;
-  DrawLineList();
-  Draw();
+  Flow::ListChange(*this, [&] { m_nLineStyle = nStyle; });
 }
 
 void CQVIS_DrawPolygonCmd::AddPoint(double x, double y) {
@@ -226,21 +211,12 @@ void CQVIS_DrawPolygonCmd::SetLastPointArcInfo(double dCenterX, double dCenterY,
                                                int nDirection) {
   if (Owned::Count(m_pPointList) < 2) return;
   CQVIS_DrawPolygonPoint* last = m_pPointList->GetAt(m_pPointList->GetUpperBound());
-  const auto change = [&] {
+  Flow::ListChange(*this, [&] {
     last->m_nArc = 1;
     last->m_dCenterX = dCenterX;
     last->m_dCenterY = dCenterY;
     last->m_nDirection = nDirection;
-  };
-  if (!m_nActive) {
-    change();
-    return;
-  }
-  Draw();
-  DrawLineList(m_crColor);
-  change();
-  DrawLineList();
-  Draw();
+  });
 }
 
 void CQVIS_DrawPolygonCmd::PaintEdges(const qvis::PolygonPointList* list, bool closed,

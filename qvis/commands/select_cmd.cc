@@ -25,11 +25,6 @@ bool CQVIS_DrawSelectCmd::BoxShown() const {
   return m_nActive && m_nPointMode == 0 && (m_nDragState == 1 || m_nDragState == 2);
 }
 
-void CQVIS_DrawSelectCmd::EraseBox() {
-  RubberBand(m_pSurface, nullptr).BoxPen(m_crColor);
-  if (BoxShown()) DrawRectangle(m_dX1, m_dY1, m_dX2, m_dY2);
-}
-
 void CQVIS_DrawSelectCmd::Active() {
   if (m_nActive) return;
   m_nDragState = 0;
@@ -39,16 +34,14 @@ void CQVIS_DrawSelectCmd::Active() {
 
 void CQVIS_DrawSelectCmd::Deactive() {
   if (!m_nActive) return;
-  EraseBox();
-  m_nDragState = 0;
-  m_nActive = 0;
+  RubberBand::Update(*this, [&] {
+    m_nDragState = 0;
+    m_nActive = 0;
+  });
 }
 
 void CQVIS_DrawSelectCmd::Cancel() {
-  if (!m_nActive) return;
-  EraseBox();
-  m_nDragState = 0;
-  Draw();
+  if (m_nActive) RubberBand::Update(*this, [&] { m_nDragState = 0; });
 }
 
 int CQVIS_DrawSelectCmd::MouseDown(unsigned int nFlags, double x, double y) {
@@ -58,24 +51,25 @@ int CQVIS_DrawSelectCmd::MouseDown(unsigned int nFlags, double x, double y) {
     return qvis::kNotHandled;
   }
   if (m_nDragState != 0) return qvis::kNotHandled;
-  m_dX1 = m_dX2 = x;
-  m_dY1 = m_dY2 = y;
-  m_nDragState = 1;
-  Draw();
+  RubberBand::Update(*this, [&] {
+    m_dX1 = m_dX2 = x;
+    m_dY1 = m_dY2 = y;
+    m_nDragState = 1;
+  });
   return qvis::kHandled;
 }
 
 int CQVIS_DrawSelectCmd::MouseMove(double x, double y) {
   if (!m_nActive || !LeftButtonHeld()) return qvis::kNotHandled;
-  EraseBox();
-  if (m_nDragState == 0) {
-    m_dX1 = m_dX2 = x;
-    m_dY1 = m_dY2 = y;
-  } else if (m_nDragState == 1) {
-    m_dX2 = x;
-    m_dY2 = y;
-  }
-  Draw();
+  RubberBand::Update(*this, [&] {
+    if (m_nDragState == 0) {
+      m_dX1 = m_dX2 = x;
+      m_dY1 = m_dY2 = y;
+    } else if (m_nDragState == 1) {
+      m_dX2 = x;
+      m_dY2 = y;
+    }
+  });
   return qvis::kHandled;
 }
 
@@ -86,19 +80,18 @@ int CQVIS_DrawSelectCmd::MouseUp(unsigned int, double, double) {
     return qvis::kNotHandled;
   }
   if (m_nDragState == 0 && m_nPointMode == 1) return qvis::kComplete;
-  if (m_nDragState == 1) {
-    EraseBox();
-    m_nDragState = 0;
-    return qvis::kComplete;
-  }
-  return qvis::kNotHandled;
+  if (m_nDragState != 1) return qvis::kNotHandled;
+  RubberBand::Update(*this, [&] { m_nDragState = 0; });
+  return qvis::kComplete;
 }
 
 int CQVIS_DrawSelectCmd::MouseDblClk() {
   if (!m_nActive) return qvis::kNotHandled;
-  if (BoxShown()) EraseBox();  // a box left by an unfinished drag must not stay behind
-  m_nDragState = 0;
-  m_nSkipClicks = 1;
+  // A box left by an unfinished drag is taken away rather than stranded.
+  RubberBand::Update(*this, [&] {
+    m_nDragState = 0;
+    m_nSkipClicks = 1;
+  });
   return qvis::kHandled;
 }
 
@@ -106,9 +99,7 @@ int CQVIS_DrawSelectCmd::KeyPress(int nKey) {
   if (!m_nActive) return qvis::kNotHandled;
   if (m_nDragState != 0) {
     if (nKey != VK_ESCAPE) return qvis::kNotHandled;
-    EraseBox();
-    m_nDragState = 0;
-    Draw();
+    RubberBand::Update(*this, [&] { m_nDragState = 0; });
     return qvis::kHandled;
   }
   switch (nKey) {

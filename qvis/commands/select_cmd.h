@@ -91,7 +91,6 @@ class CQVIS_DrawSelectCmd {
 
  private:
   bool BoxShown() const;
-  void EraseBox();
 };
 
 #endif  // QVIS_COMMANDS_SELECT_CMD_H_

@@ -213,6 +213,19 @@ struct VertexListFlow {
     c.Draw();
   }
 
+  // ListChange applies a change that alters the list's look while active: the rubber band is
+  // erased, the list painted over in merge mode, the change made, the list painted in copy
+  // mode and the band drawn again. (What the merge pass leaves under a narrowed or recoloured
+  // list is cleaned by the host's next repaint.)
+  template <class Change>
+  static void ListChange(Cmd& c, Change&& change) {
+    RubberBand::Update(c, [&] {
+      c.DrawLineList(c.m_crColor);
+      change();
+      c.DrawLineList();
+    });
+  }
+
   static void Active(Cmd& c) {
     if (c.m_nActive) return;
     c.m_nProgress = 0;

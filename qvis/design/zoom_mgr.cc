@@ -27,62 +27,53 @@ void CQVIS_ZoomMgr::Active() {
   m_nHasExtent = 0;
 }
 
-void CQVIS_ZoomMgr::EraseBox() {
-  RubberBand(m_pSurface, nullptr).BoxPen(m_crColor);
-  if (BoxShown()) DrawRectangle(m_dX1, m_dY1, m_dX2, m_dY2);
-}
-
 void CQVIS_ZoomMgr::Deactive() {
   if (!m_nActive) return;
-  EraseBox();
-  m_nDragState = 0;
-  m_nActive = 0;
+  RubberBand::Update(*this, [&] {
+    m_nDragState = 0;
+    m_nActive = 0;
+  });
 }
 
 void CQVIS_ZoomMgr::Cancel() {
-  if (!m_nActive) return;
-  EraseBox();
-  m_nDragState = 0;
-  Draw();
+  if (m_nActive) RubberBand::Update(*this, [&] { m_nDragState = 0; });
 }
 
 int CQVIS_ZoomMgr::KeyPress(int nKey) {
   if (!m_nActive || nKey != VK_ESCAPE) return qvis::kNotHandled;
   if (m_nDragState == 0) return qvis::kLeaveCommand;
-  EraseBox();
-  m_nDragState = 0;
-  Draw();
+  RubberBand::Update(*this, [&] { m_nDragState = 0; });
   return qvis::kHandled;
 }
 
 int CQVIS_ZoomMgr::MouseDown(unsigned int nFlags, double x, double y) {
   if (!m_nActive || nFlags != qvis::kLeftButton || m_nDragState != 0) return qvis::kNotHandled;
-  m_nDragState = 1;
-  m_dX1 = m_dX2 = x;
-  m_dY1 = m_dY2 = y;
-  Draw();
+  RubberBand::Update(*this, [&] {
+    m_nDragState = 1;
+    m_dX1 = m_dX2 = x;
+    m_dY1 = m_dY2 = y;
+  });
   return qvis::kHandled;
 }
 
 int CQVIS_ZoomMgr::MouseMove(double x, double y) {
   if (!m_nActive) return qvis::kNotHandled;
   if ((qvis::GetAsyncKeyState(VK_LBUTTON) & 0x8000) == 0) return qvis::kNotHandled;
-  EraseBox();
-  if (m_nDragState == 0) {
-    m_dX1 = m_dX2 = x;
-    m_dY1 = m_dY2 = y;
-  } else if (m_nDragState == 1) {
-    m_dX2 = x;
-    m_dY2 = y;
-  }
-  Draw();
+  RubberBand::Update(*this, [&] {
+    if (m_nDragState == 0) {
+      m_dX1 = m_dX2 = x;
+      m_dY1 = m_dY2 = y;
+    } else if (m_nDragState == 1) {
+      m_dX2 = x;
+      m_dY2 = y;
+    }
+  });
   return qvis::kHandled;
 }
 
 int CQVIS_ZoomMgr::MouseUp(unsigned int, double, double) {
   if (!m_nActive || m_nDragState != 1) return qvis::kNotHandled;
-  EraseBox();
-  m_nDragState = 0;
+  RubberBand::Update(*this, [&] { m_nDragState = 0; });
   return qvis::kComplete;
 }
 

@@ -71,7 +71,6 @@ class CQVIS_ZoomMgr {
 
  private:
   bool BoxShown() const { return m_nDragState == 1 || m_nDragState == 2; }
-  void EraseBox();
 };
 
 #endif  // QVIS_DESIGN_ZOOM_MGR_H_

@@ -12,7 +12,9 @@
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/alpha.h"
+#include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
+#include "qvis/gdi/shapes/shape_paint.h"
 
 namespace qvis::gdi {
 namespace {
@@ -167,6 +169,28 @@ TEST(ShapesXorTest, WideOutlinesPaintEachPixelOnce) {
       results[mode] = canvas.Pixels();
     }
     ASSERT_EQ(results[0], results[1]) << "scene " << scene;
+  }
+}
+
+// Polygons under a wide pen: the outline's pixels leave the interior, so XOR over black gives
+// the copy-mode picture, for one polygon and for several sharing the fill.
+TEST(PaintPolygonsTest, WideOutlinesAndInteriorPaintEachPixelOnce) {
+  const PointI pts[] = {{5, 5}, {50, 8}, {30, 40}, {40, 20}, {60, 30}, {45, 44}};
+  const int counts[] = {3, 3};
+  for (int polygons : {1, 2}) {
+    std::vector<std::uint32_t> results[2];
+    for (int mode = 0; mode < 2; ++mode) {
+      Canvas canvas(64, 48);
+      canvas.Select(CreateSolidBrush(0xFF0000));
+      canvas.Select(WidePen(7, PS_ENDCAP_FLAT | PS_JOIN_MITER, 0x00FF00));
+      SetROP2(canvas.dc(), mode == 0 ? R2_XORPEN : R2_COPYPEN);
+      DeviceContext& dc = *canvas.dc();
+      RegionBuilder interior;
+      dc.scanner.Fill(pts, counts, polygons, FillRule::kAlternate, ClipBox(dc), interior);
+      PaintPolygons(dc, interior.Build(), pts, counts, polygons);
+      results[mode] = canvas.Pixels();
+    }
+    EXPECT_EQ(results[0], results[1]) << polygons;
   }
 }
 

@@ -66,6 +66,19 @@ void SolidBlitter32::Blit(const Span* spans, int count) {
 
 void SolidBlitter32::BlitRect(const IRect& box) {
   IRect r = box.Intersect(bitmap_->Bounds());
+  if (r.IsEmpty()) return;
+  if (r.left == 0 && r.right == bitmap_->width && bitmap_->stride == std::ptrdiff_t{4} * r.right) {
+    // Whole rows lie back to back: one run over the block (the operations are per pixel).
+    std::int64_t left = std::int64_t{r.right} * (r.bottom - r.top);
+    std::uint32_t* p = bitmap_->Row32(r.top);
+    while (left > 0) {
+      const int n = static_cast<int>(std::min<std::int64_t>(left, 1 << 30));
+      fn_(p, n, pixel_);
+      p += n;
+      left -= n;
+    }
+    return;
+  }
   for (int y = r.top; y < r.bottom; ++y) fn_(bitmap_->Row32(y) + r.left, r.right - r.left, pixel_);
 }
 

@@ -11,14 +11,28 @@ namespace {
 // Only the colour bits of a 32-bpp pixel are written; the unused top byte stays zero.
 constexpr std::uint32_t kColorBits = 0x00FFFFFFu;
 
+// FillWords stores one word n times. Long runs (frame clears, wide boxes) use the processor's
+// string store where there is one: it writes whole cache lines without reading them first,
+// which is about twice as fast as a vector loop.
+inline void FillWords(std::uint32_t* dst, int n, std::uint32_t value) {
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+  if (n >= 256) {
+    std::size_t count = static_cast<std::size_t>(n);
+    asm volatile("rep stosl" : "+D"(dst), "+c"(count) : "a"(value) : "memory");
+    return;
+  }
+#endif
+  std::fill_n(dst, n, value);
+}
+
 template <int kCode>
 void SpanOp(std::uint32_t* dst, int n, std::uint32_t pen) {
   if constexpr (kCode == 11) {  // R2_NOP
     (void)dst, (void)n, (void)pen;
   } else if constexpr (kCode == 13) {  // R2_COPYPEN: a plain word fill
-    std::fill_n(dst, n, pen & kColorBits);
+    FillWords(dst, n, pen & kColorBits);
   } else if constexpr (kCode == 1 || kCode == 4 || kCode == 16) {  // constant per span
-    std::fill_n(dst, n, Rop2(kCode, pen, 0) & kColorBits);
+    FillWords(dst, n, Rop2(kCode, pen, 0) & kColorBits);
   } else {
     for (int i = 0; i < n; ++i) dst[i] = Rop2(kCode, pen, dst[i]) & kColorBits;
   }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <initializer_list>
 #include <optional>
 
 namespace qvis::gdi {
@@ -65,28 +66,39 @@ class Runs {
 
 }  // namespace
 
-LineStyle CosmeticStyle(int ps_style) {
-  // Patterns as runs of on/off pixels.
-  auto make = [](std::initializer_list<int> runs) {
-    LineStyle s;
-    s.mask = 0;
-    int pos = 0;
-    bool on = true;
-    for (int r : runs) {
-      for (int i = 0; i < r; ++i, ++pos) {
-        if (on) s.mask |= 1u << pos;
-      }
-      on = !on;
+namespace {
+
+// MakeStyle turns runs of on/off pixels (starting with on) into a pattern.
+constexpr LineStyle MakeStyle(std::initializer_list<int> runs) {
+  LineStyle s;
+  s.mask = 0;
+  int pos = 0;
+  bool on = true;
+  for (int r : runs) {
+    for (int i = 0; i < r; ++i, ++pos) {
+      if (on) s.mask |= 1u << pos;
     }
-    s.period = pos;
-    return s;
-  };
+    on = !on;
+  }
+  s.period = pos;
+  return s;
+}
+
+constexpr LineStyle kDash = MakeStyle({18, 6});
+constexpr LineStyle kDot = MakeStyle({3, 3});
+constexpr LineStyle kDashDot = MakeStyle({9, 6, 3, 6});
+constexpr LineStyle kDashDotDot = MakeStyle({9, 3, 3, 3, 3, 3});
+constexpr LineStyle kAlternate = MakeStyle({1, 1});
+
+}  // namespace
+
+LineStyle CosmeticStyle(int ps_style) {
   switch (ps_style) {
-    case 1: return make({18, 6});               // PS_DASH
-    case 2: return make({3, 3});                // PS_DOT
-    case 3: return make({9, 6, 3, 6});          // PS_DASHDOT
-    case 4: return make({9, 3, 3, 3, 3, 3});    // PS_DASHDOTDOT
-    case 8: return make({1, 1});                // PS_ALTERNATE
+    case 1: return kDash;
+    case 2: return kDot;
+    case 3: return kDashDot;
+    case 4: return kDashDotDot;
+    case 8: return kAlternate;
     default: return LineStyle{};
   }
 }

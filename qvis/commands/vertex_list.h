@@ -116,61 +116,63 @@ struct VertexListFlow {
   // the new anchor is the click position.
   static int ClickStep(Cmd& c, double x, double y) {
     if (c.m_nProgress == 0) {
-      c.Draw();
-      c.m_dAnchorX = c.m_dCursorX = x;
-      c.m_dAnchorY = c.m_dCursorY = y;
-      c.m_nProgress = 1;
-      Append(c, x, y);
-      c.Draw();
+      RubberBand::Update(c, [&] {
+        c.m_dAnchorX = c.m_dCursorX = x;
+        c.m_dAnchorY = c.m_dCursorY = y;
+        c.m_nProgress = 1;
+        Append(c, x, y);
+      });
       c.SetInfoLine();
       return kHandled;
     }
     if (c.m_nProgress != 1) return kNotHandled;
-    c.Draw();
-    const INT_PTR n = OwnedList<typename Cmd::Record>::Count(c.m_pPointList);
-    INT_PTR expected;
-    if (c.m_nPxy != kBendNone && c.GetPxy()) {
-      c.MakeBackup();
-      Append(c, c.m_dPx, c.m_dPy);
-      Append(c, c.m_dCursorX, c.m_dCursorY);
-      expected = n + 2;
-    } else {
-      if (c.m_nPxy != kBendNone) {
-        c.m_dAnchorX = c.m_dCursorX = x;
-        c.m_dAnchorY = c.m_dCursorY = y;
+    RubberBand::Update(c, [&] {
+      const INT_PTR n = OwnedList<typename Cmd::Record>::Count(c.m_pPointList);
+      INT_PTR expected;
+      if (c.m_nPxy != kBendNone && c.GetPxy()) {
+        c.MakeBackup();
+        Append(c, c.m_dPx, c.m_dPy);
+        Append(c, c.m_dCursorX, c.m_dCursorY);
+        expected = n + 2;
+      } else {
+        if (c.m_nPxy != kBendNone) {
+          c.m_dAnchorX = c.m_dCursorX = x;
+          c.m_dAnchorY = c.m_dCursorY = y;
+        }
+        c.MakeBackup();
+        Append(c, c.m_dCursorX, c.m_dCursorY);
+        expected = n + 1;
       }
-      c.MakeBackup();
-      Append(c, c.m_dCursorX, c.m_dCursorY);
-      expected = n + 1;
-    }
-    if (OwnedList<typename Cmd::Record>::Count(c.m_pPointList) != expected) {
-      c.DrawLineListBackup(c.m_crBackupColor);
-    }
-    c.DrawLineList();
-    c.m_dAnchorX = c.m_dCursorX = x;
-    c.m_dAnchorY = c.m_dCursorY = y;
-    c.Draw();
+      // A vertex equal to the last one was skipped: repaint the list as it was first.
+      if (OwnedList<typename Cmd::Record>::Count(c.m_pPointList) != expected) {
+        c.DrawLineListBackup(c.m_crBackupColor);
+      }
+      c.DrawLineList();
+      c.m_dAnchorX = c.m_dCursorX = x;
+      c.m_dAnchorY = c.m_dCursorY = y;
+    });
     c.SetInfoLine();
     return kHandled;
   }
 
-  // Finish ends the figure with the list kept: erase, paint the list, progress 0, footprint.
+  // Finish ends the figure with the list kept: erase, progress 0 and the list painted (a
+  // polygon closed), then the footprint.
   static void Finish(Cmd& c) {
-    c.Draw();
-    c.m_nProgress = 0;
-    c.DrawLineList();
-    c.Draw();
+    RubberBand::Update(c, [&] {
+      c.m_nProgress = 0;
+      c.DrawLineList();
+    });
     c.SetInfoLine();
   }
 
   // Escape drops the figure in progress and shows the footprint at the cursor.
   static void Escape(Cmd& c) {
     c.ReleasePoints();
-    c.Draw();
-    c.m_dAnchorX = c.m_dCursorX;
-    c.m_dAnchorY = c.m_dCursorY;
-    c.m_nProgress = 0;
-    c.Draw();
+    RubberBand::Update(c, [&] {
+      c.m_dAnchorX = c.m_dCursorX;
+      c.m_dAnchorY = c.m_dCursorY;
+      c.m_nProgress = 0;
+    });
     c.SetInfoLine();
   }
 
@@ -199,18 +201,18 @@ struct VertexListFlow {
   static void Back(Cmd& c, unsigned long color) {
     using Owned = OwnedList<typename Cmd::Record>;
     if (Owned::Count(c.m_pPointList) == 0) return;
-    c.Draw();
-    c.DrawLineList(color);
-    typename Cmd::Record* last = c.m_pPointList->GetAt(c.m_pPointList->GetUpperBound());
-    c.m_pPointList->RemoveAt(c.m_pPointList->GetUpperBound());
-    delete last;
-    if (!c.m_pPointList->IsEmpty()) {
-      const typename Cmd::Record* now = c.m_pPointList->GetAt(c.m_pPointList->GetUpperBound());
-      c.m_dAnchorX = now->m_dX;
-      c.m_dAnchorY = now->m_dY;
-    }
-    c.DrawLineList();
-    c.Draw();
+    RubberBand::Update(c, [&] {
+      c.DrawLineList(color);
+      typename Cmd::Record* last = c.m_pPointList->GetAt(c.m_pPointList->GetUpperBound());
+      c.m_pPointList->RemoveAt(c.m_pPointList->GetUpperBound());
+      delete last;
+      if (!c.m_pPointList->IsEmpty()) {
+        const typename Cmd::Record* now = c.m_pPointList->GetAt(c.m_pPointList->GetUpperBound());
+        c.m_dAnchorX = now->m_dX;
+        c.m_dAnchorY = now->m_dY;
+      }
+      c.DrawLineList();
+    });
   }
 
   // ListChange applies a change that alters the list's look while active: the rubber band is
@@ -237,11 +239,12 @@ struct VertexListFlow {
 
   static void Deactive(Cmd& c) {
     if (!c.m_nActive) return;
-    c.Draw();
-    c.DrawLineList();
-    c.ReleasePoints();
-    c.m_nProgress = 0;
-    c.m_nActive = 0;
+    RubberBand::Update(c, [&] {
+      c.DrawLineList();  // the list stays on screen
+      c.ReleasePoints();
+      c.m_nProgress = 0;
+      c.m_nActive = 0;
+    });
     c.m_nInfoStep = 0;
     c.SetInfoLine();
   }

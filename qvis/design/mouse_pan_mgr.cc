@@ -58,10 +58,11 @@ void CQVIS_MousePanMgr::Active(qvis::HWND hWnd, CQVIS_Coords* pCoords, long x, l
 
 int CQVIS_MousePanMgr::MouseDown(unsigned int nFlags, double x, double y) {
   if (!m_nActive || nFlags != qvis::kRightButton || m_nPressed) return qvis::kNotHandled;
-  m_dPressX = m_dCurrentX = x;
-  m_dPressY = m_dCurrentY = y;
-  m_nPressed = 1;
-  Draw();
+  RubberBand::Update(*this, [&] {
+    m_dPressX = m_dCurrentX = x;
+    m_dPressY = m_dCurrentY = y;
+    m_nPressed = 1;
+  });
   return qvis::kHandled;
 }
 
@@ -69,23 +70,22 @@ int CQVIS_MousePanMgr::MouseMove(double x, double y, int nHideLine) {
   if (!m_nActive) return qvis::kNotHandled;
   if ((qvis::GetAsyncKeyState(VK_RBUTTON) & 0x8000) == 0) return qvis::kNotHandled;
   // The line is erased with the flag it was drawn with, so hiding it never strands it.
-  Draw();
-  m_nHideLine = nHideLine;
-  if (!m_nPressed) {
-    m_dPressX = m_dCurrentX = x;
-    m_dPressY = m_dCurrentY = y;
-  } else {
-    m_dCurrentX = x;
-    m_dCurrentY = y;
-  }
-  Draw();
+  RubberBand::Update(*this, [&] {
+    m_nHideLine = nHideLine;
+    if (!m_nPressed) {
+      m_dPressX = m_dCurrentX = x;
+      m_dPressY = m_dCurrentY = y;
+    } else {
+      m_dCurrentX = x;
+      m_dCurrentY = y;
+    }
+  });
   return qvis::kHandled;
 }
 
 int CQVIS_MousePanMgr::MouseUp(unsigned int, double, double) {
   if (!m_nActive || !m_nPressed) return qvis::kNotHandled;
-  Draw();
-  m_nPressed = 0;
+  RubberBand::Update(*this, [&] { m_nPressed = 0; });
   return qvis::kComplete;
 }
 

@@ -252,7 +252,10 @@ int CQVIS_MaxRegionInfoDB::operator!=(const CQVIS_MaxRegionInfoDB& other) const 
   return (*this == other) ? 0 : 1;
 }
 
-void CQVIS_MaxRegionInfoDB::Init() { RemoveAll(); }
+void CQVIS_MaxRegionInfoDB::Init() {
+  RemoveAll();
+  FreeExtra();
+}
 void CQVIS_MaxRegionInfoDB::Clear() { Init(); }
 void CQVIS_MaxRegionInfoDB::Release() { Init(); }
 
@@ -290,7 +293,7 @@ void CQVIS_MaxRegionInfoDB::GetMaxRegion(CQVIS_MaxRegionInfo* out) const {
 void CQVIS_MaxRegionInfoDB::MergeAll() {
   CQVIS_MaxRegionInfo all;
   GetMaxRegion(&all);
-  RemoveAll();  // the former regions are dropped, not deleted
+  Init();  // the former regions are dropped, not deleted
   if (all.m_bValid) Add(all.m_dMinX, all.m_dMinY, all.m_dMaxX, all.m_dMaxY, 0.0);
 }
 

@@ -127,6 +127,7 @@ class CExPtrArray : public CArray<TYPE, ARG_TYPE> {
       data[i] = nullptr;
     }
     this->RemoveAll();
+    this->FreeExtra();
   }
 
   // Subtract removes (without deleting) the first occurrence of each element

@@ -46,7 +46,8 @@ using PolygonPointList = CArray<CQVIS_DrawPolygonPoint*, CQVIS_DrawPolygonPoint*
 // - VK_RETURN, Done and MouseDblClk finish and close the polygon: progress 0 with the list
 //   filled; the list is then painted with its closing edge (last -> first) as well. The closed
 //   polygon is the list read in order (m_pPointList), each record giving the edge that ends at
-//   it; the closing edge is straight.
+//   it; the closing edge is straight. A click on a finished polygon that was not taken over
+//   reopens it (the painted closing edge then stays until the host repaints).
 // - SetLastPointArcInfo turns the edge ending at the last vertex into an arc.
 class CQVIS_DrawPolygonCmd {
  public:

@@ -121,6 +121,9 @@ struct VertexListFlow {
         c.m_dAnchorY = c.m_dCursorY = y;
         c.m_nProgress = 1;
         Append(c, x, y);
+        // A list the host has not emptied goes on from its last vertex: paint the joining
+        // segment at once, as every fixed vertex is painted.
+        c.DrawLineList();
       });
       c.SetInfoLine();
       return kHandled;

@@ -130,6 +130,13 @@ void RunSequence(Cmd& cmd, Harness& h, Rng& rng, int steps,
     if (!CommonEvent(cmd, rng, h, which) && extra) extra(cmd, rng, h);
     if (after_each) after_each(cmd, h);
     h.Observe();
+    if (i % 16 == 15) {
+      // A repaint (background, then OnDraw) shows exactly what was on screen: no stale figure
+      // survives, and OnDraw draws the figure the command holds.
+      const Pixels shown = h.canvas.Snapshot();
+      h.Repaint(cmd);
+      ASSERT_EQ(Canvas::CountDiff(h.canvas.Snapshot(), shown), 0) << "after step " << i;
+    }
   }
 }
 

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <functional>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -65,16 +64,6 @@ TEST(DesignTest, ReleaseTwiceAndInitAfterReleaseAreSafe) {
   d.Init();
   EXPECT_NE(d.m_pDrawLineCmd, nullptr);
   EXPECT_NE(d.m_pSetOriginCmd, nullptr);
-}
-
-TEST(DesignTest, UnitStrings) {
-  const std::vector<std::pair<int, std::string>> rows = {
-      {0, "MM"}, {1, "INCH"}, {2, "MIL"}, {3, "CM"}, {4, "MICROM"}, {5, ""}, {-1, ""}};
-  CQVIS_Design d;
-  for (const auto& [unit, text] : rows) {
-    d.SetUnit(unit);
-    EXPECT_EQ(std::string(d.GetUnitString().GetString()), text) << unit;
-  }
 }
 
 // Each row activates one object; the name of the active command follows a fixed order.
@@ -156,16 +145,11 @@ TEST(DesignTest, SetCurrentLayerIdReachesEveryDrawingCommand) {
   EXPECT_EQ(d.m_pSelectCmd->m_crColor, 0xABCDEFu);  // the selections keep their colour
 }
 
-TEST(DesignTest, InitDesignDefaultsFollowTheViewUnit) {
+TEST(DesignTest, InitDesignWidthFollowsTheViewUnit) {
   CQVIS_Design d;
-  EXPECT_EQ(d.GetInitDesignUnit(), 0);
   EXPECT_EQ(d.GetInitDesignWidth(), 0.2);
-  d.m_pCoords->SetCurrentUnit(2);
+  d.m_pCoords->SetCurrentUnit(2);  // the design's own unit stays mm
   EXPECT_EQ(d.GetInitDesignWidth(), 10.0);
-  EXPECT_EQ(d.GetInitDesignSnapEnable(), 1);
-  EXPECT_EQ(d.GetInitDesignZoomLevel(), 0.0001);
-  EXPECT_EQ(d.GetInitDesignGridX(), 10.0);
-  EXPECT_EQ(d.GetInitDesignSnapY(), 0.1);
 }
 
 // The world point under the mouse stays under the mouse through ZoomIn and ZoomOut.

@@ -106,14 +106,6 @@ TEST_F(QtPortTest, WheelAndCharactersZoom) {
   EXPECT_DOUBLE_EQ(d_->m_pCoords->m_dZoom, 18.0);
 }
 
-TEST(QtKeyTest, VirtualKeys) {
-  EXPECT_EQ(qvis::VirtualKeyFromQt(Qt::Key_Escape), VK_ESCAPE);
-  EXPECT_EQ(qvis::VirtualKeyFromQt(Qt::Key_Enter), VK_RETURN);
-  EXPECT_EQ(qvis::VirtualKeyFromQt(Qt::Key_1), 0x31);
-  EXPECT_EQ(qvis::VirtualKeyFromQt(Qt::Key_R), 'R');
-  EXPECT_EQ(qvis::VirtualKeyFromQt(Qt::Key_F13), 0);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {

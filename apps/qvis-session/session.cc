@@ -24,7 +24,7 @@ namespace {
 constexpr int kWheelNotch = 120;
 constexpr int kDefaultDragSteps = 4;
 constexpr int kMaxDragSteps = 10000;
-constexpr int kMaxWindowSide = 16384;
+constexpr int kMaxWindowSide = 8192;
 
 using Words = std::vector<std::string>;
 
@@ -239,7 +239,7 @@ void Session::Setup(const Words& w) {
     const int height = Integer(w, 2, "a height in pixels");
     NoMore(w, 3);
     if (width < 1 || height < 1 || width > kMaxWindowSide || height > kMaxWindowSide) {
-      throw ScriptError("expected a window size from 1 to 16384 pixels");
+      throw ScriptError("expected a window size from 1 to 8192 pixels");
     }
     port_->Resize(width, height);
   } else if (verb == "unit") {

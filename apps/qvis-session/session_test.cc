@@ -188,7 +188,7 @@ TEST_F(SessionTest, BadLinesNameFileLineAndWhatWasExpected) {
       {"set endcap pointy", "test.qs:2: error: expected an end cap (round, square, flat)"},
       {"key f13", "test.qs:2: error: expected a key (esc, enter"},
       {"drag 0 0 1 1", "test.qs:2: error: expected 'to' between the two positions of 'drag'"},
-      {"window 0 10", "test.qs:2: error: expected a window size from 1 to 16384 pixels"},
+      {"window 0 10", "test.qs:2: error: expected a window size from 1 to 8192 pixels"},
       {"show grid maybe", "test.qs:2: error: expected 'on' or 'off' for show grid, got 'maybe'"},
       {"expect zoom 3", "test.qs:2: error: expectation failed: zoom is"},
       {"load no-such-file.dat", "test.qs:2: error: cannot use file"},

@@ -13,7 +13,7 @@ namespace {
 constexpr DWORD kSourceCopy = 0x00CC0020;
 // The largest side a back buffer may take; larger requests (a corrupt size message) are
 // clamped so that one frame never asks for gigabytes.
-constexpr int kMaxSide = 16384;
+constexpr int kMaxSide = 8192;
 }  // namespace
 
 RenderBuffer::RenderBuffer() {

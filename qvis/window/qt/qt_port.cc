@@ -17,7 +17,7 @@
 namespace qvis {
 namespace {
 
-constexpr int kMaxSide = 16384;
+constexpr int kMaxSide = 8192;  // an 8K screen; 256 MB a buffer
 
 LPARAM PackPoint(int x, int y) {
   return static_cast<LPARAM>((static_cast<DWORD>(x) & 0xFFFF) |

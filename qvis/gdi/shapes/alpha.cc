@@ -212,7 +212,8 @@ BOOL GpFillPolygon(HDC dc, const CPoint* points, int count, std::uint32_t argb) 
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
   std::vector<PointI> pts(static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) pts[static_cast<std::size_t>(i)] = PointI{points[i].x, points[i].y};
+  for (int i = 0; i < count; ++i)
+    pts[static_cast<std::size_t>(i)] = PointI{points[i].x, points[i].y};
   dc->scanner.Fill(pts.data(), &count, 1, FillRule::kAlternate, clip, AlphaSink(*dc, argb));
   return TRUE;
 }

@@ -15,8 +15,8 @@
 namespace qvis::gdi {
 namespace {
 
-BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe,
-                   int ye, CurveKind kind) {
+BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe, int ye,
+                   CurveKind kind) {
   if (dc == nullptr) return FALSE;
   Box64 box = NormalizedBox(left, top, right, bottom);
   const PointI start{xs, ys};
@@ -27,9 +27,11 @@ BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int
   }
   ApplyInsideFrame(*dc, &box.left, &box.top, &box.right, &box.bottom);
   if (box.Width() == 0 || box.Height() == 0) return TRUE;
-  std::vector<PointI> pts;
+  // Scratch kept per thread: drawing many arcs allocates nothing once warm.
+  static thread_local std::vector<PointI> pts;
+  static thread_local std::vector<PointI> arc;
+  pts.clear();
   if (kind == CurveKind::kArcTo) pts.push_back(dc->position);
-  std::vector<PointI> arc;
   const bool clockwise = ArcDirectionIsClockwise(*dc);
   if (!ArcPoints(box, start, end, clockwise, &arc)) {
     // Too big to step: the flattened arc between the same rays.
@@ -53,8 +55,18 @@ BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int
   }
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
+  const bool has_brush = dc->brush != nullptr && !dc->brush->IsNull();
+  const bool wide = dc->pen != nullptr && !dc->pen->IsNull() && dc->pen->IsWide();
+  if (!wide) {
+    // The interior straight to the brush, the outline over it.
+    if (has_brush) {
+      dc->scanner.Fill(pts.data(), &n, 1, FillRule::kWinding, clip, BrushSink(*dc, dc->brush));
+    }
+    DrawPenOutline(*dc, pts.data(), n, true);
+    return TRUE;
+  }
   SpanRegion interior;
-  if (dc->brush != nullptr && !dc->brush->IsNull()) {
+  if (has_brush) {
     RegionBuilder builder;
     dc->scanner.Fill(pts.data(), &n, 1, FillRule::kWinding, clip, builder);
     interior = builder.Build();

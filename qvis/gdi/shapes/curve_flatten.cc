@@ -15,17 +15,16 @@ Point2 At(const EllipseArc& a, double t) {
   return Point2{a.cx + a.rx * std::cos(t), a.cy + a.ry * std::sin(t)};
 }
 
-void Split(const EllipseArc& arc, const IRect& clip, double tol, double t0, double t1,
-           Point2 p0, Point2 p1, int depth, std::vector<Point2>* out) {
+void Split(const EllipseArc& arc, const IRect& clip, double tol, double t0, double t1, Point2 p0,
+           Point2 p1, int depth, std::vector<Point2>* out) {
   const double r = std::max(std::fabs(arc.rx), std::fabs(arc.ry));
   const double half = std::fabs(t1 - t0) / 2;
   // The piece lies within its chord's box grown by its sagitta.
   const double sag = half >= std::numbers::pi / 2 ? r : r * (1 - std::cos(half));
   const double margin = sag + 2;
-  const bool near = std::min(p0.x, p1.x) - margin < clip.right &&
-                    std::max(p0.x, p1.x) + margin > clip.left &&
-                    std::min(p0.y, p1.y) - margin < clip.bottom &&
-                    std::max(p0.y, p1.y) + margin > clip.top;
+  const bool near =
+      std::min(p0.x, p1.x) - margin < clip.right && std::max(p0.x, p1.x) + margin > clip.left &&
+      std::min(p0.y, p1.y) - margin < clip.bottom && std::max(p0.y, p1.y) + margin > clip.top;
   if (depth >= kMaxDepth || !near || (sag <= tol && half < std::numbers::pi / 4)) {
     out->push_back(p1);
     return;

@@ -39,8 +39,8 @@ void RoundRectOutline(const Box64& box, std::int64_t ew, std::int64_t eh, bool c
                       std::vector<PointI>* out) {
   out->clear();
   std::vector<PointI> ring;
-  const int c = EllipseRing(Box64{box.left, box.top, box.left + ew, box.top + eh}, clockwise,
-                            &ring);
+  const int c =
+      EllipseRing(Box64{box.left, box.top, box.left + ew, box.top + eh}, clockwise, &ring);
   const int dx = static_cast<int>(box.Width() - ew);
   const int dy = static_cast<int>(box.Height() - eh);
   for (int k = 0; k < 4 * c; ++k) {

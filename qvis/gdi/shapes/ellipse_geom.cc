@@ -13,8 +13,7 @@ namespace {
 __extension__ using Int128 = __int128;
 
 bool Steppable(std::int64_t width, std::int64_t height) {
-  return width >= 1 && height >= 1 && width <= kMaxSteppedEllipse &&
-         height <= kMaxSteppedEllipse;
+  return width >= 1 && height >= 1 && width <= kMaxSteppedEllipse && height <= kMaxSteppedEllipse;
 }
 
 // Walks one quarter of the width x height ellipse from the middle of the right edge toward the
@@ -49,8 +48,7 @@ void WalkQuadrant(std::int64_t width, std::int64_t height, Visit visit) {
 
 }  // namespace
 
-Box64 NormalizedBox(std::int64_t left, std::int64_t top, std::int64_t right,
-                    std::int64_t bottom) {
+Box64 NormalizedBox(std::int64_t left, std::int64_t top, std::int64_t right, std::int64_t bottom) {
   if (left > right) std::swap(left, right);
   if (top > bottom) std::swap(top, bottom);
   return Box64{left, top, right, bottom};
@@ -91,8 +89,8 @@ void BuildRing(const std::vector<PointI>& q, const Box64& box, bool clockwise,
 // Index of the first quadrant pixel at or past the ray, for the four quarters of the plane.
 // The ties differ between quarters on purpose: they decide which of two pixels on a ray through
 // a pixel centre starts or ends an arc, and they are what the arcs are measured against.
-int FindRayIndex(const std::vector<PointI>& q, std::int64_t cx, std::int64_t cy,
-                 std::int64_t x, std::int64_t y) {
+int FindRayIndex(const std::vector<PointI>& q, std::int64_t cx, std::int64_t cy, std::int64_t x,
+                 std::int64_t y) {
   const int c = static_cast<int>(q.size());
   auto rx = [&](int i) { return static_cast<std::int64_t>(q[i].x) - cx; };
   auto ry = [&](int i) { return static_cast<std::int64_t>(q[i].y) - cy; };
@@ -139,9 +137,10 @@ bool ArcPoints(const Box64& box, PointI start, PointI end, bool clockwise,
                std::vector<PointI>* points) {
   points->clear();
   if (!Steppable(box.Width(), box.Height())) return false;
-  std::vector<PointI> q;
+  static thread_local std::vector<PointI> q;
+  q.clear();
   EllipseQuadrant(box.Width(), box.Height(), &q);
-  std::vector<PointI> ring;
+  static thread_local std::vector<PointI> ring;
   BuildRing(q, box, clockwise, &ring);
   const int c = static_cast<int>(q.size());
   if (c == 0) return false;
@@ -231,7 +230,8 @@ std::int64_t RoundRectRows(const Box64& box, std::int64_t corner_w, std::int64_t
     // Round-rectangle corners take the corner ellipse's inset at each side.
     if (2 * in >= w) in = w;  // empty row: both ends at the right edge
     (*left)[static_cast<std::size_t>(r)] = box.left + std::min(in, w);
-    (*right)[static_cast<std::size_t>(r)] = box.left + std::max<std::int64_t>(w - in, std::min(in, w));
+    (*right)[static_cast<std::size_t>(r)] =
+        box.left + std::max<std::int64_t>(w - in, std::min(in, w));
   }
   return h;
 }

@@ -25,9 +25,11 @@ PixelSet ToSet(const std::vector<PointI>& pts) {
 
 // Renders a pixel set inside w x h as rows of '#' and '.'.
 std::vector<std::string> Picture(const PixelSet& s, int w, int h) {
-  std::vector<std::string> rows(static_cast<std::size_t>(h), std::string(static_cast<std::size_t>(w), '.'));
+  std::vector<std::string> rows(static_cast<std::size_t>(h),
+                                std::string(static_cast<std::size_t>(w), '.'));
   for (const auto& [x, y] : s) {
-    if (x >= 0 && x < w && y >= 0 && y < h) rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] = '#';
+    if (x >= 0 && x < w && y >= 0 && y < h)
+      rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] = '#';
   }
   return rows;
 }

@@ -110,9 +110,7 @@ constexpr int kBezierShift = 4;
 constexpr std::int64_t kBezierPixel = std::int64_t{1} << kBezierShift;
 constexpr int kBezierDepth = 8;
 
-std::int64_t BezierDown(std::int64_t v) {
-  return (v + (kBezierPixel >> 1)) >> kBezierShift;
-}
+std::int64_t BezierDown(std::int64_t v) { return (v + (kBezierPixel >> 1)) >> kBezierShift; }
 
 struct BPoint {
   std::int64_t x = 0;
@@ -179,8 +177,10 @@ std::int64_t BezierUp(double v) {
 
 void FlattenCubic(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
                   double y3, std::vector<PointI>* pts) {
-  BPoint p[4] = {{BezierUp(x0), BezierUp(y0)}, {BezierUp(x1), BezierUp(y1)},
-                 {BezierUp(x2), BezierUp(y2)}, {BezierUp(x3), BezierUp(y3)}};
+  BPoint p[4] = {{BezierUp(x0), BezierUp(y0)},
+                 {BezierUp(x1), BezierUp(y1)},
+                 {BezierUp(x2), BezierUp(y2)},
+                 {BezierUp(x3), BezierUp(y3)}};
   FlattenFixed(p, kBezierDepth, pts);
 }
 
@@ -241,8 +241,8 @@ BOOL RenderPath(HDC dc, PathRender what) {
       counts.push_back(static_cast<int>(f.points.size()));
     }
     if (!counts.empty()) {
-      const FillRule rule = dc->poly_fill_mode == WINDING ? FillRule::kWinding
-                                                          : FillRule::kAlternate;
+      const FillRule rule =
+          dc->poly_fill_mode == WINDING ? FillRule::kWinding : FillRule::kAlternate;
       RegionBuilder builder;
       dc->scanner.Fill(pts.data(), counts.data(), static_cast<int>(counts.size()), rule, clip,
                        builder);
@@ -254,8 +254,7 @@ BOOL RenderPath(HDC dc, PathRender what) {
     const StrokeStyle style = StyleOfSelectedPen(*dc);
     for (const Figure& f : figures) {
       if (!f.has_segments) continue;
-      BuildStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip,
-                  &set);
+      BuildStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip, &set);
     }
     RegionBuilder builder;
     if (!set.counts.empty()) {
@@ -297,13 +296,12 @@ PointI ArcEndPoint(const Box64& box, PointI ray) {
   const double h = static_cast<double>(box.Height());
   const double cx = static_cast<double>(box.left) + w / 2;
   const double cy = static_cast<double>(box.top) + h / 2;
-  const double a = std::atan2(w > 0 && h > 0 ? (ray.y - cy) / h : 0.0,
-                              w > 0 && h > 0 ? (ray.x - cx) / w : 0.0);
+  const double a =
+      std::atan2(w > 0 && h > 0 ? (ray.y - cy) / h : 0.0, w > 0 && h > 0 ? (ray.x - cx) / w : 0.0);
   return PointI{RoundToPixel(cx + std::cos(a) * w / 2), RoundToPixel(cy + std::sin(a) * h / 2)};
 }
 
-void RecordCurve(DeviceContext& dc, const Box64& box, PointI start, PointI end,
-                 CurveKind kind) {
+void RecordCurve(DeviceContext& dc, const Box64& box, PointI start, PointI end, CurveKind kind) {
   if (box.Width() == 0 || box.Height() == 0) return;
   PathData& path = dc.path;
   const EllipseFrame f = FrameOf(box);

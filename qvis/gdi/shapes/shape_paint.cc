@@ -20,10 +20,10 @@ SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip) {
   {
     SpanBatch batch(builder);
     for (std::int64_t r = r0; r < r1; ++r) {
-      const std::int64_t x0 = std::max<std::int64_t>(rows.left[static_cast<std::size_t>(r)],
-                                                     clip.left);
-      const std::int64_t x1 = std::min<std::int64_t>(rows.right[static_cast<std::size_t>(r)],
-                                                     clip.right);
+      const std::int64_t x0 =
+          std::max<std::int64_t>(rows.left[static_cast<std::size_t>(r)], clip.left);
+      const std::int64_t x1 =
+          std::min<std::int64_t>(rows.right[static_cast<std::size_t>(r)], clip.right);
       if (x0 < x1) {
         batch.Add(static_cast<int>(rows.top + r), static_cast<int>(x0), static_cast<int>(x1));
       }
@@ -32,8 +32,7 @@ SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip) {
   return builder.Build();
 }
 
-void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* outline,
-                int count) {
+void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* outline, int count) {
   const IRect clip = ClipBox(dc);
   if (clip.IsEmpty()) return;
   const bool has_pen = dc.pen != nullptr && !dc.pen->IsNull() && count > 0;
@@ -60,11 +59,12 @@ void EmitRows(const RowShape& rows, const IRect& clip, SpanSink& sink) {
   const std::int64_t r1 = std::min<std::int64_t>(n, std::int64_t{clip.bottom} - rows.top);
   SpanBatch batch(sink);
   for (std::int64_t r = r0; r < r1; ++r) {
-    const std::int64_t x0 = std::max<std::int64_t>(rows.left[static_cast<std::size_t>(r)],
-                                                   clip.left);
-    const std::int64_t x1 = std::min<std::int64_t>(rows.right[static_cast<std::size_t>(r)],
-                                                   clip.right);
-    if (x0 < x1) batch.Add(static_cast<int>(rows.top + r), static_cast<int>(x0), static_cast<int>(x1));
+    const std::int64_t x0 =
+        std::max<std::int64_t>(rows.left[static_cast<std::size_t>(r)], clip.left);
+    const std::int64_t x1 =
+        std::min<std::int64_t>(rows.right[static_cast<std::size_t>(r)], clip.right);
+    if (x0 < x1)
+      batch.Add(static_cast<int>(rows.top + r), static_cast<int>(x0), static_cast<int>(x1));
   }
 }
 
@@ -124,8 +124,9 @@ void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a
   std::vector<Point2> pts;
   FlattenArc(arc, ClipBox(dc), 0.25, &pts);
   for (const Point2& p : pts) {
-    const PointI q{static_cast<int>(std::clamp(std::floor(p.x + 0.5), -2147483648.0, 2147483647.0)),
-                   static_cast<int>(std::clamp(std::floor(p.y + 0.5), -2147483648.0, 2147483647.0))};
+    const PointI q{
+        static_cast<int>(std::clamp(std::floor(p.x + 0.5), -2147483648.0, 2147483647.0)),
+        static_cast<int>(std::clamp(std::floor(p.y + 0.5), -2147483648.0, 2147483647.0))};
     if (out->empty() || out->back() != q) out->push_back(q);
   }
 }

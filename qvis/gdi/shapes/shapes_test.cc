@@ -73,8 +73,8 @@ HPEN WidePen(int width, DWORD caps_and_join, COLORREF color) {
   LOGBRUSH brush;
   brush.lbStyle = BS_SOLID;
   brush.lbColor = color;
-  return ExtCreatePen(PS_GEOMETRIC | PS_SOLID | caps_and_join, static_cast<DWORD>(width), &brush,
-                      0, nullptr);
+  return ExtCreatePen(PS_GEOMETRIC | PS_SOLID | caps_and_join, static_cast<DWORD>(width), &brush, 0,
+                      nullptr);
 }
 
 // One random primitive of the shapes code, drawn with whatever is selected.
@@ -121,7 +121,8 @@ void SelectRandomTools(Canvas& canvas, std::mt19937& rng, bool wide_only) {
   } else if (kind == 1) {
     const DWORD caps[] = {PS_ENDCAP_ROUND, PS_ENDCAP_SQUARE, PS_ENDCAP_FLAT};
     const DWORD joins[] = {PS_JOIN_ROUND, PS_JOIN_BEVEL, PS_JOIN_MITER};
-    canvas.Select(WidePen(2 + static_cast<int>(rng() % 14), caps[rng() % 3] | joins[rng() % 3], color));
+    canvas.Select(
+        WidePen(2 + static_cast<int>(rng() % 14), caps[rng() % 3] | joins[rng() % 3], color));
   } else {
     canvas.Select(CreatePen(PS_SOLID, 2 + static_cast<int>(rng() % 6), color));
   }
@@ -204,23 +205,30 @@ TEST(ShapesRobustnessTest, ExtremeInputFinishesAndDrawsTheVisiblePart) {
   };
   const std::vector<Row> rows = {
       {"ellipse over the whole range", [&](HDC dc) { Ellipse(dc, kMin, kMin, kMax, kMax); }, true},
-      {"huge ellipse far away", [](HDC dc) { Ellipse(dc, 1 << 30, 1 << 30, INT_MAX, INT_MAX); }, false},
+      {"huge ellipse far away", [](HDC dc) { Ellipse(dc, 1 << 30, 1 << 30, INT_MAX, INT_MAX); },
+       false},
       {"pie over the whole range",
        [&](HDC dc) { Pie(dc, kMin, kMin, kMax, kMax, kMax, 0, kMax, 0); }, true},
-      {"chord and arc", [&](HDC dc) {
+      {"chord and arc",
+       [&](HDC dc) {
          Chord(dc, kMin, -5, kMax, 100000, 0, kMin, 0, kMax);
          Arc(dc, kMin, kMin, kMax, kMax, 0, 0, 1, 1);
-       }, false},
-      {"round rect", [&](HDC dc) { RoundRect(dc, -1000000, -1000000, 1000000, 1000000, kMax, kMax); }, true},
-      {"million pixel pen", [](HDC dc) {
+       },
+       false},
+      {"round rect",
+       [&](HDC dc) { RoundRect(dc, -1000000, -1000000, 1000000, 1000000, kMax, kMax); }, true},
+      {"million pixel pen",
+       [](HDC dc) {
          HPEN pen = WidePen(1000000, PS_ENDCAP_ROUND | PS_JOIN_ROUND, 0x00FF00);
          HGDIOBJ old = SelectObject(dc, pen);
          const CPoint pts[] = {{-5000000, 20}, {30, 20}, {30, 5000000}, {INT_MAX, INT_MIN}};
          Polyline(dc, pts, 4);
          SelectObject(dc, old);
          DeleteObject(pen);
-       }, true},
-      {"path at the range ends", [&](HDC dc) {
+       },
+       true},
+      {"path at the range ends",
+       [&](HDC dc) {
          BeginPath(dc);
          MoveToEx(dc, kMax, 0, nullptr);
          ArcTo(dc, kMin, kMin, kMax, kMax, kMax, 0, kMax, 0);  // the whole ellipse
@@ -229,14 +237,17 @@ TEST(ShapesRobustnessTest, ExtremeInputFinishesAndDrawsTheVisiblePart) {
          CloseFigure(dc);
          EndPath(dc);
          StrokeAndFillPath(dc);
-       }, true},
-      {"alpha", [&](HDC dc) {
+       },
+       true},
+      {"alpha",
+       [&](HDC dc) {
          GpFillRect(dc, kMin, kMin, kMax, kMax, 0xFF0000FF);
          GpDrawLine(dc, 0xFF00FF00, 3e9f, kMin, kMin, kMax, kMax);
          GpDrawEllipse(dc, 0xFF00FF00, 5, kMin, kMin, kMax, kMax);
          GpDrawArc(dc, 0xFF00FF00, std::numeric_limits<float>::quiet_NaN(), 0, 0, 10, 10, 0, 90);
          GpDrawPie(dc, 0xFF00FF00, 2, 0, 0, 10, 10, std::numeric_limits<float>::infinity(), 1e30f);
-       }, false},
+       },
+       false},
   };
   for (const Row& row : rows) {
     Canvas canvas(40, 30);
@@ -266,8 +277,8 @@ TEST(ShapesDegenerateTest, NullDcAndEmptyBoxes) {
   Canvas canvas(20, 20);
   canvas.Select(CreatePen(PS_SOLID, 1, 0xFFFFFF));
   const std::vector<std::uint32_t> before = canvas.Pixels();
-  EXPECT_TRUE(Ellipse(canvas.dc(), 5, 5, 5, 15));    // zero width
-  EXPECT_TRUE(Ellipse(canvas.dc(), 5, 5, 6, 6));     // a single pixel box
+  EXPECT_TRUE(Ellipse(canvas.dc(), 5, 5, 5, 15));          // zero width
+  EXPECT_TRUE(Ellipse(canvas.dc(), 5, 5, 6, 6));           // a single pixel box
   EXPECT_TRUE(Pie(canvas.dc(), 3, 9, 13, 9, 0, 0, 1, 1));  // zero height
   EXPECT_TRUE(GpFillRect(canvas.dc(), 2, 2, 0, 5, 0xFFFFFFFF));
   EXPECT_TRUE(GpDrawLine(canvas.dc(), 0xFFFFFFFF, 5, 7, 7, 7, 7));  // zero length
@@ -334,8 +345,8 @@ TEST(PathTest, RecordingBracketsAndRendering) {
   HDC dc = canvas.dc();
   canvas.Select(CreateSolidBrush(0x0000FF));
   SelectObject(dc, GetStockObject(NULL_PEN));
-  EXPECT_FALSE(EndPath(dc));       // nothing open
-  EXPECT_FALSE(FillPath(dc));      // nothing closed
+  EXPECT_FALSE(EndPath(dc));   // nothing open
+  EXPECT_FALSE(FillPath(dc));  // nothing closed
   EXPECT_FALSE(CloseFigure(dc));
   ASSERT_TRUE(BeginPath(dc));
   MoveToEx(dc, 5, 5, nullptr);
@@ -384,8 +395,8 @@ TEST(AlphaTest, RoundCappedLineCoversItsStadium) {
   ASSERT_TRUE(GpDrawLine(canvas.dc(), 0xFFFFFFFF, 8, 10, 15, 30, 15));
   EXPECT_EQ(canvas.At(20, 15), 0xFFFFFFu);
   EXPECT_EQ(canvas.At(20, 12), 0xFFFFFFu);
-  EXPECT_EQ(canvas.At(7, 15), 0xFFFFFFu);   // inside the round cap
-  EXPECT_EQ(canvas.At(7, 11), 0u);          // outside the round cap's corner
+  EXPECT_EQ(canvas.At(7, 15), 0xFFFFFFu);  // inside the round cap
+  EXPECT_EQ(canvas.At(7, 11), 0u);         // outside the round cap's corner
   EXPECT_EQ(canvas.At(20, 21), 0u);
   EXPECT_EQ(ArgbFromColor(0x0000FF, 128), 0x80FF0000u);
   EXPECT_EQ(ArgbFromColor(0x123456, 0x1FF), 0xFF563412u);

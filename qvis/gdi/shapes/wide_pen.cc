@@ -64,7 +64,6 @@ void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out
   out->Add(fx.data(), static_cast<int>(fx.size()));
 }
 
-
 // Body: the four corners of a wide segment, on the left and right of the walk from start to end
 // (left as seen on screen, y growing downward).
 struct Body {
@@ -320,8 +319,8 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
         const double mx = ax + ux * t;
         const double my = ay + uy * t;
         const double hw = static_cast<double>(width) / 2.0 * static_cast<double>(kFixOne);
-        const double ratio = std::hypot(mx - static_cast<double>(cf.x),
-                                        my - static_cast<double>(cf.y)) / hw;
+        const double ratio =
+            std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
         miter = ratio <= style.miter_limit;
         const double one = static_cast<double>(kFixOne);
         tip = PointFx{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,

@@ -99,3 +99,8 @@ snapshot 04-zoomed-out.png
 load board.dat
 move px 790 590
 snapshot 05-reloaded.png
+
+# Alt+1 fits the whole board into the window (the host's design gives the window's zoom-all
+# hook its meaning).
+alt1
+snapshot 06-fit.png

@@ -216,6 +216,43 @@ void HostDocument::PaintOne(CQVIS_GDI* surface, HDC dc, const Figure& f) {
   }
 }
 
+bool HostDocument::Extent(CQVIS_MaxRegionInfo* extent) const {
+  if (figures_.empty() || extent == nullptr) return false;
+  CQVIS_MaxRegionInfo e;
+  auto box = [&e](double x, double y, double half_w, double half_h) {
+    e.Put(x - half_w, y - half_h);
+    e.Put(x + half_w, y + half_h);
+  };
+  for (const Figure& f : figures_) {
+    switch (f.kind) {
+      case FigureKind::kTrack:
+      case FigureKind::kPolygon:
+        for (const Vertex& v : f.points) box(v.x, v.y, v.width * 0.5, v.width * 0.5);
+        break;
+      case FigureKind::kCircle:
+      case FigureKind::kCircle3:
+      case FigureKind::kArc: {
+        const double r = f.radius + f.width * 0.5;
+        box(f.cx, f.cy, r, r);
+        break;
+      }
+      case FigureKind::kRect:
+        box(f.x1, f.y1, 0.0, 0.0);
+        box(f.x2, f.y2, 0.0, 0.0);
+        break;
+      case FigureKind::kPad:
+        if (f.pad == PadShape::kRect || f.pad == PadShape::kObround) {
+          box(f.cx, f.cy, f.pad_width * 0.5, f.pad_height * 0.5);
+        } else {
+          box(f.cx, f.cy, f.pad_width * 0.5, f.pad_width * 0.5);
+        }
+        break;
+    }
+  }
+  *extent = e;
+  return true;
+}
+
 std::string HostDocument::Listing() const {
   std::string out;
   for (const Figure& f : figures_) {

@@ -11,6 +11,7 @@
 #include "qvis/compat/types.h"
 
 class CQVIS_Design;
+class CQVIS_MaxRegionInfo;
 class CQVIS_GDI;
 
 namespace qvis::session {
@@ -66,6 +67,10 @@ class HostDocument {
 
   // Listing: one line per figure, values with 4 decimals, in the order the figures came.
   std::string Listing() const;
+
+  // Extent: puts the area every figure covers (strokes and pads with their size) into
+  // `extent`. Returns false, and leaves it alone, when there are no figures.
+  bool Extent(CQVIS_MaxRegionInfo* extent) const;
 
   // LayerColor: the colour figures of a layer are painted in.
   static COLORREF LayerColor(int layer);

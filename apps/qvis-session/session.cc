@@ -80,6 +80,19 @@ LPARAM Pack(CPoint p) {
 
 }  // namespace
 
+int SessionDesign::ZoomAll(double width, double height, bool /*flag*/, double margin) {
+  CQVIS_MaxRegionInfo extent;
+  if (document_ == nullptr || !document_->Extent(&extent)) return 0;
+  ZoomWindow(width, height, extent.m_dMinX, extent.m_dMinY, extent.m_dMaxX, extent.m_dMaxY,
+             margin);
+  return 1;
+}
+
+SessionWindow::SessionWindow(const HostDocument* document) : document_(document) {
+  delete m_pDesign;
+  m_pDesign = new SessionDesign(document);
+}
+
 void SessionWindow::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
   if (document_ != nullptr) document_->Paint(surface, dc);
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "apps/qvis-session/host_document.h"
+#include "qvis/design/design.h"
 #include "qvis/compat/cpoint.h"
 #include "qvis/window/drawing_window.h"
 #include "qvis/window/headless/headless_port.h"
@@ -25,10 +26,23 @@ class ScriptError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// SessionWindow: the drawing window of the session host; it paints the host's document.
+// SessionDesign: the host's design, whose zoom-all hook (Alt+1) fits the host's figures into
+// the window with the margin factor the window passes. No figures: nothing changes, 0.
+class SessionDesign : public CQVIS_Design {
+ public:
+  explicit SessionDesign(const HostDocument* document) : document_(document) {}
+  using CQVIS_Design::ZoomAll;
+  int ZoomAll(double width, double height, bool flag, double margin) override;
+
+ private:
+  const HostDocument* document_;
+};
+
+// SessionWindow: the drawing window of the session host over a SessionDesign; it paints the
+// host's document.
 class SessionWindow : public CQVIS_Wnd {
  public:
-  explicit SessionWindow(const HostDocument* document) : document_(document) {}
+  explicit SessionWindow(const HostDocument* document);
   void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override;
 
  private:

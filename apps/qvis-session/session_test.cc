@@ -148,6 +148,8 @@ TEST_F(SessionTest, ViewCommandsAndExpectations) {
                              "expect zoom 6\n"
                              "char +\n"
                              "expect zoom 7.2\n"
+                             "alt1\n"
+                             "expect zoom 7.2\n"  // no figures: the fit changes nothing
                              "key esc\n"
                              "key enter\n"
                              "expect parent-keydowns 2\n"
@@ -156,6 +158,17 @@ TEST_F(SessionTest, ViewCommandsAndExpectations) {
                              "expect proc \"Zoom Command\"\n"
                              "drag px 20 20 to px 120 95\n"
                              "expect zoom 14.4\n";  // a box half the window: zoom x2
+  ASSERT_EQ(Run(script), 0) << err_.str();
+}
+
+TEST_F(SessionTest, AltOneFitsTheHostFigures) {
+  const std::string script = std::string(kSetup) +
+                             "command rect\n"
+                             "click 0 0\nclick 40 10\n"
+                             "command select\n"
+                             "alt1\n"
+                             // 40 mm plus 2 % of it on each side across 200 pixels
+                             "expect zoom 4.8076923076923\n";
   ASSERT_EQ(Run(script), 0) << err_.str();
 }
 

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "apps/qvis-session/host_document.h"
+#include "apps/qvis-session/session.h"
 #include "qvis/compat/exceptions.h"
 #include "qvis/compat/win32_names.h"
 #include "qvis/design/design.h"
@@ -25,16 +26,6 @@ namespace {
 
 using qvis::session::FigureCollector;
 using qvis::session::HostDocument;
-
-// EditorWindow paints the host's figures through the window's hook.
-class EditorWindow : public CQVIS_Wnd {
- public:
-  explicit EditorWindow(const HostDocument* document) : document_(document) {}
-  void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override { document_->Paint(surface, dc); }
-
- private:
-  const HostDocument* document_;
-};
 
 template <class Cmd>
 void StartCommand(CQVIS_Design* d, Cmd* cmd) {
@@ -60,7 +51,8 @@ int main(int argc, char** argv) {
   main_window.resize(1000, 700);
 
   HostDocument document;
-  EditorWindow wnd(&document);
+  // The session host's window: paints the document, and Alt+1 fits it.
+  qvis::session::SessionWindow wnd(&document);
   CQVIS_Design* d = wnd.GetDesign();
   FigureCollector collector(d, &document);
   port->SetMessageHook([&](UINT message, WPARAM wparam, bool after) {

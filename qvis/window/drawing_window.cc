@@ -47,15 +47,11 @@ CQVIS_Wnd::~CQVIS_Wnd() {
 BOOL CQVIS_Wnd::Create(qvis::WindowPort* port) {
   if (port == nullptr || m_pPort != nullptr) return FALSE;
   // The layers below the window (the mouse pan) repaint a window through this hook; every
-  // window handle is a port, so one handler serves all windows.
-  static const bool redraw_installed = [] {
-    qvis::SetRedrawHandler([](qvis::HWND hwnd, UINT) -> BOOL {
-      hwnd->RedrawNow();
-      return TRUE;
-    });
-    return true;
-  }();
-  (void)redraw_installed;
+  // window handle is a port, so the one handler serves all windows.
+  qvis::SetRedrawHandler([](qvis::HWND hwnd, UINT) -> BOOL {
+    hwnd->RedrawNow();
+    return TRUE;
+  });
   m_pPort = port;
   port->Bind(this);
   if (WindowProc(WM_CREATE, 0, 0) == -1) {

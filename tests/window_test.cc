@@ -1,12 +1,14 @@
 // End-to-end tests of the drawing window on the headless port: messages in, what the front
 // buffer (the screen) shows and what the design's members hold out.
 #include <cmath>
+#include <cstdio>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/design/design.h"
@@ -610,6 +612,37 @@ TEST_F(WindowTest, ResizeKeepsTheBufferInStep) {
   EXPECT_EQ(port_.FrontPixel(400, 150), kRed);
   port_.RedrawNow();
   EXPECT_EQ(port_.FrontPixel(400, 150), kRed);
+}
+
+// A view saved from one window and loaded into another shows the same picture.
+TEST(WindowFileTest, SavedViewReloadsToTheSamePicture) {
+  const std::string path =
+      testing::TempDir() + "window_test_view_" + std::to_string(::getpid()) + ".dat";
+  HeadlessPort port_a(240, 160);
+  CQVIS_Wnd a;
+  a.Create(&port_a);
+  CQVIS_Design* da = a.GetDesign();
+  da->m_pCoords->SetZoom(7.5);
+  da->m_pCoords->SetScreenViewPosition(-3.25, 1.5);
+  da->m_pCoords->SetGrid(4.0, 6.0);
+  da->m_pGridSnapMgr->SetLineGrid();
+  da->m_pGridSnapMgr->SetGridColor(0x00FF80);
+  da->m_pSurface->SetBkColor(0x202020);
+  da->m_pCursorMgr->Off();
+  port_a.RedrawNow();
+  da->SaveToFile(path.c_str());
+
+  HeadlessPort port_b(240, 160);
+  CQVIS_Wnd b;
+  b.Create(&port_b);
+  b.GetDesign()->m_pCursorMgr->Off();
+  port_b.RedrawNow();
+  EXPECT_GT(CountDifferent(Pixels(port_a), Pixels(port_b)), 0);
+  b.GetDesign()->LoadFromFile(path.c_str());
+  port_b.RedrawNow();
+  EXPECT_TRUE(*b.GetDesign() == *da);
+  EXPECT_EQ(CountDifferent(Pixels(port_a), Pixels(port_b)), 0);
+  std::remove(path.c_str());
 }
 
 TEST(WindowLifeTest, PortOrWindowMayGoFirst) {

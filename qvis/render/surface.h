@@ -218,7 +218,9 @@ class CQVIS_GDI {
 
   // DrawArc draws the arc of circle (cx, cy, r) from the ray through (sx, sy) to the ray through
   // (ex, ey) in the DC's arc direction (counter-clockwise on screen by default). Draws nothing
-  // when r <= 0, the device radius is below 1, or start and end map to one pixel.
+  // when r <= 0, the device radius is below 1, or start and end map to one pixel or to one ray
+  // from the centre (the device would draw the full circle). Pass doubles: an int literal 0
+  // as first argument is also a null DC.
   void DrawArc(double cx, double cy, double r, double sx, double sy, double ex, double ey);
   void DrawArc(qvis::HDC hdc, double cx, double cy, double r, double sx, double sy, double ex,
                double ey);
@@ -272,7 +274,7 @@ class CQVIS_GDI {
   void DrawRectangle_Polyline(qvis::HDC hdc, double x1, double y1, double x2, double y2);
 
   // Region makers. The caller owns the region (qvis::gdi::DeleteObject). Null when the device
-  // layer cannot make one.
+  // layer cannot make one, and for circles of more than 2^20 pixels radius.
   // GetCircleRgn: CreateEllipticRgn over (cx - R, cy - R, cx + R, cy + R).
   qvis::HRGN GetCircleRgn(double cx, double cy, double r);
   qvis::HRGN GetCircleRgn(qvis::HDC hdc, double cx, double cy, double r);
@@ -406,7 +408,8 @@ class CQVIS_GDI {
   // (only its low byte is used) and draws with the alpha blitter: colour = ARGB of
   // opacity << 24 | red << 16 | green << 8 | blue, round caps and joins, no anti-aliasing, the
   // DC's raster operation and pen/brush left untouched. Nothing is cached. If the translucent
-  // path failed to start, they draw nothing.
+  // path failed to start, they draw nothing; round figures of more than 2^20 pixels radius
+  // are not drawn, pens are at most 2^16 pixels wide.
 
   // GP_DrawLine: the line (normalised as DrawLine) with a pen of W(width) pixels (no fill-mode
   // rule; at least 1).

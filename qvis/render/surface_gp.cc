@@ -28,7 +28,12 @@ constexpr double kHeadWidth = 6.0;
 // The translucent path draws only while it is started (a failed start leaves it blank).
 bool Running() { return qvis::AlphaIsRunning(); }
 
-float PenWidth(int pixels) { return static_cast<float>(pixels < 1 ? 1 : pixels); }
+// Pen widths are at least 1 pixel and at most kMaxPenWidth: a wider pen covers any screen the
+// same way and only costs the stroker time.
+constexpr int kMaxPenWidth = 1 << 16;
+float PenWidth(int pixels) {
+  return static_cast<float>(pixels < 1 ? 1 : pixels > kMaxPenWidth ? kMaxPenWidth : pixels);
+}
 
 // Angle of (x, y) seen from (cx, cy), degrees clockwise from +x on the y-down device plane.
 double DeviceAngle(int cx, int cy, int x, int y) {
@@ -130,11 +135,11 @@ void CQVIS_GDI::GP_DrawArc(qvis::HDC hdc, double cx, double cy, double r, double
                            double ex, double ey, double width, COLORREF color, int opacity) {
   if (!Running() || !(r > 0)) return;
   const LONG rad = WorldToDeviceLength(r);
-  if (rad < 1) return;
+  if (rad < 1 || rad > qvis::render::kMaxBuiltRadius) return;
   const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
   const LONG dsx = WorldToDeviceX(sx), dsy = WorldToDeviceY(sy);
   const LONG dex = WorldToDeviceX(ex), dey = WorldToDeviceY(ey);
-  if (dsx == dex && dsy == dey) return;
+  if (qvis::render::SameRay(dcx, dcy, dsx, dsy, dex, dey)) return;
   const qvis::HDC dc = ResolveDC(hdc);
   const double start = DeviceAngle(dcx, dcy, dsx, dsy);
   const double sweep = Sweep(dc, start, DeviceAngle(dcx, dcy, dex, dey));
@@ -153,11 +158,11 @@ void CQVIS_GDI::GP_DrawPie(qvis::HDC hdc, double cx, double cy, double r, double
                            double ex, double ey, COLORREF color, int opacity) {
   if (!Running() || !(r > 0)) return;
   const LONG rad = WorldToDeviceLength(r);
-  if (rad < 1) return;
+  if (rad < 1 || rad > qvis::render::kMaxBuiltRadius) return;
   const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
   const LONG dsx = WorldToDeviceX(sx), dsy = WorldToDeviceY(sy);
   const LONG dex = WorldToDeviceX(ex), dey = WorldToDeviceY(ey);
-  if (dsx == dex && dsy == dey) return;
+  if (qvis::render::SameRay(dcx, dcy, dsx, dsy, dex, dey)) return;
   const qvis::HDC dc = ResolveDC(hdc);
   const double start = DeviceAngle(dcx, dcy, dsx, dsy);
   const double sweep = Sweep(dc, start, DeviceAngle(dcx, dcy, dex, dey));
@@ -170,6 +175,7 @@ void CQVIS_GDI::GP_DrawCircle(qvis::HDC hdc, double cx, double cy, double r, dou
                               COLORREF color, int opacity) {
   if (!Running()) return;
   const LONG rad = WorldToDeviceLength(r);
+  if (rad > qvis::render::kMaxBuiltRadius || rad < -qvis::render::kMaxBuiltRadius) return;
   const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
   gdi::GpDrawEllipse(ResolveDC(hdc), GpArgb(color, opacity), PenWidth(PenPixelWidth(width)),
                      SatSub(dcx, rad), SatSub(dcy, rad), SatMul(rad, 2), SatMul(rad, 2));

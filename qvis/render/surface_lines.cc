@@ -182,8 +182,9 @@ void CQVIS_GDI::ArcLike(int kind, qvis::HDC hdc, double cx, double cy, double r,
   const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
   const LONG dsx = WorldToDeviceX(sx), dsy = WorldToDeviceY(sy);
   const LONG dex = WorldToDeviceX(ex), dey = WorldToDeviceY(ey);
-  // Equal end points would make the device draw the full circle; that is DrawCircle's job.
-  if (dsx == dex && dsy == dey) return;
+  // End points on one ray would make the device draw the full circle; that is DrawCircle's
+  // job, so nothing is drawn.
+  if (qvis::render::SameRay(dcx, dcy, dsx, dsy, dex, dey)) return;
   qvis::HDC dc = ResolveDC(hdc);
   const int l = SatSub(dcx, rad), t = SatSub(dcy, rad);
   const int rr = SatAdd(dcx, rad), b = SatAdd(dcy, rad);

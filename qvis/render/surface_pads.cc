@@ -1,6 +1,7 @@
 // CQVIS_GDI regions and pads: circle, rectangle, obround and polygon pads with optional holes,
 // built from device regions and painted solid, or hatched with a frame when the fill mode is 0.
 #include <cmath>
+#include <vector>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/geometry/kernel.h"
@@ -24,6 +25,65 @@ qvis::HRGN Union(qvis::HRGN a, qvis::HRGN b) {
   return a;
 }
 
+// Polygon regions are built row by row, so one reaching billions of pixels past the view
+// would take that many rows. They are cut to the DC's visible box widened by kGuard pixels
+// (a box about the origin without a DC): the cut lies far outside anything painted, and the
+// edges it shortens keep their slope to within 1/60000 of a pixel across the view.
+constexpr int kGuard = 1 << 16;
+
+// ClippedPolygonRgn: CreatePolygonRgn of the part of the polygon inside the guard box.
+qvis::HRGN ClippedPolygonRgn(qvis::HDC dc, const CPoint* points, int count, int mode) {
+  CRect box;
+  if (dc == nullptr || gdi::GetClipBox(dc, &box) == gdi::kRegionError || box.IsRectEmpty()) {
+    box = CRect(0, 0, 0, 0);
+  }
+  const double gl = static_cast<double>(box.left) - kGuard;
+  const double gt = static_cast<double>(box.top) - kGuard;
+  const double gr = static_cast<double>(box.right) + kGuard;
+  const double gb = static_cast<double>(box.bottom) + kGuard;
+  bool inside = true;
+  for (int i = 0; i < count && inside; ++i) {
+    inside = points[i].x >= gl && points[i].x <= gr && points[i].y >= gt && points[i].y <= gb;
+  }
+  if (inside) return gdi::CreatePolygonRgn(points, count, mode);
+
+  // Sutherland-Hodgman against the four sides of the guard box.
+  struct P {
+    double x, y;
+  };
+  std::vector<P> poly;
+  poly.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) poly.push_back(P{double(points[i].x), double(points[i].y)});
+  std::vector<P> next;
+  const auto clip = [&](auto keep, auto cross) {
+    next.clear();
+    for (size_t i = 0; i < poly.size(); ++i) {
+      const P a = poly[i], b = poly[(i + 1) % poly.size()];
+      const bool ka = keep(a), kb = keep(b);
+      if (ka) next.push_back(a);
+      if (ka != kb) next.push_back(cross(a, b));
+    }
+    poly.swap(next);
+  };
+  const auto at_x = [](P a, P b, double x) {
+    return P{x, a.y + (b.y - a.y) * (x - a.x) / (b.x - a.x)};
+  };
+  const auto at_y = [](P a, P b, double y) {
+    return P{a.x + (b.x - a.x) * (y - a.y) / (b.y - a.y), y};
+  };
+  clip([&](P p) { return p.x >= gl; }, [&](P a, P b) { return at_x(a, b, gl); });
+  clip([&](P p) { return p.x <= gr; }, [&](P a, P b) { return at_x(a, b, gr); });
+  clip([&](P p) { return p.y >= gt; }, [&](P a, P b) { return at_y(a, b, gt); });
+  clip([&](P p) { return p.y <= gb; }, [&](P a, P b) { return at_y(a, b, gb); });
+  if (poly.size() < 3) return nullptr;
+  std::vector<CPoint> cut;
+  cut.reserve(poly.size());
+  for (const P& p : poly) {
+    cut.emplace_back(static_cast<LONG>(std::lround(p.x)), static_cast<LONG>(std::lround(p.y)));
+  }
+  return gdi::CreatePolygonRgn(cut.data(), static_cast<int>(cut.size()), mode);
+}
+
 int FillModeOf(qvis::HDC dc) {
   const int mode = gdi::GetPolyFillMode(dc);
   return mode == WINDING ? WINDING : ALTERNATE;
@@ -39,6 +99,7 @@ qvis::HRGN CQVIS_GDI::GetCircleRgn(double cx, double cy, double r) {
 
 qvis::HRGN CQVIS_GDI::GetCircleRgn(qvis::HDC, double cx, double cy, double r) {
   const LONG rad = WorldToDeviceLength(r);
+  if (rad > qvis::render::kMaxBuiltRadius || rad < -qvis::render::kMaxBuiltRadius) return nullptr;
   const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
   return gdi::CreateEllipticRgn(SatSub(dcx, rad), SatSub(dcy, rad), SatAdd(dcx, rad),
                                 SatAdd(dcy, rad));
@@ -67,16 +128,19 @@ qvis::HRGN CQVIS_GDI::GetRectangleRgn(qvis::HDC hdc, double cx, double cy, doubl
     CQVIS_Math::Rotate(cx, cy, xs[i], ys[i], &rx, &ry, angle);
     pts[i] = CPoint(WorldToDeviceX(rx), WorldToDeviceY(ry));
   }
-  return gdi::CreatePolygonRgn(pts, 4, FillModeOf(ResolveDC(hdc)));
+  const qvis::HDC dc = ResolveDC(hdc);
+  return ClippedPolygonRgn(dc, pts, 4, FillModeOf(dc));
 }
 
 qvis::HRGN CQVIS_GDI::GetPolygonScreen(CPoint* points, int count, int fillMode) {
   return GetPolygonScreen(nullptr, points, count, fillMode);
 }
 
-qvis::HRGN CQVIS_GDI::GetPolygonScreen(qvis::HDC, CPoint* points, int count, int fillMode) {
+qvis::HRGN CQVIS_GDI::GetPolygonScreen(qvis::HDC hdc, CPoint* points, int count,
+                                       int fillMode) {
   if (points == nullptr || count < 3) return nullptr;
-  return gdi::CreatePolygonRgn(points, count, fillMode);
+  if (fillMode != ALTERNATE && fillMode != WINDING) return nullptr;
+  return ClippedPolygonRgn(ResolveDC(hdc), points, count, fillMode);
 }
 
 // ----- Pad construction ----------------------------------------------------------------------

@@ -152,6 +152,12 @@ TEST(MousePanXorTest, RandomDragsLeaveNothingBehind) {
         default: pan.MouseMove(coord(), coord(), rng() % 4 == 0 ? 1 : 0); break;
       }
       shown = std::max(shown, testing::Canvas::CountDiff(canvas.Snapshot(), background));
+      if (i % 16 == 15) {  // a repaint shows exactly what was on screen
+        const testing::Pixels on_screen = canvas.Snapshot();
+        canvas.Restore(background);
+        pan.OnDraw();
+        ASSERT_EQ(testing::Canvas::CountDiff(canvas.Snapshot(), on_screen), 0) << seed << " " << i;
+      }
     }
     pan.MouseUp(2, 0, 0);
     EXPECT_EQ(testing::Canvas::CountDiff(canvas.Snapshot(), background), 0) << seed;

@@ -146,6 +146,12 @@ TEST(ZoomMgrXorTest, RandomGesturesLeaveNothingBehind) {
         default: zoom.MouseMove(coord(), coord()); break;
       }
       shown = std::max(shown, testing::Canvas::CountDiff(canvas.Snapshot(), background));
+      if (i % 16 == 15) {  // a repaint shows exactly what was on screen
+        const testing::Pixels on_screen = canvas.Snapshot();
+        canvas.Restore(background);
+        zoom.OnDraw();
+        ASSERT_EQ(testing::Canvas::CountDiff(canvas.Snapshot(), on_screen), 0) << seed << " " << i;
+      }
     }
     zoom.Deactive();
     EXPECT_EQ(testing::Canvas::CountDiff(canvas.Snapshot(), background), 0) << seed;

@@ -98,7 +98,10 @@ BOOL DrawRoundShape(HDC dc, int left, int top, int right, int bottom, std::int64
     interior.top = grown.top;
     RoundRectRows(grown, ew, eh, &interior.left, &interior.right);
   }
-  if (is_ellipse) {
+  outline.clear();
+  if (dc->pen == nullptr || dc->pen->IsNull()) {
+    // No outline to draw (filled pads): skip stepping it.
+  } else if (is_ellipse) {
     EllipseOutline(box, ArcDirectionIsClockwise(*dc), &outline);
   } else {
     RoundRectOutline(box, ew, eh, ArcDirectionIsClockwise(*dc), &outline);

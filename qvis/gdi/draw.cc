@@ -235,14 +235,6 @@ BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
   return TRUE;
 }
 
-int FillRect(HDC dc, const CRect* rect, HBRUSH brush) {
-  BrushData* data = AsBrush(brush);
-  if (dc == nullptr || rect == nullptr || data == nullptr) return 0;
-  const IRect box = IRect{rect->left, rect->top, rect->right, rect->bottom}.Intersect(ClipBox(*dc));
-  if (!box.IsEmpty()) SourceSink(*dc, BrushSource(*dc, data), R2_COPYPEN).BlitRect(box);
-  return 1;
-}
-
 // --- Pixels -------------------------------------------------------------------------------------
 
 namespace {
@@ -269,13 +261,16 @@ void SetMonoPixel(BitmapData& bitmap, int x, int y, bool bit) {
 COLORREF SetPixel(HDC dc, int x, int y, COLORREF color) {
   if (dc == nullptr || !PixelVisible(*dc, x, y)) return kClrInvalid;
   BitmapData& bitmap = *dc->bitmap;
+  // The pixel is combined with the DC's raster operation like any other drawing.
   if (bitmap.bpp == 1) {
     // A single pixel takes the nearer of black and white (no background-colour rule here).
     const bool bit = MonoBitFor(color, color);
-    SetMonoPixel(bitmap, x, y, bit);
+    const std::uint32_t d = MonoPixel(bitmap, x, y) ? ~0u : 0u;
+    SetMonoPixel(bitmap, x, y, Rop2(dc->rop2, bit ? ~0u : 0u, d) & 1u);
     return bit ? 0xFFFFFFu : 0u;
   }
-  bitmap.Row32(y)[x] = ColorToPixel(color);
+  std::uint32_t& px = bitmap.Row32(y)[x];
+  px = ChooseRop2Pixel(dc->rop2)(ColorToPixel(color), px);
   return color & 0xFFFFFFu;
 }
 
@@ -442,6 +437,8 @@ class BlockSink final : public SpanSink {
 void RunBlock(DeviceContext& dc, const IRect& box, unsigned rop3, const BitmapData* src, int dx,
               int dy, COLORREF src_bk) {
   if (box.IsEmpty()) return;
+  // An operation that needs a pattern does nothing at all when the brush is hollow.
+  if (UsesPattern(rop3) && (dc.brush == nullptr || dc.brush->IsNull())) return;
   BlockSink block(dc, rop3, src, dx, dy, src_bk);
   if (const SpanRegion* clip = ClipRegion(dc)) {
     RegionClipSink clipped;
@@ -454,8 +451,8 @@ void RunBlock(DeviceContext& dc, const IRect& box, unsigned rop3, const BitmapDa
 
 // BoxOf turns an origin and signed extents into a box. A negative extent reaches back from the
 // origin pixel, which stays inside: x = 10, width = -3 covers pixels 8, 9 and 10.
-IRect BoxOf(int x, int y, int w, int h) {
-  std::int64_t l = x, t = y, r = std::int64_t{x} + w, b = std::int64_t{y} + h;
+IRect BoxOf(int x, int y, std::int64_t w, std::int64_t h) {
+  std::int64_t l = x, t = y, r = x + w, b = y + h;
   if (w < 0) {
     l = r + 1;
     r = std::int64_t{x} + 1;
@@ -478,6 +475,18 @@ BOOL PatBlt(HDC dc, int x, int y, int width, int height, DWORD rop) {
   if (dc->bitmap == nullptr || !dc->bitmap->bits) return TRUE;
   RunBlock(*dc, BoxOf(x, y, width, height).Intersect(ClipBox(*dc)), rop3, nullptr, 0, 0, 0);
   return TRUE;
+}
+
+int FillRect(HDC dc, const CRect* rect, HBRUSH brush) {
+  BrushData* data = AsBrush(brush);
+  if (dc == nullptr || rect == nullptr || data == nullptr) return 0;
+  // A pattern copy of the box given by its corner and extents, so an inverted rectangle
+  // covers the same pixels as a PatBlt with negative extents.
+  const IRect box = BoxOf(rect->left, rect->top, std::int64_t{rect->right} - rect->left,
+                          std::int64_t{rect->bottom} - rect->top)
+                        .Intersect(ClipBox(*dc));
+  if (!box.IsEmpty()) SourceSink(*dc, BrushSource(*dc, data), R2_COPYPEN).BlitRect(box);
+  return 1;
 }
 
 BOOL BitBlt(HDC dst, int x, int y, int width, int height, HDC src, int sx, int sy, DWORD rop) {

@@ -251,8 +251,8 @@ BOOL ArcTo(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int
 BOOL Pie(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe, int ye);
 BOOL Chord(HDC dc, int left, int top, int right, int bottom, int xs, int ys, int xe, int ye);
 
-// SetPixel paints one pixel (copy, ignoring ROP2) and returns the colour stored, or kClrInvalid
-// outside the bitmap or clip region.
+// SetPixel paints one pixel through the DC's ROP2 and returns the colour asked for (on a
+// 1-bpp bitmap the nearer of black and white), or kClrInvalid outside the bitmap or clip region.
 COLORREF SetPixel(HDC dc, int x, int y, COLORREF color);
 // GetPixel reads one pixel, kClrInvalid outside the bitmap or clip region.
 COLORREF GetPixel(HDC dc, int x, int y);

@@ -1,13 +1,18 @@
 #!/usr/bin/env bash
 # Installs the Debian packages qvis builds and tests with, and nothing else; packages that are
-# already there are left alone. `scripts/setup.sh --bench` adds the benchmark-only ones.
+# already there are left alone. `--bench` adds the benchmark-only ones (Cairo, the reference
+# renderer), `--qt` the Qt 6 development files for the desktop port and editor.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
           libfreetype-dev libfontconfig-dev libpng-dev fonts-liberation2)
-if [[ "${1:-}" == "--bench" ]]; then
-  packages+=(libcairo2-dev)
-fi
+for arg in "$@"; do
+  case "$arg" in
+    --bench) packages+=(libcairo2-dev) ;;
+    --qt) packages+=(qt6-base-dev) ;;
+    *) echo "setup: unknown option $arg (use --bench, --qt)" >&2; exit 2 ;;
+  esac
+done
 
 missing=()
 for p in "${packages[@]}"; do

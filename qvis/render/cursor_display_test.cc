@@ -129,7 +129,9 @@ TEST(CursorTest, ExtensionLinesUseCrossedExtents) {
     EXPECT_LE(col.second, 798) << style;
     EXPECT_GE(col.second, 793) << style;
     // Solid: every pixel once, except the crossing, which XOR hits twice.
-    if (style == 1) EXPECT_EQ(s.canvas.Drawn(), 598 + 798 - 2);
+    if (style == 1) {
+      EXPECT_EQ(s.canvas.Drawn(), 598 + 798 - 2);
+    }
     s.cursor->Off();
     EXPECT_TRUE(s.Clean());
   }

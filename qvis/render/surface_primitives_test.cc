@@ -433,8 +433,12 @@ TEST(SurfacePadsTest, FillModeZeroHatchesAndFramesEveryPad) {
           EXPECT_TRUE(c == kGreen || c == 0u) << name;
           (c == 0u ? inside_gaps : inside_marks) += 1;
           // The hatch repeats every 8 pixels.
-          if (inside(x + 8, y)) EXPECT_EQ(hatched.At(x + 8, y), c) << name << x << "," << y;
-          if (inside(x, y + 8)) EXPECT_EQ(hatched.At(x, y + 8), c) << name << x << "," << y;
+          if (inside(x + 8, y)) {
+            EXPECT_EQ(hatched.At(x + 8, y), c) << name << x << "," << y;
+          }
+          if (inside(x, y + 8)) {
+            EXPECT_EQ(hatched.At(x, y + 8), c) << name << x << "," << y;
+          }
         }
       }
     }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -310,7 +311,7 @@ TEST(EmfTest, WidePensScaleWithThePicture) {
 
 TEST(EmfTest, MalformedImagesAreRefused) {
   const std::vector<std::uint8_t> good = LineArt();
-  ASSERT_NE(ParseEnhMetaFile(good.data(), good.size()), nullptr);
+  ASSERT_NE(std::unique_ptr<EnhMetaFile>(ParseEnhMetaFile(good.data(), good.size())), nullptr);
   auto refused = [](std::vector<std::uint8_t> bytes) {
     EnhMetaFile* emf = ParseEnhMetaFile(bytes.data(), bytes.size());
     delete emf;

@@ -179,9 +179,10 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
                   t.X(reach_u1, reach_v)};
   double ys[4] = {t.Y(reach_u0, -reach_v), t.Y(reach_u1, -reach_v), t.Y(reach_u0, reach_v),
                   t.Y(reach_u1, reach_v)};
-  IRect reach{ClampInt(*std::min_element(xs, xs + 4)), ClampInt(*std::min_element(ys, ys + 4)),
-              ClampInt(*std::max_element(xs, xs + 4)) + 1,
-              ClampInt(*std::max_element(ys, ys + 4)) + 1};
+  // Rounded outwards; the far edges saturate like every other coordinate.
+  IRect reach{ClampInt(*std::min_element(xs, xs + 4) - 1), ClampInt(*std::min_element(ys, ys + 4) - 1),
+              ClampInt(*std::max_element(xs, xs + 4) + 1),
+              ClampInt(*std::max_element(ys, ys + 4) + 1)};
   IRect box = visible.Intersect(reach);
   if (box.IsEmpty()) return TRUE;
   const std::int64_t bw = box.right - box.left;

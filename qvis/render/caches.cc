@@ -155,7 +155,7 @@ CFont* CQVIS_Font::CreateFontA(const CString& face, int height, int escapement, 
 
   delete m_pFont;
   m_pFont = new CFont;
-  m_pFont->CreateFontIndirect(&lf);
+  m_pFont->CreateFontIndirectA(&lf);
   return m_pFont;
 }
 

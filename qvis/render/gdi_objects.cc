@@ -69,7 +69,7 @@ BOOL CBrush::CreateHatchBrush(int hatch, COLORREF color) {
   return Own(qvis::AsGdiObject(qvis::gdi::CreateHatchBrush(hatch, color)));
 }
 
-BOOL CFont::CreateFontIndirect(const qvis::gdi::LOGFONTA* font) {
+BOOL CFont::CreateFontIndirectA(const qvis::gdi::LOGFONTA* font) {
   return Own(qvis::AsGdiObject(qvis::gdi::CreateFontIndirectA(font)));
 }
 

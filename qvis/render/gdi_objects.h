@@ -77,8 +77,8 @@ class CBrush : public qvis::GdiObjectWrapper {
 
 class CFont : public qvis::GdiObjectWrapper {
  public:
-  // CreateFontIndirect makes a font from the description; null fails.
-  BOOL CreateFontIndirect(const qvis::gdi::LOGFONTA* font);
+  // CreateFontIndirectA makes a font from the description; null fails.
+  BOOL CreateFontIndirectA(const qvis::gdi::LOGFONTA* font);
 };
 
 // CDC: a device context the caller hands around. It owns its DC only when made by

@@ -124,12 +124,25 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   const std::int64_t pen_end = pen;
 
   const bool update_cp = (align & TA_UPDATECP) != 0;
-  double rx = update_cp ? dc.position.x : x;
-  double ry = update_cp ? dc.position.y : y;
-  double u0 = 0;
+  const double ref_x = update_cp ? dc.position.x : x;
+  const double ref_y = update_cp ? dc.position.y : y;
+  double rx = ref_x;
+  double ry = ref_y;
+  // The reference point moves to the start of the baseline in whole pixels: back along the
+  // baseline by the rounded extent (or half of it, truncated), then across it by the ascent or
+  // descent, truncated towards zero as the platform does. Upright text only ever sees whole
+  // numbers here; turned text inherits the platform's truncation of the turned offsets.
+  const double wx = std::nearbyint(static_cast<double>(t.width) * t.ux);
+  const double wy = std::nearbyint(static_cast<double>(t.width) * t.uy);
   switch (align & TA_CENTER) {
-    case TA_CENTER: u0 = -static_cast<double>(t.width / 2); break;
-    case TA_RIGHT: u0 = -static_cast<double>(t.width); break;
+    case TA_CENTER:
+      rx -= std::trunc(wx / 2);
+      ry -= std::trunc(wy / 2);
+      break;
+    case TA_RIGHT:
+      rx -= wx;
+      ry -= wy;
+      break;
     default: break;
   }
   double v0 = 0;  // baseline below the reference point, along v
@@ -138,13 +151,13 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
     case TA_BOTTOM: v0 = -m.descent; break;
     default: v0 = m.ascent; break;
   }
-  t.origin_x = rx + u0 * t.ux - v0 * t.uy;
-  t.origin_y = ry + u0 * t.uy + v0 * t.ux;
+  t.origin_x = std::trunc(rx - v0 * t.uy);
+  t.origin_y = std::trunc(ry + v0 * t.ux);
   if (update_cp) {
     double shift = (align & TA_CENTER) == TA_CENTER ? 0.0
                    : (align & TA_CENTER) == TA_RIGHT ? -static_cast<double>(t.width)
                                                      : static_cast<double>(t.width);
-    dc.position = PointI{ClampInt(rx + shift * t.ux), ClampInt(ry + shift * t.uy)};
+    dc.position = PointI{ClampInt(ref_x + shift * t.ux), ClampInt(ref_y + shift * t.uy)};
   }
 
   if (dc.path.state == PathData::kOpen) {

@@ -370,6 +370,7 @@ class CQVIS_GDI {
   // ----- Text and pictures -------------------------------------------------------------------
 
   // DrawTextA at a device point with TextOutA and the DC's font. A null text draws nothing.
+  // Pass long (10L) or double coordinates: plain int literals fit both forms.
   void DrawTextA(long x, long y, const char* text);
   void DrawTextA(qvis::HDC hdc, long x, long y, const char* text);
   void DrawTextA(long x, long y, CString text);

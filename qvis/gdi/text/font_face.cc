@@ -150,11 +150,13 @@ struct FontFace::Impl {
   // rotation, so turned text keeps the stem widths of upright text.
   static constexpr FT_Int32 LoadFlags() { return FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_MONO; }
 
-  // Load prepares the hinted, emboldened, sheared and rotated outline of a character in the
-  // glyph slot. False for characters the face cannot load.
-  bool Load(unsigned char c) {
+  // Load prepares the outline of a character in the glyph slot: hinted for rendering (or the
+  // design outline for paths), emboldened, sheared and rotated as the font asks. False for
+  // characters the face cannot load.
+  bool Load(unsigned char c, bool hinted = true) {
     FT_UInt index = FT_Get_Char_Index(face, AnsiToUnicode(c));
-    if (FT_Load_Glyph(face, index, LoadFlags()) != 0) return false;
+    FT_Int32 flags = hinted ? LoadFlags() : FT_LOAD_NO_BITMAP | FT_LOAD_NO_HINTING;
+    if (FT_Load_Glyph(face, index, flags) != 0) return false;
     FT_GlyphSlot slot = face->glyph;
     if (slot->format != FT_GLYPH_FORMAT_OUTLINE) return false;
     if (bold) FT_Outline_Embolden(&slot->outline, std::max<FT_Pos>(64, face->size->metrics.x_ppem * 2));
@@ -336,8 +338,9 @@ struct OutlineWriter {
   double cy = 0;
   bool open = false;
 
-  double X(const FT_Vector* v) const { return x0 + static_cast<double>(v->x) / 64.0; }
-  double Y(const FT_Vector* v) const { return y0 - static_cast<double>(v->y) / 64.0; }
+  // Outline points land on whole device pixels (halves rounded up), as path points do.
+  double X(const FT_Vector* v) const { return std::floor(x0) + static_cast<double>((v->x + 32) >> 6); }
+  double Y(const FT_Vector* v) const { return std::floor(y0) - static_cast<double>((v->y + 32) >> 6); }
   void Bezier(double x1, double y1, double x2, double y2, double x3, double y3) {
     path->vertices.push_back({x1, y1, PathData::kBezierTo});
     path->vertices.push_back({x2, y2, PathData::kBezierTo});
@@ -387,7 +390,7 @@ struct OutlineWriter {
 }  // namespace
 
 void FontFace::AppendOutline(unsigned char c, double x, double y, PathData* path) {
-  if (path == nullptr || !impl_->Load(c)) return;
+  if (path == nullptr || !impl_->Load(c, false)) return;
   FT_Outline_Funcs funcs{};
   funcs.move_to = &OutlineWriter::MoveTo;
   funcs.line_to = &OutlineWriter::LineTo;

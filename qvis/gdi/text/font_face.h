@@ -71,8 +71,9 @@ class FontFace {
   // Glyph is the mask of a character, rotated by the escapement. The reference stays valid for
   // the face's life.
   const GlyphMask& Glyph(unsigned char c);
-  // AppendOutline adds a character's outline, rotated by the escapement, to a path with the
-  // glyph origin at (x, y) in device pixels: one closed figure per contour.
+  // AppendOutline adds a character's design outline (not hinted), rotated by the escapement,
+  // to a path with the glyph origin at (x, y) in device pixels: one closed figure per contour,
+  // every point on a whole pixel as path points are.
   void AppendOutline(unsigned char c, double x, double y, PathData* path);
 
  private:

@@ -14,6 +14,29 @@
 
 namespace qvis::gdi {
 
+// The scene language: one command per line, words separated by blanks, `#` starts a comment,
+// "double quotes" hold text with blanks. Colours are 0xRRGGBB (0xAARRGGBB for gp_*); numbers
+// may be decimal or 0x hex and saturate to 32 bits. Symbolic names or numbers are accepted
+// wherever a mode is asked for. The first command must be `canvas W H COLOR` (1..4096 a side).
+//   state:   clear COLOR | save [NAME] | target canvas|src | pen STYLE W COLOR |
+//            extpen STYLE W COLOR [cap_*] [join_*] [cosmetic] | brush solid COLOR |
+//            brush hatch N COLOR | brush hollow | rop2 N | bkmode transparent|opaque |
+//            bkcolor C | textcolor C | fillmode alternate|winding | arcdir ccw|cw |
+//            brushorg X Y | miterlimit F | textalign N |
+//            font FACE HEIGHT ESCAPEMENT WEIGHT [italic] [underline] [strikeout]
+//   drawing: moveto | lineto | line | polyline | polylineto | polygon MODE ... |
+//            polypolygon MODE N1,N2,... ... | rectangle | ellipse | roundrect |
+//            arc | arcto | pie | chord L T R B XS YS XE YE | setpixel | fillrect | patblt
+//   regions: rgn_rect | rgn_ellipse NAME L T R B | rgn_polygon NAME MODE ... |
+//            combine DST A B and|or|xor|diff|copy | fillrgn NAME COLOR | fillrgn NAME hatch N C |
+//            framergn NAME COLOR W H | paintrgn | invertrgn NAME | cliprgn NAME|none
+//   paths:   beginpath | endpath | closefigure | abortpath | strokepath | fillpath |
+//            strokeandfillpath
+//   text, blits: textout X Y "TEXT" | srcdc mono|color W H COLOR | srcdc_text mono|color C "T" |
+//            bitblt X Y W H SX SY ROP | bitblt_srcinvert X Y
+//   alpha:   gp_drawline | gp_drawellipse | gp_drawarc | gp_drawpie | gp_fillpolygon |
+//            gp_fillrect | gp_fillrgn | gp_smoothing N (drawn without anti-aliasing)
+
 // SceneCheckpoint is the canvas as a `save NAME` line found it.
 struct SceneCheckpoint {
   std::string name;

@@ -49,61 +49,18 @@ CQVIS_DrawLineCmd::CQVIS_DrawLineCmd(const CQVIS_DrawLineCmd& other)
 
 CQVIS_DrawLineCmd& CQVIS_DrawLineCmd::operator=(const CQVIS_DrawLineCmd& other) {
   if (this == &other) return *this;
-  Owned::CopyInto(m_pPointList, other.m_pPointList);
-  Owned::CopyInto(m_pBackupList, other.m_pBackupList);
-  m_pSurface = other.m_pSurface;
-  m_hTargetDC = other.m_hTargetDC;
-  m_nActive = other.m_nActive;
+  Flow::CopyState(*this, other);
   m_dWidth = other.m_dWidth;
   m_dHeight = other.m_dHeight;
-  m_nLineStyle = other.m_nLineStyle;
   m_nEndCapStyle = other.m_nEndCapStyle;
-  m_nPxy = other.m_nPxy;
-  m_nLayer = other.m_nLayer;
-  m_nApertureID = other.m_nApertureID;
-  m_dAnchorX = other.m_dAnchorX;
-  m_dAnchorY = other.m_dAnchorY;
-  m_dCursorX = other.m_dCursorX;
-  m_dCursorY = other.m_dCursorY;
-  m_dPx = other.m_dPx;
-  m_dPy = other.m_dPy;
-  m_nProgress = other.m_nProgress;
-  m_nInfoStep = other.m_nInfoStep;
-  m_crColor = other.m_crColor;
-  m_crXORColor = other.m_crXORColor;
-  m_crBackupColor = other.m_crBackupColor;
-  m_strInfo = other.m_strInfo;
   return *this;
 }
 
 CQVIS_DrawLineCmd::~CQVIS_DrawLineCmd() { Release(); }
 
-void CQVIS_DrawLineCmd::Init() {
-  m_nInfoStep = 0;
-  // A second Init frees the lists it finds instead of losing them.
-  Owned::Destroy(m_pPointList);
-  Owned::Destroy(m_pBackupList);
-  m_pPointList = new qvis::LinePointList;
-  m_pBackupList = new qvis::LinePointList;
-  m_nActive = 0;
-  m_dAnchorX = m_dAnchorY = 0.0;
-  m_dCursorX = m_dCursorY = 0.0;
-  m_nProgress = 0;
-}
-
-void CQVIS_DrawLineCmd::Clear() {
-  m_dAnchorX = m_dAnchorY = 0.0;
-  m_dCursorX = m_dCursorY = 0.0;
-  m_nProgress = 0;
-  Owned::Empty(m_pPointList);
-  Owned::Empty(m_pBackupList);
-}
-
-void CQVIS_DrawLineCmd::Release() {
-  Clear();
-  Owned::Destroy(m_pPointList);
-  Owned::Destroy(m_pBackupList);
-}
+void CQVIS_DrawLineCmd::Init() { Flow::Init(*this); }
+void CQVIS_DrawLineCmd::Clear() { Flow::Clear(*this); }
+void CQVIS_DrawLineCmd::Release() { Flow::Release(*this); }
 
 void CQVIS_DrawLineCmd::ReleasePoints() { Owned::Empty(m_pPointList); }
 
@@ -117,20 +74,12 @@ void CQVIS_DrawLineCmd::Cancel() {
 int CQVIS_DrawLineCmd::MouseMove(double x, double y) { return Flow::MouseMove(*this, x, y); }
 
 int CQVIS_DrawLineCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  if (!m_nActive || nFlags != qvis::kLeftButton) return qvis::kNotHandled;
-  return Flow::ClickStep(*this, x, y);
+  return Flow::MouseDown(*this, nFlags, x, y);
 }
-
 int CQVIS_DrawLineCmd::MouseUp(unsigned int nFlags, double, double) {
-  if (!m_nActive) return qvis::kNotHandled;
-  return nFlags == qvis::kRightButton ? qvis::kHandled : qvis::kNotHandled;
+  return Flow::MouseUp(*this, nFlags);
 }
-
-int CQVIS_DrawLineCmd::MouseDblClk() {
-  if (!m_nActive) return qvis::kNotHandled;
-  Flow::Finish(*this);
-  return qvis::kHandled;
-}
+int CQVIS_DrawLineCmd::MouseDblClk() { return Flow::MouseDblClk(*this); }
 
 int CQVIS_DrawLineCmd::KeyPress(int nKey) { return Flow::KeyPress(*this, nKey); }
 
@@ -210,10 +159,7 @@ void CQVIS_DrawLineCmd::SetHeight(double dHeight, bool bAll) {
 }
 
 void CQVIS_DrawLineCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  Flow::ListChange(*this, [&] {
-    m_crColor = static_cast<COLORREF>(crColor);
-    m_crXORColor = static_cast<COLORREF>(crXORColor);
-  });
+  Flow::SetColor(*this, crColor, crXORColor);
 }
 
 void CQVIS_DrawLineCmd::SetLineStyle(int nStyle) {
@@ -221,9 +167,7 @@ void CQVIS_DrawLineCmd::SetLineStyle(int nStyle) {
 }
 
 void CQVIS_DrawLineCmd::AddPoint(double x, double y, double dWidth) {
-  if (!m_pPointList) m_pPointList = new qvis::LinePointList;
-  if (Owned::IsLast(m_pPointList, x, y)) return;
-  m_pPointList->Add(new CQVIS_DrawLinePoint(x, y, dWidth, 0.0));
+  Flow::AddPoint(*this, x, y, [&] { return new CQVIS_DrawLinePoint(x, y, dWidth, 0.0); });
 }
 
 int CQVIS_DrawLineCmd::IsLastPosition(double x, double y) const {
@@ -255,25 +199,16 @@ void CQVIS_DrawLineCmd::PaintSegments(const qvis::LinePointList* list, COLORREF 
 }
 
 void CQVIS_DrawLineCmd::DrawLineList() {
-  if (!m_nActive || Owned::Count(m_pPointList) < 2) return;
-  const RubberBand band(m_pSurface, m_hTargetDC);
-  band.CopyMode();
-  PaintSegments(m_pPointList, m_crColor, m_crXORColor);
-  band.XorMode();
+  Flow::PaintList(*this, m_pPointList, false,
+                  [&] { PaintSegments(m_pPointList, m_crColor, m_crXORColor); });
 }
 
 void CQVIS_DrawLineCmd::DrawLineList(unsigned long) {
-  if (!m_nActive || Owned::Count(m_pPointList) < 2) return;
-  const RubberBand band(m_pSurface, m_hTargetDC);
-  band.MergeMode();
-  PaintSegments(m_pPointList, m_crXORColor, m_crXORColor);
-  band.CopyMode();
+  Flow::PaintList(*this, m_pPointList, true,
+                  [&] { PaintSegments(m_pPointList, m_crXORColor, m_crXORColor); });
 }
 
 void CQVIS_DrawLineCmd::DrawLineListBackup(unsigned long) {
-  if (!m_nActive || Owned::Count(m_pBackupList) < 2) return;
-  const RubberBand band(m_pSurface, m_hTargetDC);
-  band.CopyMode();
-  PaintSegments(m_pBackupList, m_crXORColor, m_crXORColor);
-  band.XorMode();
+  Flow::PaintList(*this, m_pBackupList, false,
+                  [&] { PaintSegments(m_pBackupList, m_crXORColor, m_crXORColor); });
 }

@@ -64,57 +64,15 @@ CQVIS_DrawPolygonCmd::CQVIS_DrawPolygonCmd(const CQVIS_DrawPolygonCmd& other)
 
 CQVIS_DrawPolygonCmd& CQVIS_DrawPolygonCmd::operator=(const CQVIS_DrawPolygonCmd& other) {
   if (this == &other) return *this;
-  Owned::CopyInto(m_pPointList, other.m_pPointList);
-  Owned::CopyInto(m_pBackupList, other.m_pBackupList);
-  m_pSurface = other.m_pSurface;
-  m_hTargetDC = other.m_hTargetDC;
-  m_nActive = other.m_nActive;
-  m_nLineStyle = other.m_nLineStyle;
-  m_nPxy = other.m_nPxy;
-  m_nLayer = other.m_nLayer;
-  m_nApertureID = other.m_nApertureID;
-  m_dAnchorX = other.m_dAnchorX;
-  m_dAnchorY = other.m_dAnchorY;
-  m_dCursorX = other.m_dCursorX;
-  m_dCursorY = other.m_dCursorY;
-  m_dPx = other.m_dPx;
-  m_dPy = other.m_dPy;
-  m_nProgress = other.m_nProgress;
-  m_nInfoStep = other.m_nInfoStep;
-  m_crColor = other.m_crColor;
-  m_crXORColor = other.m_crXORColor;
-  m_crBackupColor = other.m_crBackupColor;
-  m_strInfo = other.m_strInfo;
+  Flow::CopyState(*this, other);
   return *this;
 }
 
 CQVIS_DrawPolygonCmd::~CQVIS_DrawPolygonCmd() { Release(); }
 
-void CQVIS_DrawPolygonCmd::Init() {
-  m_nInfoStep = 0;
-  Owned::Destroy(m_pPointList);
-  Owned::Destroy(m_pBackupList);
-  m_pPointList = new qvis::PolygonPointList;
-  m_pBackupList = new qvis::PolygonPointList;
-  m_nActive = 0;
-  m_dAnchorX = m_dAnchorY = 0.0;
-  m_dCursorX = m_dCursorY = 0.0;
-  m_nProgress = 0;
-}
-
-void CQVIS_DrawPolygonCmd::Clear() {
-  m_dAnchorX = m_dAnchorY = 0.0;
-  m_dCursorX = m_dCursorY = 0.0;
-  m_nProgress = 0;
-  Owned::Empty(m_pPointList);
-  Owned::Empty(m_pBackupList);
-}
-
-void CQVIS_DrawPolygonCmd::Release() {
-  Clear();
-  Owned::Destroy(m_pPointList);
-  Owned::Destroy(m_pBackupList);
-}
+void CQVIS_DrawPolygonCmd::Init() { Flow::Init(*this); }
+void CQVIS_DrawPolygonCmd::Clear() { Flow::Clear(*this); }
+void CQVIS_DrawPolygonCmd::Release() { Flow::Release(*this); }
 
 void CQVIS_DrawPolygonCmd::ReleasePoints() { Owned::Empty(m_pPointList); }
 
@@ -128,20 +86,12 @@ void CQVIS_DrawPolygonCmd::Cancel() {
 int CQVIS_DrawPolygonCmd::MouseMove(double x, double y) { return Flow::MouseMove(*this, x, y); }
 
 int CQVIS_DrawPolygonCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  if (!m_nActive || nFlags != qvis::kLeftButton) return qvis::kNotHandled;
-  return Flow::ClickStep(*this, x, y);
+  return Flow::MouseDown(*this, nFlags, x, y);
 }
-
 int CQVIS_DrawPolygonCmd::MouseUp(unsigned int nFlags, double, double) {
-  if (!m_nActive) return qvis::kNotHandled;
-  return nFlags == qvis::kRightButton ? qvis::kHandled : qvis::kNotHandled;
+  return Flow::MouseUp(*this, nFlags);
 }
-
-int CQVIS_DrawPolygonCmd::MouseDblClk() {
-  if (!m_nActive) return qvis::kNotHandled;
-  Flow::Finish(*this);
-  return qvis::kHandled;
-}
+int CQVIS_DrawPolygonCmd::MouseDblClk() { return Flow::MouseDblClk(*this); }
 
 int CQVIS_DrawPolygonCmd::KeyPress(int nKey) { return Flow::KeyPress(*this, nKey); }
 
@@ -181,10 +131,7 @@ void CQVIS_DrawPolygonCmd::SetInfoLine() {
 }
 
 void CQVIS_DrawPolygonCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  Flow::ListChange(*this, [&] {
-    m_crColor = static_cast<COLORREF>(crColor);
-    m_crXORColor = static_cast<COLORREF>(crXORColor);
-  });
+  Flow::SetColor(*this, crColor, crXORColor);
 }
 
 void CQVIS_DrawPolygonCmd::SetLineStyle(int nStyle) {
@@ -192,9 +139,7 @@ void CQVIS_DrawPolygonCmd::SetLineStyle(int nStyle) {
 }
 
 void CQVIS_DrawPolygonCmd::AddPoint(double x, double y) {
-  if (!m_pPointList) m_pPointList = new qvis::PolygonPointList;
-  if (Owned::IsLast(m_pPointList, x, y)) return;
-  m_pPointList->Add(new CQVIS_DrawPolygonPoint(x, y));
+  Flow::AddPoint(*this, x, y, [&] { return new CQVIS_DrawPolygonPoint(x, y); });
 }
 
 int CQVIS_DrawPolygonCmd::IsLastPosition(double x, double y) const {
@@ -234,25 +179,16 @@ void CQVIS_DrawPolygonCmd::PaintEdges(const qvis::PolygonPointList* list, bool c
 }
 
 void CQVIS_DrawPolygonCmd::DrawLineList() {
-  if (!m_nActive || Owned::Count(m_pPointList) < 2) return;
-  const RubberBand band(m_pSurface, m_hTargetDC);
-  band.CopyMode();
-  PaintEdges(m_pPointList, m_nProgress == 0, m_crColor);
-  band.XorMode();
+  Flow::PaintList(*this, m_pPointList, false,
+                  [&] { PaintEdges(m_pPointList, m_nProgress == 0, m_crColor); });
 }
 
 void CQVIS_DrawPolygonCmd::DrawLineList(unsigned long) {
-  if (!m_nActive || Owned::Count(m_pPointList) < 2) return;
-  const RubberBand band(m_pSurface, m_hTargetDC);
-  band.MergeMode();
-  PaintEdges(m_pPointList, m_nProgress == 0, m_crXORColor);
-  band.CopyMode();
+  Flow::PaintList(*this, m_pPointList, true,
+                  [&] { PaintEdges(m_pPointList, m_nProgress == 0, m_crXORColor); });
 }
 
 void CQVIS_DrawPolygonCmd::DrawLineListBackup(unsigned long) {
-  if (!m_nActive || Owned::Count(m_pBackupList) < 2) return;
-  const RubberBand band(m_pSurface, m_hTargetDC);
-  band.CopyMode();
-  PaintEdges(m_pBackupList, false, m_crXORColor);
-  band.XorMode();
+  Flow::PaintList(*this, m_pBackupList, false,
+                  [&] { PaintEdges(m_pBackupList, false, m_crXORColor); });
 }

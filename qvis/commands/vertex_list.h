@@ -53,12 +53,124 @@ struct OwnedList {
   static INT_PTR Count(const List* list) { return list ? list->GetSize() : 0; }
 };
 
-// VertexListFlow<Cmd>: the shared steps, over the public members both commands declare
-// (m_pPointList, m_nActive, m_nProgress, m_nPxy, anchor, cursor, bend point, info step) and
-// their operations (Draw, DrawLineList, DrawLineList(c), DrawLineListBackup, AddPoint, GetPxy,
-// MakeBackup, ReleasePoints, SetInfoLine).
+// VertexListFlow<Cmd>: the shared steps, over the public members both commands declare (the
+// two lists, surface and target, m_nActive, m_nProgress, m_nPxy, anchor, cursor, bend point,
+// info step, colours) and their operations (Draw, DrawLineList, DrawLineList(c),
+// DrawLineListBackup, AddPoint, GetPxy, MakeBackup, ReleasePoints, SetInfoLine).
 template <class Cmd>
 struct VertexListFlow {
+  using Owned = OwnedList<typename Cmd::Record>;
+
+  // CopyState copies what both commands hold (lists deep-copied) from `o` into `c`; each
+  // command's operator= adds its own members.
+  static void CopyState(Cmd& c, const Cmd& o) {
+    Owned::CopyInto(c.m_pPointList, o.m_pPointList);
+    Owned::CopyInto(c.m_pBackupList, o.m_pBackupList);
+    c.m_pSurface = o.m_pSurface;
+    c.m_hTargetDC = o.m_hTargetDC;
+    c.m_nActive = o.m_nActive;
+    c.m_nLineStyle = o.m_nLineStyle;
+    c.m_nPxy = o.m_nPxy;
+    c.m_nLayer = o.m_nLayer;
+    c.m_nApertureID = o.m_nApertureID;
+    c.m_dAnchorX = o.m_dAnchorX;
+    c.m_dAnchorY = o.m_dAnchorY;
+    c.m_dCursorX = o.m_dCursorX;
+    c.m_dCursorY = o.m_dCursorY;
+    c.m_dPx = o.m_dPx;
+    c.m_dPy = o.m_dPy;
+    c.m_nProgress = o.m_nProgress;
+    c.m_nInfoStep = o.m_nInfoStep;
+    c.m_crColor = o.m_crColor;
+    c.m_crXORColor = o.m_crXORColor;
+    c.m_crBackupColor = o.m_crBackupColor;
+    c.m_strInfo = o.m_strInfo;
+  }
+
+  // Init gives the command fresh empty lists (a second Init frees the lists it finds instead
+  // of losing them), inactive, progress 0, anchor and cursor at the origin.
+  static void Init(Cmd& c) {
+    c.m_nInfoStep = 0;
+    Owned::Destroy(c.m_pPointList);
+    Owned::Destroy(c.m_pBackupList);
+    c.m_pPointList = new typename Owned::List;
+    c.m_pBackupList = new typename Owned::List;
+    c.m_nActive = 0;
+    c.m_dAnchorX = c.m_dAnchorY = 0.0;
+    c.m_dCursorX = c.m_dCursorY = 0.0;
+    c.m_nProgress = 0;
+  }
+
+  // Clear empties both lists and resets anchor, cursor and progress; the lists stay allocated.
+  static void Clear(Cmd& c) {
+    c.m_dAnchorX = c.m_dAnchorY = 0.0;
+    c.m_dCursorX = c.m_dCursorY = 0.0;
+    c.m_nProgress = 0;
+    Owned::Empty(c.m_pPointList);
+    Owned::Empty(c.m_pBackupList);
+  }
+
+  // Release clears and frees both lists (the pointers become null).
+  static void Release(Cmd& c) {
+    Clear(c);
+    Owned::Destroy(c.m_pPointList);
+    Owned::Destroy(c.m_pBackupList);
+  }
+
+  // AddPoint appends the record `make()` builds unless (x, y) equals the last vertex's
+  // position; a null list is created first.
+  template <class Make>
+  static void AddPoint(Cmd& c, double x, double y, Make&& make) {
+    if (!c.m_pPointList) c.m_pPointList = new typename Owned::List;
+    if (Owned::IsLast(c.m_pPointList, x, y)) return;
+    c.m_pPointList->Add(make());
+  }
+
+  static int MouseDown(Cmd& c, unsigned flags, double x, double y) {
+    if (!c.m_nActive || flags != kLeftButton) return kNotHandled;
+    return ClickStep(c, x, y);
+  }
+
+  // MouseUp claims the right-button release while active (the host shows no menu then).
+  static int MouseUp(const Cmd& c, unsigned flags) {
+    if (!c.m_nActive) return kNotHandled;
+    return flags == kRightButton ? kHandled : kNotHandled;
+  }
+
+  static int MouseDblClk(Cmd& c) {
+    if (!c.m_nActive) return kNotHandled;
+    Finish(c);
+    return kHandled;
+  }
+
+  static void SetColor(Cmd& c, unsigned long color, unsigned long xor_color) {
+    ListChange(c, [&] {
+      c.m_crColor = static_cast<COLORREF>(color);
+      c.m_crXORColor = static_cast<COLORREF>(xor_color);
+    });
+  }
+
+  // PaintList runs `paint` over `list` with the target in copy mode, leaving it in XOR mode for
+  // the rubber band; the erase pass (DrawLineList(c)) paints in merge mode and leaves copy mode.
+  // Nothing while inactive or with fewer than 2 vertices.
+  template <class Paint>
+  static void PaintList(const Cmd& c, const typename Owned::List* list, bool erase_pass,
+                        Paint&& paint) {
+    if (!c.m_nActive || Owned::Count(list) < 2) return;
+    const RubberBand band(c.m_pSurface, c.m_hTargetDC);
+    if (erase_pass) {
+      band.MergeMode();
+    } else {
+      band.CopyMode();
+    }
+    paint();
+    if (erase_pass) {
+      band.CopyMode();
+    } else {
+      band.XorMode();
+    }
+  }
+
   // Append adds a vertex with the command's current stroke data.
   static void Append(Cmd& c, double x, double y) {
     if constexpr (requires { c.m_dWidth; }) {
@@ -130,7 +242,7 @@ struct VertexListFlow {
     }
     if (c.m_nProgress != 1) return kNotHandled;
     RubberBand::Update(c, [&] {
-      const INT_PTR n = OwnedList<typename Cmd::Record>::Count(c.m_pPointList);
+      const INT_PTR n = Owned::Count(c.m_pPointList);
       INT_PTR expected;
       if (c.m_nPxy != kBendNone && c.GetPxy()) {
         c.MakeBackup();
@@ -147,7 +259,7 @@ struct VertexListFlow {
         expected = n + 1;
       }
       // A vertex equal to the last one was skipped: repaint the list as it was first.
-      if (OwnedList<typename Cmd::Record>::Count(c.m_pPointList) != expected) {
+      if (Owned::Count(c.m_pPointList) != expected) {
         c.DrawLineListBackup(c.m_crBackupColor);
       }
       c.DrawLineList();
@@ -202,7 +314,6 @@ struct VertexListFlow {
   }
 
   static void Back(Cmd& c, unsigned long color) {
-    using Owned = OwnedList<typename Cmd::Record>;
     if (Owned::Count(c.m_pPointList) == 0) return;
     RubberBand::Update(c, [&] {
       c.DrawLineList(color);

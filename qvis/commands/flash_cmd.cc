@@ -59,6 +59,22 @@ struct FlashFlow {
     });
     return qvis::kHandled;
   }
+  // Clear: inactive, progress 0, current position at the origin.
+  static void Clear(Cmd& c) {
+    c.m_nActive = 0;
+    c.m_dCurrentX = c.m_dCurrentY = 0.0;
+    c.m_nProgress = 0;
+  }
+  // SetWidth: extents of w/2 on each side of the click, or the two extents given.
+  static void SetWidth(Cmd& c, double width) {
+    c.m_dWidth = width;
+    c.m_dLeft = c.m_dRight = width * 0.5;
+  }
+  static void SetWidth(Cmd& c, double left, double right) {
+    c.m_dLeft = left;
+    c.m_dRight = right;
+    c.m_dWidth = left + right;
+  }
   static int MouseDown(Cmd& c, unsigned flags, double x, double y) {
     if (!c.m_nActive || flags != qvis::kLeftButton) return qvis::kNotHandled;
     c.Draw();
@@ -73,6 +89,20 @@ struct FlashFlow {
     return qvis::kHandled;
   }
 };
+
+// The operations every pad hands to FlashFlow unchanged (the round pad adds its own MouseUp).
+#define QVIS_PAD_FLOW_OPERATIONS(Cmd)                                                 \
+  void Cmd::Active() { FlashFlow<Cmd>::Active(*this); }                              \
+  void Cmd::Deactive() { FlashFlow<Cmd>::Deactive(*this); }                          \
+  void Cmd::Cancel() { FlashFlow<Cmd>::Cancel(*this); }                              \
+  int Cmd::KeyPress(int nKey) { return FlashFlow<Cmd>::KeyPress(*this, nKey); }      \
+  int Cmd::MouseMove(double x, double y) { return FlashFlow<Cmd>::MouseMove(*this, x, y); } \
+  int Cmd::MouseDown(unsigned int nFlags, double x, double y) {                     \
+    return FlashFlow<Cmd>::MouseDown(*this, nFlags, x, y);                           \
+  }                                                                                  \
+  void Cmd::SetColor(unsigned long crColor, unsigned long crXORColor) {              \
+    FlashFlow<Cmd>::SetColor(*this, crColor, crXORColor);                            \
+  }
 
 // PadPainter holds what every pad's Draw needs: the surface, the target and the resolved DC.
 struct PadPainter {
@@ -157,20 +187,7 @@ void CQVIS_DrawFlashCircleCmd::Clear() {
   m_nProgress = 0;
 }
 
-void CQVIS_DrawFlashCircleCmd::Active() { FlashFlow<CQVIS_DrawFlashCircleCmd>::Active(*this); }
-void CQVIS_DrawFlashCircleCmd::Deactive() {
-  FlashFlow<CQVIS_DrawFlashCircleCmd>::Deactive(*this);
-}
-void CQVIS_DrawFlashCircleCmd::Cancel() { FlashFlow<CQVIS_DrawFlashCircleCmd>::Cancel(*this); }
-int CQVIS_DrawFlashCircleCmd::KeyPress(int nKey) {
-  return FlashFlow<CQVIS_DrawFlashCircleCmd>::KeyPress(*this, nKey);
-}
-int CQVIS_DrawFlashCircleCmd::MouseMove(double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashCircleCmd>::MouseMove(*this, x, y);
-}
-int CQVIS_DrawFlashCircleCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashCircleCmd>::MouseDown(*this, nFlags, x, y);
-}
+QVIS_PAD_FLOW_OPERATIONS(CQVIS_DrawFlashCircleCmd)
 int CQVIS_DrawFlashCircleCmd::MouseUp(unsigned int nFlags, double x, double y) {
   if (!m_nActive || nFlags != qvis::kRightButton) return qvis::kNotHandled;
   RubberBand::Update(*this, [&] {
@@ -179,9 +196,6 @@ int CQVIS_DrawFlashCircleCmd::MouseUp(unsigned int nFlags, double x, double y) {
     m_nProgress = 0;
   });
   return qvis::kHandled;
-}
-void CQVIS_DrawFlashCircleCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  FlashFlow<CQVIS_DrawFlashCircleCmd>::SetColor(*this, crColor, crXORColor);
 }
 void CQVIS_DrawFlashCircleCmd::OnDraw() {
   if (m_nActive) Draw();
@@ -216,47 +230,23 @@ CQVIS_DrawFlashRectCmd::CQVIS_DrawFlashRectCmd(CQVIS_GDI* pSurface)
 }
 
 void CQVIS_DrawFlashRectCmd::Init() {
-  m_nActive = 0;
-  m_dCurrentX = m_dCurrentY = 0.0;
+  Clear();
   m_dLeft = m_dRight = m_dHeight = m_dWidth = 0.0;
-  m_nProgress = 0;
 }
 
-void CQVIS_DrawFlashRectCmd::Clear() {
-  m_nActive = 0;
-  m_dCurrentX = m_dCurrentY = 0.0;
-  m_nProgress = 0;
-}
+void CQVIS_DrawFlashRectCmd::Clear() { FlashFlow<CQVIS_DrawFlashRectCmd>::Clear(*this); }
 
-void CQVIS_DrawFlashRectCmd::Active() { FlashFlow<CQVIS_DrawFlashRectCmd>::Active(*this); }
-void CQVIS_DrawFlashRectCmd::Deactive() { FlashFlow<CQVIS_DrawFlashRectCmd>::Deactive(*this); }
-void CQVIS_DrawFlashRectCmd::Cancel() { FlashFlow<CQVIS_DrawFlashRectCmd>::Cancel(*this); }
-int CQVIS_DrawFlashRectCmd::KeyPress(int nKey) {
-  return FlashFlow<CQVIS_DrawFlashRectCmd>::KeyPress(*this, nKey);
-}
-int CQVIS_DrawFlashRectCmd::MouseMove(double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashRectCmd>::MouseMove(*this, x, y);
-}
-int CQVIS_DrawFlashRectCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashRectCmd>::MouseDown(*this, nFlags, x, y);
-}
+QVIS_PAD_FLOW_OPERATIONS(CQVIS_DrawFlashRectCmd)
 int CQVIS_DrawFlashRectCmd::MouseUp(unsigned int, double, double) { return qvis::kNotHandled; }
-void CQVIS_DrawFlashRectCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  FlashFlow<CQVIS_DrawFlashRectCmd>::SetColor(*this, crColor, crXORColor);
-}
 void CQVIS_DrawFlashRectCmd::OnDraw() {
   if (m_nActive) Draw();
 }
 
 void CQVIS_DrawFlashRectCmd::SetWidth(double dWidth) {
-  m_dWidth = dWidth;
-  m_dLeft = m_dRight = dWidth * 0.5;
+  FlashFlow<CQVIS_DrawFlashRectCmd>::SetWidth(*this, dWidth);
 }
-
 void CQVIS_DrawFlashRectCmd::SetWidth(double dLeft, double dRight) {
-  m_dLeft = dLeft;
-  m_dRight = dRight;
-  m_dWidth = dLeft + dRight;
+  FlashFlow<CQVIS_DrawFlashRectCmd>::SetWidth(*this, dLeft, dRight);
 }
 
 void CQVIS_DrawFlashRectCmd::SetSquare(double dSize) {
@@ -273,8 +263,9 @@ void CQVIS_DrawFlashRectCmd::Draw() {
     m_pSurface->DrawRectangle(m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2);
     return;
   }
-  pad.CutAndFill(m_pSurface->GetRectangleRgn(m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2),
-                 x, y, m_dHoleWidth, m_dHoleHeight, m_crXORColor);
+  pad.CutAndFill(
+      m_pSurface->GetRectangleRgn(m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2), x, y,
+      m_dHoleWidth, m_dHoleHeight, m_crXORColor);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -291,47 +282,21 @@ CQVIS_DrawFlashObroundCmd::CQVIS_DrawFlashObroundCmd(CQVIS_GDI* pSurface)
 }
 
 void CQVIS_DrawFlashObroundCmd::Init() {
-  m_nActive = 0;
-  m_dCurrentX = m_dCurrentY = 0.0;
+  Clear();
   m_dLeft = m_dRight = m_dHeight = m_dWidth = 0.0;
   m_dHoleWidth = m_dHoleHeight = 0.0;
-  m_nProgress = 0;
 }
 
-void CQVIS_DrawFlashObroundCmd::Clear() {
-  m_nActive = 0;
-  m_dCurrentX = m_dCurrentY = 0.0;
-  m_nProgress = 0;
-}
+void CQVIS_DrawFlashObroundCmd::Clear() { FlashFlow<CQVIS_DrawFlashObroundCmd>::Clear(*this); }
 
-void CQVIS_DrawFlashObroundCmd::Active() { FlashFlow<CQVIS_DrawFlashObroundCmd>::Active(*this); }
-void CQVIS_DrawFlashObroundCmd::Deactive() {
-  FlashFlow<CQVIS_DrawFlashObroundCmd>::Deactive(*this);
-}
-void CQVIS_DrawFlashObroundCmd::Cancel() { FlashFlow<CQVIS_DrawFlashObroundCmd>::Cancel(*this); }
-int CQVIS_DrawFlashObroundCmd::KeyPress(int nKey) {
-  return FlashFlow<CQVIS_DrawFlashObroundCmd>::KeyPress(*this, nKey);
-}
-int CQVIS_DrawFlashObroundCmd::MouseMove(double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashObroundCmd>::MouseMove(*this, x, y);
-}
-int CQVIS_DrawFlashObroundCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashObroundCmd>::MouseDown(*this, nFlags, x, y);
-}
+QVIS_PAD_FLOW_OPERATIONS(CQVIS_DrawFlashObroundCmd)
 int CQVIS_DrawFlashObroundCmd::MouseUp(unsigned int, double, double) { return qvis::kNotHandled; }
-void CQVIS_DrawFlashObroundCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  FlashFlow<CQVIS_DrawFlashObroundCmd>::SetColor(*this, crColor, crXORColor);
-}
 
 void CQVIS_DrawFlashObroundCmd::SetWidth(double dWidth) {
-  m_dWidth = dWidth;
-  m_dLeft = m_dRight = dWidth * 0.5;
+  FlashFlow<CQVIS_DrawFlashObroundCmd>::SetWidth(*this, dWidth);
 }
-
 void CQVIS_DrawFlashObroundCmd::SetWidth(double dLeft, double dRight) {
-  m_dLeft = dLeft;
-  m_dRight = dRight;
-  m_dWidth = dLeft + dRight;
+  FlashFlow<CQVIS_DrawFlashObroundCmd>::SetWidth(*this, dLeft, dRight);
 }
 
 void CQVIS_DrawFlashObroundCmd::Draw() {
@@ -358,37 +323,15 @@ CQVIS_DrawFlashPolygonCmd::CQVIS_DrawFlashPolygonCmd(CQVIS_GDI* pSurface)
 }
 
 void CQVIS_DrawFlashPolygonCmd::Init() {
+  Clear();
   m_nSideCount = 3;
-  m_nActive = 0;
-  m_dCurrentX = m_dCurrentY = 0.0;
   m_dDiameter = 0.0;
-  m_nProgress = 0;
 }
 
-void CQVIS_DrawFlashPolygonCmd::Clear() {
-  m_nActive = 0;
-  m_dCurrentX = m_dCurrentY = 0.0;
-  m_nProgress = 0;
-}
+void CQVIS_DrawFlashPolygonCmd::Clear() { FlashFlow<CQVIS_DrawFlashPolygonCmd>::Clear(*this); }
 
-void CQVIS_DrawFlashPolygonCmd::Active() { FlashFlow<CQVIS_DrawFlashPolygonCmd>::Active(*this); }
-void CQVIS_DrawFlashPolygonCmd::Deactive() {
-  FlashFlow<CQVIS_DrawFlashPolygonCmd>::Deactive(*this);
-}
-void CQVIS_DrawFlashPolygonCmd::Cancel() { FlashFlow<CQVIS_DrawFlashPolygonCmd>::Cancel(*this); }
-int CQVIS_DrawFlashPolygonCmd::KeyPress(int nKey) {
-  return FlashFlow<CQVIS_DrawFlashPolygonCmd>::KeyPress(*this, nKey);
-}
-int CQVIS_DrawFlashPolygonCmd::MouseMove(double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashPolygonCmd>::MouseMove(*this, x, y);
-}
-int CQVIS_DrawFlashPolygonCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  return FlashFlow<CQVIS_DrawFlashPolygonCmd>::MouseDown(*this, nFlags, x, y);
-}
+QVIS_PAD_FLOW_OPERATIONS(CQVIS_DrawFlashPolygonCmd)
 int CQVIS_DrawFlashPolygonCmd::MouseUp(unsigned int, double, double) { return qvis::kNotHandled; }
-void CQVIS_DrawFlashPolygonCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  FlashFlow<CQVIS_DrawFlashPolygonCmd>::SetColor(*this, crColor, crXORColor);
-}
 void CQVIS_DrawFlashPolygonCmd::OnDraw() {
   if (m_nActive) Draw();
 }
@@ -412,3 +355,5 @@ void CQVIS_DrawFlashPolygonCmd::Draw() {
                                              qvis::gdi::GetPolyFillMode(dc)),
                  m_dCurrentX, m_dCurrentY, m_dHoleWidth, m_dHoleHeight, m_crXORColor);
 }
+
+#undef QVIS_PAD_FLOW_OPERATIONS

@@ -35,6 +35,16 @@ CPoint PointFromLParam(LPARAM lp) {
   return CPoint(static_cast<short>(lp & 0xFFFF), static_cast<short>((lp >> 16) & 0xFFFF));
 }
 
+// StartCommand makes `cmd` the one active command: unless it is missing or already active,
+// every command is deactivated, `setup` gives it the window's defaults and it is activated.
+template <class Cmd, class Setup>
+void StartCommand(CQVIS_Design* design, Cmd* cmd, Setup&& setup) {
+  if (cmd == nullptr || cmd->IsActived()) return;
+  design->AllDeactiveCmd();
+  setup(*cmd);
+  cmd->Active();
+}
+
 }  // namespace
 
 CQVIS_Wnd::CQVIS_Wnd() : m_pDesign(new CQVIS_Design), m_nInitLayerID(1) {}
@@ -179,11 +189,9 @@ BOOL CQVIS_Wnd::PreTranslateMessage(qvis::MSG* pMsg) {
   if (IsDown(VK_MENU) && pMsg->wParam == 0x31) OnZoomZoomall();
   if (pMsg->message == WM_CHAR) {
     if (pMsg->wParam == '+') {
-      m_pDesign->ZoomIn();
-      Invalidate();
+      OnZoomZoomin();
     } else if (pMsg->wParam == '-') {
-      m_pDesign->ZoomOut();
-      Invalidate();
+      OnZoomZoomout();
     }
   }
   return FALSE;
@@ -454,51 +462,40 @@ void CQVIS_Wnd::OnKeyDown(UINT nChar, UINT /*nRepCnt*/, UINT /*nFlags*/) {
 // Host command operations.
 
 void CQVIS_Wnd::OnEditSelect() {
-  CQVIS_DrawSelectCmd* cmd = m_pDesign->m_pSelectCmd;
-  if (cmd == nullptr || cmd->IsActived()) return;
-  m_pDesign->AllDeactiveCmd();
-  cmd->Active();
+  StartCommand(m_pDesign, m_pDesign->m_pSelectCmd, [](CQVIS_DrawSelectCmd&) {});
 }
 
 void CQVIS_Wnd::OnDrawLine() {
-  CQVIS_DrawLineCmd* cmd = m_pDesign->m_pDrawLineCmd;
-  if (cmd == nullptr || cmd->IsActived()) return;
-  m_pDesign->AllDeactiveCmd();
-  cmd->SetApertureID(0);
-  cmd->SetEndCapStyle(0);
-  cmd->SetWidth(kDefaultTrackWidth, false);
-  cmd->SetHeight(0.0, false);
-  cmd->SetColor(kCommandRed, kCommandRed);
-  cmd->m_nPxy = 1;
-  cmd->Active();
+  StartCommand(m_pDesign, m_pDesign->m_pDrawLineCmd, [](CQVIS_DrawLineCmd& cmd) {
+    cmd.SetApertureID(0);
+    cmd.SetEndCapStyle(0);
+    cmd.SetWidth(kDefaultTrackWidth, false);
+    cmd.SetHeight(0.0, false);
+    cmd.SetColor(kCommandRed, kCommandRed);
+    cmd.m_nPxy = 1;
+  });
 }
 
 void CQVIS_Wnd::OnDrawArc() {
-  CQVIS_DrawArcCmd* cmd = m_pDesign->m_pDrawArcCmd;
-  if (cmd == nullptr || cmd->IsActived()) return;
-  m_pDesign->AllDeactiveCmd();
-  cmd->SetApertureID(0);
-  cmd->SetWidth(kDefaultTrackWidth);
-  cmd->SetColor(kCommandRed, kCommandRed);
-  cmd->Active();
+  StartCommand(m_pDesign, m_pDesign->m_pDrawArcCmd, [](CQVIS_DrawArcCmd& cmd) {
+    cmd.SetApertureID(0);
+    cmd.SetWidth(kDefaultTrackWidth);
+    cmd.SetColor(kCommandRed, kCommandRed);
+  });
 }
 
 void CQVIS_Wnd::OnDrawRectangle() {
-  CQVIS_DrawRectCmd* cmd = m_pDesign->m_pDrawRectCmd;
-  if (cmd == nullptr || cmd->IsActived()) return;
-  m_pDesign->AllDeactiveCmd();
-  cmd->SetApertureID(0);
-  cmd->SetColor(kCommandRed, kCommandRed);
-  cmd->Active();
+  StartCommand(m_pDesign, m_pDesign->m_pDrawRectCmd, [](CQVIS_DrawRectCmd& cmd) {
+    cmd.SetApertureID(0);
+    cmd.SetColor(kCommandRed, kCommandRed);
+  });
 }
 
 void CQVIS_Wnd::OnDrawPolygon() {
-  CQVIS_DrawPolygonCmd* cmd = m_pDesign->m_pDrawPolygonCmd;
-  if (cmd == nullptr || cmd->IsActived()) return;
-  m_pDesign->AllDeactiveCmd();
-  cmd->SetApertureID(0);
-  cmd->SetColor(kCommandRed, kCommandRed);
-  cmd->Active();
+  StartCommand(m_pDesign, m_pDesign->m_pDrawPolygonCmd, [](CQVIS_DrawPolygonCmd& cmd) {
+    cmd.SetApertureID(0);
+    cmd.SetColor(kCommandRed, kCommandRed);
+  });
 }
 
 void CQVIS_Wnd::OnZoomZoomin() {
@@ -519,8 +516,5 @@ void CQVIS_Wnd::OnZoomZoomall() {
 }
 
 void CQVIS_Wnd::OnZoomZoombox() {
-  CQVIS_ZoomMgr* zoom = m_pDesign->m_pZoomMgr;
-  if (zoom == nullptr || zoom->IsActived()) return;
-  m_pDesign->AllDeactiveCmd();
-  zoom->Active();
+  StartCommand(m_pDesign, m_pDesign->m_pZoomMgr, [](CQVIS_ZoomMgr&) {});
 }

@@ -27,6 +27,18 @@ std::string Num(double v) {
 
 std::string Pt(double x, double y) { return "(" + Num(x) + "," + Num(y) + ")"; }
 
+// Points lists the vertices separated by spaces; with `arcs`, an arc edge's vertex is followed
+// by "@arc" and its centre.
+std::string Points(const std::vector<Vertex>& points, bool arcs) {
+  std::string out;
+  for (size_t i = 0; i < points.size(); ++i) {
+    if (i > 0) out += " ";
+    out += Pt(points[i].x, points[i].y);
+    if (arcs && points[i].arc) out += "@arc" + Pt(points[i].cx, points[i].cy);
+  }
+  return out;
+}
+
 const char* CapName(int cap) {
   switch (cap) {
     case 0:
@@ -84,6 +96,33 @@ void FlattenArc(const Vertex& from, const Vertex& to, std::vector<CPointD>* out)
 }
 
 double Distance(double x1, double y1, double x2, double y2) { return std::hypot(x2 - x1, y2 - y1); }
+
+// NewFigure starts a figure of `kind` on `layer` with the aperture of the command that made it.
+Figure NewFigure(FigureKind kind, int layer, int aperture) {
+  Figure f;
+  f.kind = kind;
+  f.layer = layer;
+  f.aperture = aperture;
+  return f;
+}
+
+// TakeList moves a vertex-list command's list into `document` as figure `f` when the command
+// is active, its figure ended (or a double click is about to end it) and the list holds at
+// least `min_points` vertices; the command's list is then emptied.
+template <class Cmd, class ToVertex>
+bool TakeList(Cmd* cmd, bool before_double_click, INT_PTR min_points, Figure f,
+              ToVertex&& to_vertex, HostDocument* document) {
+  if (!cmd->IsActived() || !(before_double_click || cmd->m_nProgress == 0) ||
+      cmd->m_pPointList->GetSize() < min_points) {
+    return false;
+  }
+  for (INT_PTR i = 0; i < cmd->m_pPointList->GetSize(); ++i) {
+    f.points.push_back(to_vertex(*cmd->m_pPointList->GetAt(i)));
+  }
+  document->Add(std::move(f));
+  cmd->ReleasePoints();
+  return true;
+}
 
 }  // namespace
 
@@ -260,11 +299,7 @@ std::string HostDocument::Listing() const {
     switch (f.kind) {
       case FigureKind::kTrack: {
         out += "track " + layer + " aperture=" + std::to_string(f.aperture) +
-               " cap=" + CapName(f.end_cap) + " points=";
-        for (size_t i = 0; i < f.points.size(); ++i) {
-          if (i > 0) out += " ";
-          out += Pt(f.points[i].x, f.points[i].y);
-        }
+               " cap=" + CapName(f.end_cap) + " points=" + Points(f.points, false);
         out += " widths=";
         for (size_t i = 1; i < f.points.size(); ++i) {
           if (i > 1) out += ",";
@@ -285,15 +320,9 @@ std::string HostDocument::Listing() const {
       case FigureKind::kRect:
         out += "rect " + layer + " from=" + Pt(f.x1, f.y1) + " to=" + Pt(f.x2, f.y2);
         break;
-      case FigureKind::kPolygon: {
-        out += "polygon " + layer + " points=";
-        for (size_t i = 0; i < f.points.size(); ++i) {
-          if (i > 0) out += " ";
-          out += Pt(f.points[i].x, f.points[i].y);
-          if (f.points[i].arc) out += "@arc" + Pt(f.points[i].cx, f.points[i].cy);
-        }
+      case FigureKind::kPolygon:
+        out += "polygon " + layer + " points=" + Points(f.points, true);
         break;
-      }
       case FigureKind::kPad:
         out += std::string("pad shape=") + PadName(f.pad) + " " + layer +
                " aperture=" + std::to_string(f.aperture) + " at=" + Pt(f.cx, f.cy);
@@ -329,52 +358,37 @@ void FigureCollector::Before(UINT message, WPARAM /*wparam*/) {
 }
 
 bool FigureCollector::TakeVertexLists(bool before_double_click) {
-  bool taken = false;
   CQVIS_Design* d = design_;
   const int layer = d->GetCurrentLayerID();
   CQVIS_DrawLineCmd* line = d->m_pDrawLineCmd;
-  if (line->IsActived() && (before_double_click || line->m_nProgress == 0) &&
-      line->m_pPointList->GetSize() >= 2) {
-    Figure f;
-    f.kind = FigureKind::kTrack;
-    f.layer = layer;
-    f.aperture = line->GetApertureID();
-    f.end_cap = line->GetEndCapStyle();
-    for (INT_PTR i = 0; i < line->m_pPointList->GetSize(); ++i) {
-      const CQVIS_DrawLinePoint* p = line->m_pPointList->GetAt(i);
-      Vertex v;
-      v.x = p->m_dX;
-      v.y = p->m_dY;
-      v.width = p->m_dWidth;
-      f.points.push_back(v);
-    }
-    document_->Add(std::move(f));
-    line->ReleasePoints();
-    taken = true;
-  }
+  Figure track = NewFigure(FigureKind::kTrack, layer, line->GetApertureID());
+  track.end_cap = line->GetEndCapStyle();
+  const bool took_track = TakeList(
+      line, before_double_click, 2, std::move(track),
+      [](const CQVIS_DrawLinePoint& p) {
+        Vertex v;
+        v.x = p.m_dX;
+        v.y = p.m_dY;
+        v.width = p.m_dWidth;
+        return v;
+      },
+      document_);
   CQVIS_DrawPolygonCmd* polygon = d->m_pDrawPolygonCmd;
-  if (polygon->IsActived() && (before_double_click || polygon->m_nProgress == 0) &&
-      polygon->m_pPointList->GetSize() >= 3) {
-    Figure f;
-    f.kind = FigureKind::kPolygon;
-    f.layer = layer;
-    f.aperture = polygon->GetApertureID();
-    for (INT_PTR i = 0; i < polygon->m_pPointList->GetSize(); ++i) {
-      const CQVIS_DrawPolygonPoint* p = polygon->m_pPointList->GetAt(i);
-      Vertex v;
-      v.x = p->m_dX;
-      v.y = p->m_dY;
-      v.arc = p->m_nArc == 1;
-      v.cx = p->m_dCenterX;
-      v.cy = p->m_dCenterY;
-      v.direction = p->m_nDirection;
-      f.points.push_back(v);
-    }
-    document_->Add(std::move(f));
-    polygon->ReleasePoints();
-    taken = true;
-  }
-  return taken;
+  const bool took_polygon = TakeList(
+      polygon, before_double_click, 3,
+      NewFigure(FigureKind::kPolygon, layer, polygon->GetApertureID()),
+      [](const CQVIS_DrawPolygonPoint& p) {
+        Vertex v;
+        v.x = p.m_dX;
+        v.y = p.m_dY;
+        v.arc = p.m_nArc == 1;
+        v.cx = p.m_dCenterX;
+        v.cy = p.m_dCenterY;
+        v.direction = p.m_nDirection;
+        return v;
+      },
+      document_);
+  return took_track || took_polygon;
 }
 
 bool FigureCollector::After(UINT message, WPARAM wparam) {
@@ -382,77 +396,60 @@ bool FigureCollector::After(UINT message, WPARAM wparam) {
   const int layer = d->GetCurrentLayerID();
   bool taken = TakeVertexLists(false) || taken_before_;
   taken_before_ = false;
+  auto take = [&](Figure&& f) {
+    document_->Add(std::move(f));
+    taken = true;
+  };
   if (message == WM_LBUTTONDOWN) {
     CQVIS_DrawCircleCmd* circle = d->m_pDrawCircleCmd;
     if (circle_busy_ && circle->IsActived() && circle->m_nProgress == 0) {
-      Figure f;
-      f.kind = FigureKind::kCircle;
-      f.layer = layer;
-      f.aperture = circle->GetApertureID();
+      Figure f = NewFigure(FigureKind::kCircle, layer, circle->GetApertureID());
       f.cx = circle->m_dCenterX;
       f.cy = circle->m_dCenterY;
       f.radius = circle->m_dRadius;
       f.width = circle->m_dWidth;
       f.fill = circle->IsFill() != 0;
-      document_->Add(std::move(f));
-      taken = true;
+      take(std::move(f));
     }
     CQVIS_Draw3PCircleCmd* circle3 = d->m_pDraw3PCircleCmd;
     if (circle3_progress_ == 2 && circle3->IsActived() && circle3->m_nProgress == 0) {
-      Figure f;
-      f.kind = FigureKind::kCircle3;
-      f.layer = layer;
-      f.aperture = circle3->GetApertureID();
+      Figure f = NewFigure(FigureKind::kCircle3, layer, circle3->GetApertureID());
       f.cx = circle3->m_dCenterX;
       f.cy = circle3->m_dCenterY;
       f.radius = Distance(f.cx, f.cy, circle3->m_dX1, circle3->m_dY1);
       f.width = circle3->m_dWidth;
-      document_->Add(std::move(f));
-      taken = true;
+      take(std::move(f));
     }
   }
   // The arc ends with its third click, or with Enter, which the window hands it as a click.
   CQVIS_DrawArcCmd* arc = d->m_pDrawArcCmd;
   if ((message == WM_LBUTTONDOWN || (message == WM_KEYDOWN && wparam == VK_RETURN)) &&
       arc_progress_ == 2 && arc->IsActived() && arc->m_nProgress == 0) {
-    {
-      Figure f;
-      f.kind = FigureKind::kArc;
-      f.layer = layer;
-      f.aperture = arc->GetApertureID();
-      f.cx = arc->m_dCenterX;
-      f.cy = arc->m_dCenterY;
-      f.radius = arc->m_dRadius;
-      f.sx = arc->m_dStartX;
-      f.sy = arc->m_dStartY;
-      f.ex = arc->m_dEndX;
-      f.ey = arc->m_dEndY;
-      f.width = arc->m_dWidth;
-      document_->Add(std::move(f));
-      taken = true;
-    }
+    Figure f = NewFigure(FigureKind::kArc, layer, arc->GetApertureID());
+    f.cx = arc->m_dCenterX;
+    f.cy = arc->m_dCenterY;
+    f.radius = arc->m_dRadius;
+    f.sx = arc->m_dStartX;
+    f.sy = arc->m_dStartY;
+    f.ex = arc->m_dEndX;
+    f.ey = arc->m_dEndY;
+    f.width = arc->m_dWidth;
+    take(std::move(f));
   }
   if (message == WM_LBUTTONDOWN) {
     CQVIS_DrawRectCmd* rect = d->m_pDrawRectCmd;
     if (rect_busy_ && rect->IsActived() && rect->m_nProgress == 0) {
-      Figure f;
-      f.kind = FigureKind::kRect;
-      f.layer = layer;
-      f.aperture = rect->GetApertureID();
+      Figure f = NewFigure(FigureKind::kRect, layer, rect->GetApertureID());
       f.x1 = rect->m_dX1;
       f.y1 = rect->m_dY1;
       f.x2 = rect->m_dX2;
       f.y2 = rect->m_dY2;
-      document_->Add(std::move(f));
-      taken = true;
+      take(std::move(f));
     }
     auto pad = [&](PadShape shape, double x, double y, double w, double h, int sides,
                    double hole_w, double hole_h, int aperture) {
-      Figure f;
-      f.kind = FigureKind::kPad;
+      Figure f = NewFigure(FigureKind::kPad, layer, aperture);
       f.pad = shape;
-      f.layer = layer;
-      f.aperture = aperture;
       f.cx = x;
       f.cy = y;
       f.pad_width = w;
@@ -460,8 +457,7 @@ bool FigureCollector::After(UINT message, WPARAM wparam) {
       f.sides = sides;
       f.hole_width = hole_w;
       f.hole_height = hole_h;
-      document_->Add(std::move(f));
-      taken = true;
+      take(std::move(f));
     };
     if (CQVIS_DrawFlashCircleCmd* c = d->m_pDrawFlashCircleCmd; c->IsActived()) {
       pad(PadShape::kRound, c->m_dPlacedX, c->m_dPlacedY, c->m_dRadius * 2.0, 0.0, 0,
@@ -469,16 +465,16 @@ bool FigureCollector::After(UINT message, WPARAM wparam) {
     }
     if (CQVIS_DrawFlashRectCmd* c = d->m_pDrawFlashRectCmd; c->IsActived()) {
       // Unequal extents shift the pad's centre off the click.
-      pad(PadShape::kRect, c->m_dCurrentX + (c->m_dRight - c->m_dLeft) * 0.5, c->m_dCurrentY, c->m_dWidth,
-          c->m_dHeight, 0, c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
+      pad(PadShape::kRect, c->m_dCurrentX + (c->m_dRight - c->m_dLeft) * 0.5, c->m_dCurrentY,
+          c->m_dWidth, c->m_dHeight, 0, c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
     }
     if (CQVIS_DrawFlashObroundCmd* c = d->m_pDrawFlashObroundCmd; c->IsActived()) {
-      pad(PadShape::kObround, c->m_dCurrentX, c->m_dCurrentY, c->m_dWidth, c->m_dHeight, 0, c->m_dHoleWidth,
-          c->m_dHoleHeight, c->GetApertureID());
+      pad(PadShape::kObround, c->m_dCurrentX, c->m_dCurrentY, c->m_dWidth, c->m_dHeight, 0,
+          c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
     }
     if (CQVIS_DrawFlashPolygonCmd* c = d->m_pDrawFlashPolygonCmd; c->IsActived()) {
-      pad(PadShape::kPolygon, c->m_dCurrentX, c->m_dCurrentY, c->m_dDiameter, 0.0, c->m_nSideCount,
-          c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
+      pad(PadShape::kPolygon, c->m_dCurrentX, c->m_dCurrentY, c->m_dDiameter, 0.0,
+          c->m_nSideCount, c->m_dHoleWidth, c->m_dHoleHeight, c->GetApertureID());
     }
   }
   return taken;

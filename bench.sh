@@ -4,6 +4,7 @@
 # Extra arguments go to every benchmark program, e.g. ./bench.sh --benchmark_filter=Tracks
 set -euo pipefail
 cd "$(dirname "$0")"
+bash scripts/setup.sh --bench
 jobs=$(nproc 2>/dev/null || echo 2)
 cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DQVIS_BUILD_TESTS=OFF \
   -DQVIS_BUILD_BENCH=ON >/dev/null

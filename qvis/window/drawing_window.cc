@@ -70,8 +70,7 @@ BOOL CQVIS_Wnd::Create(qvis::WindowPort* port) {
     return FALSE;
   }
   const CRect client = port->GetClientRect();
-  WindowProc(WM_SIZE, 0,
-             static_cast<LPARAM>((client.Width() & 0xFFFF) | ((client.Height() & 0xFFFF) << 16)));
+  WindowProc(WM_SIZE, 0, qvis::PackPointLParam(client.Width(), client.Height()));
   port->Invalidate(true);  // the first paint comes with the next turn of the message loop
   return TRUE;
 }

@@ -51,6 +51,13 @@ class WindowPort {
   virtual LRESULT DefaultProc(const MSG& msg) = 0;
 };
 
+// PackPointLParam: a client or screen point as the LPARAM of a mouse or size message (x in the
+// low word, y in the high word, each cut to 16 bits), as a port delivers it.
+inline LPARAM PackPointLParam(int x, int y) {
+  return static_cast<LPARAM>((static_cast<DWORD>(x) & 0xFFFF) |
+                             ((static_cast<DWORD>(y) & 0xFFFF) << 16));
+}
+
 }  // namespace qvis
 
 #endif  // QVIS_WINDOW_WINDOW_PORT_H_

@@ -2,66 +2,25 @@
 // with a one-message-at-a-time loop that feeds the bound window.
 #include "qvis/window/headless/headless_port.h"
 
-#include <algorithm>
-
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/gdi.h"
 #include "qvis/window/drawing_window.h"
 
 namespace qvis {
-namespace {
-
-constexpr int kMaxSide = 8192;  // an 8K screen; 256 MB a buffer
-
-LPARAM PackPoint(CPoint p) {
-  return static_cast<LPARAM>((static_cast<DWORD>(p.x) & 0xFFFF) |
-                             ((static_cast<DWORD>(p.y) & 0xFFFF) << 16));
-}
-
-}  // namespace
-
 HeadlessPort::HeadlessPort(int width, int height, CPoint screen_origin)
     : screen_origin_(screen_origin) {
-  front_dc_ = gdi::CreateCompatibleDC(nullptr);
-  MakeFront(width, height);
+  front_.Resize(width, height, /*keep_pixels=*/false);
   previous_source_ = SetKeyStateSource(this);
 }
 
 HeadlessPort::~HeadlessPort() {
   if (GetKeyStateSource() == this) SetKeyStateSource(previous_source_);
   if (wnd_ != nullptr) wnd_->DetachPort();
-  if (front_dc_ != nullptr && original_bitmap_ != nullptr) {
-    gdi::SelectObject(front_dc_, original_bitmap_);
-  }
-  if (front_bitmap_ != nullptr) gdi::DeleteObject(reinterpret_cast<HGDIOBJ>(front_bitmap_));
-  if (front_dc_ != nullptr) gdi::DeleteDC(front_dc_);
-}
-
-void HeadlessPort::MakeFront(int width, int height) {
-  width = std::clamp(width, 0, kMaxSide);
-  height = std::clamp(height, 0, kMaxSide);
-  HBITMAP bitmap = gdi::CreateBitmap32(width, height);
-  if (bitmap == nullptr) return;
-  if (front_bitmap_ != nullptr) {
-    // Keep what still fits, as a real window keeps its pixels until the next paint.
-    HDC old_dc = gdi::CreateCompatibleDC(nullptr);
-    HGDIOBJ prev = gdi::SelectObject(old_dc, reinterpret_cast<HGDIOBJ>(bitmap));
-    gdi::BitBlt(old_dc, 0, 0, std::min(width, width_), std::min(height, height_), front_dc_, 0,
-                0, SRCCOPY);
-    gdi::SelectObject(old_dc, prev);
-    gdi::DeleteDC(old_dc);
-  }
-  HGDIOBJ previous = gdi::SelectObject(front_dc_, reinterpret_cast<HGDIOBJ>(bitmap));
-  if (original_bitmap_ == nullptr) original_bitmap_ = previous;
-  if (front_bitmap_ != nullptr) gdi::DeleteObject(reinterpret_cast<HGDIOBJ>(front_bitmap_));
-  front_bitmap_ = bitmap;
-  width_ = width;
-  height_ = height;
 }
 
 void HeadlessPort::Bind(CQVIS_Wnd* wnd) { wnd_ = wnd; }
 
-CRect HeadlessPort::GetClientRect() const { return CRect(0, 0, width_, height_); }
+CRect HeadlessPort::GetClientRect() const { return CRect(0, 0, front_.width(), front_.height()); }
 
 CPoint HeadlessPort::ScreenToClient(CPoint screen) const {
   return CPoint(screen.x - screen_origin_.x, screen.y - screen_origin_.y);
@@ -113,9 +72,9 @@ bool HeadlessPort::IsKeyDown(int virtual_key) const {
 }
 
 void HeadlessPort::Resize(int width, int height) {
-  MakeFront(width, height);
+  front_.Resize(width, height, /*keep_pixels=*/true);
   invalid_ = true;  // a resized window is repainted whole, as with CS_HREDRAW | CS_VREDRAW
-  Post(WM_SIZE, 0, PackPoint(CPoint(width_, height_)));
+  Post(WM_SIZE, 0, PackPointLParam(front_.width(), front_.height()));
 }
 
 void HeadlessPort::TrackInput(UINT message, WPARAM wparam) {
@@ -177,13 +136,14 @@ LRESULT HeadlessPort::Post(UINT message, WPARAM wparam, LPARAM lparam) {
 LRESULT HeadlessPort::Mouse(UINT message, CPoint client) {
   // The button of the message is already held (or let go) when the window sees the flags.
   TrackInput(message, 0);
-  return Post(message, MouseFlags(), PackPoint(client));
+  return Post(message, MouseFlags(), PackPointLParam(client.x, client.y));
 }
 
 LRESULT HeadlessPort::Wheel(int delta, CPoint client) {
+  const CPoint screen = ClientToScreen(client);
   const WPARAM wparam =
       MouseFlags() | (static_cast<WPARAM>(static_cast<WORD>(static_cast<short>(delta))) << 16);
-  return Post(WM_MOUSEWHEEL, wparam, PackPoint(ClientToScreen(client)));
+  return Post(WM_MOUSEWHEEL, wparam, PackPointLParam(screen.x, screen.y));
 }
 
 void HeadlessPort::Key(int virtual_key) {
@@ -205,8 +165,8 @@ void HeadlessPort::PaintIfNeeded() {
 }
 
 COLORREF HeadlessPort::FrontPixel(int x, int y) const {
-  if (x < 0 || y < 0 || x >= width_ || y >= height_) return 0xFFFFFFFFu;
-  const gdi::BitmapView view = gdi::BitmapPixels(front_bitmap_);
+  if (x < 0 || y < 0 || x >= front_.width() || y >= front_.height()) return 0xFFFFFFFFu;
+  const gdi::BitmapView view = gdi::BitmapPixels(front_.bitmap());
   if (view.bits == nullptr || x >= view.width || y >= view.height) return 0xFFFFFFFFu;
   const std::uint32_t rgb = view.Row32(y)[x];
   return Rgb((rgb >> 16) & 0xFF, (rgb >> 8) & 0xFF, rgb & 0xFF);

@@ -12,6 +12,7 @@
 #include "qvis/compat/handles.h"
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/types.h"
+#include "qvis/window/front_buffer.h"
 #include "qvis/window/window_port.h"
 
 namespace qvis {
@@ -36,7 +37,7 @@ class HeadlessPort : public WindowPort, public KeyStateSource {
   LRESULT SendToParent(UINT message, WPARAM wparam, LPARAM lparam) override;
   void Invalidate(bool erase) override;
   void RedrawNow() override;
-  HDC FrontDC() override { return front_dc_; }
+  HDC FrontDC() override { return front_.dc(); }
   void FrontChanged(const CRect& area) override;
   LRESULT DefaultProc(const MSG& msg) override;
 
@@ -70,7 +71,7 @@ class HeadlessPort : public WindowPort, public KeyStateSource {
   void PaintIfNeeded();
 
   // What a user would see: the front buffer.
-  HBITMAP FrontBitmap() const { return front_bitmap_; }
+  HBITMAP FrontBitmap() const { return front_.bitmap(); }
   // FrontPixel: the colour at a client pixel as a COLORREF; 0xFFFFFFFF outside.
   COLORREF FrontPixel(int x, int y) const;
 
@@ -88,11 +89,8 @@ class HeadlessPort : public WindowPort, public KeyStateSource {
  private:
   void TrackInput(UINT message, WPARAM wparam);
   WPARAM MouseFlags() const;
-  void MakeFront(int width, int height);
 
   CQVIS_Wnd* wnd_ = nullptr;
-  int width_ = 0;
-  int height_ = 0;
   CPoint screen_origin_;
   bool focus_ = false;
   bool enabled_ = true;
@@ -103,9 +101,7 @@ class HeadlessPort : public WindowPort, public KeyStateSource {
   std::array<bool, 256> keys_{};
   std::vector<MSG> parent_messages_;
   std::vector<MSG> default_messages_;
-  HDC front_dc_ = nullptr;
-  HBITMAP front_bitmap_ = nullptr;
-  HGDIOBJ original_bitmap_ = nullptr;
+  FrontBuffer front_;
   KeyStateSource* previous_source_ = nullptr;
 };
 

@@ -15,17 +15,6 @@
 #include "qvis/window/drawing_window.h"
 
 namespace qvis {
-namespace {
-
-constexpr int kMaxSide = 8192;  // an 8K screen; 256 MB a buffer
-
-LPARAM PackPoint(int x, int y) {
-  return static_cast<LPARAM>((static_cast<DWORD>(x) & 0xFFFF) |
-                             ((static_cast<DWORD>(y) & 0xFFFF) << 16));
-}
-
-}  // namespace
-
 int VirtualKeyFromQt(int qt_key) {
   switch (qt_key) {
     case Qt::Key_Escape:
@@ -62,30 +51,13 @@ QtWindowPort::QtWindowPort(QWidget* parent) : QWidget(parent) {
   setAttribute(Qt::WA_OpaquePaintEvent);
   setMouseTracking(true);
   setFocusPolicy(Qt::StrongFocus);
-  front_dc_ = gdi::CreateCompatibleDC(nullptr);
-  MakeFront(width(), height());
+  front_.Resize(width(), height(), /*keep_pixels=*/false);
   previous_source_ = SetKeyStateSource(this);
 }
 
 QtWindowPort::~QtWindowPort() {
   if (GetKeyStateSource() == this) SetKeyStateSource(previous_source_);
   if (wnd_ != nullptr) wnd_->DetachPort();
-  if (front_dc_ != nullptr && original_bitmap_ != nullptr) {
-    gdi::SelectObject(front_dc_, original_bitmap_);
-  }
-  if (front_bitmap_ != nullptr) gdi::DeleteObject(reinterpret_cast<HGDIOBJ>(front_bitmap_));
-  if (front_dc_ != nullptr) gdi::DeleteDC(front_dc_);
-}
-
-void QtWindowPort::MakeFront(int width, int height) {
-  width = std::clamp(width, 0, kMaxSide);
-  height = std::clamp(height, 0, kMaxSide);
-  HBITMAP bitmap = gdi::CreateBitmap32(width, height);
-  if (bitmap == nullptr || front_dc_ == nullptr) return;
-  HGDIOBJ previous = gdi::SelectObject(front_dc_, reinterpret_cast<HGDIOBJ>(bitmap));
-  if (original_bitmap_ == nullptr) original_bitmap_ = previous;
-  if (front_bitmap_ != nullptr) gdi::DeleteObject(reinterpret_cast<HGDIOBJ>(front_bitmap_));
-  front_bitmap_ = bitmap;
 }
 
 CRect QtWindowPort::GetClientRect() const { return CRect(0, 0, width(), height()); }
@@ -134,7 +106,7 @@ void QtWindowPort::PaintWindow() {
 void QtWindowPort::paintEvent(QPaintEvent* /*event*/) {
   PaintWindow();
   QPainter painter(this);
-  const gdi::BitmapView v = gdi::BitmapPixels(front_bitmap_);
+  const gdi::BitmapView v = gdi::BitmapPixels(front_.bitmap());
   if (v.bits == nullptr || v.width == 0 || v.height == 0) {
     painter.fillRect(rect(), Qt::black);
     return;
@@ -146,9 +118,9 @@ void QtWindowPort::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void QtWindowPort::resizeEvent(QResizeEvent* event) {
-  MakeFront(event->size().width(), event->size().height());
+  front_.Resize(event->size().width(), event->size().height(), /*keep_pixels=*/false);
   invalid_ = true;
-  Dispatch(WM_SIZE, 0, PackPoint(event->size().width(), event->size().height()));
+  Dispatch(WM_SIZE, 0, PackPointLParam(event->size().width(), event->size().height()));
 }
 
 LRESULT QtWindowPort::Dispatch(UINT message, WPARAM wparam, LPARAM lparam) {
@@ -181,7 +153,7 @@ WPARAM QtWindowPort::MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers 
 
 void QtWindowPort::SendMouse(UINT message, QMouseEvent* event) {
   const QPoint p = event->position().toPoint();
-  Dispatch(message, MouseFlags(event->buttons(), event->modifiers()), PackPoint(p.x(), p.y()));
+  Dispatch(message, MouseFlags(event->buttons(), event->modifiers()), PackPointLParam(p.x(), p.y()));
 }
 
 void QtWindowPort::mouseMoveEvent(QMouseEvent* event) { SendMouse(WM_MOUSEMOVE, event); }
@@ -221,7 +193,7 @@ void QtWindowPort::wheelEvent(QWheelEvent* event) {
                         (static_cast<WPARAM>(static_cast<WORD>(static_cast<short>(
                              std::clamp(delta, -32768, 32767))))
                          << 16);
-  Dispatch(WM_MOUSEWHEEL, wparam, PackPoint(screen.x(), screen.y()));
+  Dispatch(WM_MOUSEWHEEL, wparam, PackPointLParam(screen.x(), screen.y()));
 }
 
 void QtWindowPort::keyPressEvent(QKeyEvent* event) {

@@ -10,6 +10,7 @@
 
 #include "qvis/compat/handles.h"
 #include "qvis/compat/key_state.h"
+#include "qvis/window/front_buffer.h"
 #include "qvis/window/window_port.h"
 
 namespace qvis {
@@ -48,7 +49,7 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   LRESULT SendToParent(UINT message, WPARAM wparam, LPARAM lparam) override;
   void Invalidate(bool erase) override;
   void RedrawNow() override;
-  HDC FrontDC() override { return front_dc_; }
+  HDC FrontDC() override { return front_.dc(); }
   void FrontChanged(const CRect& area) override;
   LRESULT DefaultProc(const MSG& msg) override;
 
@@ -68,15 +69,12 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   void keyReleaseEvent(QKeyEvent* event) override;
 
  private:
-  void MakeFront(int width, int height);
   void PaintWindow();
   WPARAM MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) const;
   void SendMouse(UINT message, QMouseEvent* event);
 
   CQVIS_Wnd* wnd_ = nullptr;
-  HDC front_dc_ = nullptr;
-  HBITMAP front_bitmap_ = nullptr;
-  HGDIOBJ original_bitmap_ = nullptr;
+  FrontBuffer front_;
   bool invalid_ = true;
   bool painting_ = false;
   std::array<bool, 256> keys_{};

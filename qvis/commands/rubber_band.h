@@ -50,6 +50,22 @@ class RubberBand {
     figure.Draw();
   }
 
+  // DragBox follows the pointer with a box the left button drags (the zoom and selection
+  // boxes: m_nDragState, corners m_dX1/Y1 and m_dX2/Y2): before the press both corners move to
+  // (x, y), during the drag only the second corner; any other state leaves the box as it is.
+  template <class Box>
+  static void DragBox(Box& box, double x, double y) {
+    Update(box, [&] {
+      if (box.m_nDragState == 0) {
+        box.m_dX1 = box.m_dX2 = x;
+        box.m_dY1 = box.m_dY2 = y;
+      } else if (box.m_nDragState == 1) {
+        box.m_dX2 = x;
+        box.m_dY2 = y;
+      }
+    });
+  }
+
   // Raster modes of the target: XOR for transient figures, copy for committed ones, merge for the
   // track list's erase pass.
   void XorMode() const;

@@ -61,15 +61,7 @@ int CQVIS_DrawSelectCmd::MouseDown(unsigned int nFlags, double x, double y) {
 
 int CQVIS_DrawSelectCmd::MouseMove(double x, double y) {
   if (!m_nActive || !LeftButtonHeld()) return qvis::kNotHandled;
-  RubberBand::Update(*this, [&] {
-    if (m_nDragState == 0) {
-      m_dX1 = m_dX2 = x;
-      m_dY1 = m_dY2 = y;
-    } else if (m_nDragState == 1) {
-      m_dX2 = x;
-      m_dY2 = y;
-    }
-  });
+  RubberBand::DragBox(*this, x, y);
   return qvis::kHandled;
 }
 

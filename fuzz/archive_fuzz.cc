@@ -5,40 +5,16 @@
 // driver otherwise (see README.md).
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
+#include "fuzz/fuzz_util.h"
 #include "qvis/compat/archive.h"
 #include "qvis/coords/view_coords.h"
 #include "qvis/design/max_region_info.h"
 
 namespace {
 
-// Check stops the run with a message; libFuzzer and the replay driver both
-// report an abort as a failure with the input that caused it.
-void Check(bool ok, const char* what) {
-  if (!ok) {
-    std::fprintf(stderr, "archive_fuzz: invariant failed: %s\n", what);
-    std::abort();
-  }
-}
-
-std::vector<std::uint8_t> StoreDb(CQVIS_MaxRegionInfoDB& db) {
-  qvis::MemFile f;
-  CArchive ar(&f, CArchive::store);
-  db.Serialize(ar);
-  ar.Close();
-  return f.bytes();
-}
-
-std::vector<std::uint8_t> StoreCoords(CQVIS_Coords& c) {
-  qvis::MemFile f;
-  CArchive ar(&f, CArchive::store);
-  c.Serialize(ar);
-  ar.Close();
-  return f.bytes();
-}
+void Check(bool ok, const char* what) { qvis::fuzz::CheckInvariant(ok, "archive_fuzz", what); }
 
 bool HasNaN(const CQVIS_MaxRegionInfo& r) {
   return std::isnan(r.m_dMinX) || std::isnan(r.m_dMinY) || std::isnan(r.m_dMaxX) ||
@@ -71,12 +47,10 @@ void CheckLoadedDb(CQVIS_MaxRegionInfoDB& db, size_t input_size) {
     nan = nan || HasNaN(*r);
     if (!IsPoint(*r)) kept.push_back(r);
   }
-  const std::vector<std::uint8_t> bytes = StoreDb(db);
+  const std::vector<std::uint8_t> bytes = qvis::fuzz::StoreBytes(db);
   Check(bytes.size() == 12 + 40 * static_cast<size_t>(db.GetSize()), "list record size");
-  qvis::MemFile f(bytes);
-  CArchive ar(&f, CArchive::load);
   CQVIS_MaxRegionInfoDB again;
-  again.Serialize(ar);
+  qvis::fuzz::LoadBytes(bytes, again);
   if (!nan) {
     Check(static_cast<size_t>(again.GetSize()) == kept.size(), "reloaded list size");
     for (size_t i = 0; i < kept.size(); ++i) {
@@ -87,12 +61,10 @@ void CheckLoadedDb(CQVIS_MaxRegionInfoDB& db, size_t input_size) {
 }
 
 void CheckLoadedCoords(CQVIS_Coords& c) {
-  const std::vector<std::uint8_t> bytes = StoreCoords(c);
+  const std::vector<std::uint8_t> bytes = qvis::fuzz::StoreBytes(c);
   Check(bytes.size() == 84, "coordinate record size");
-  qvis::MemFile f(bytes);
-  CArchive ar(&f, CArchive::load);
   CQVIS_Coords again;
-  again.Serialize(ar);
+  qvis::fuzz::LoadBytes(bytes, again);
   if (!HasNaN(c)) Check(again == c, "coordinates do not reload to themselves");
 }
 

@@ -2,10 +2,9 @@
 // (never crash, hang or read out of bounds); whatever loads must write back to bytes that load
 // and write back to the very same bytes.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
+#include "fuzz/fuzz_util.h"
 #include "qvis/compat/archive.h"
 #include "qvis/compat/exceptions.h"
 #include "qvis/design/design.h"
@@ -13,18 +12,7 @@
 namespace {
 
 void Check(bool ok, const char* what) {
-  if (!ok) {
-    std::fprintf(stderr, "design_file_fuzz: invariant failed: %s\n", what);
-    std::abort();
-  }
-}
-
-std::vector<std::uint8_t> Store(CQVIS_Design& d) {
-  qvis::MemFile f;
-  CArchive ar(&f, CArchive::store);
-  d.Serialize(ar);
-  ar.Close();
-  return f.bytes();
+  qvis::fuzz::CheckInvariant(ok, "design_file_fuzz", what);
 }
 
 // One design for the whole run: building the surface and the seventeen objects per input
@@ -47,12 +35,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
     Check(e.m_cause == CArchiveException::endOfFile, "only end-of-file may stop a load");
     return 0;
   }
-  const std::vector<std::uint8_t> once = Store(d);
+  const std::vector<std::uint8_t> once = qvis::fuzz::StoreBytes(d);
   Check(once.size() == 242, "a stored design is 242 bytes");
   d.Init();
-  qvis::MemFile again(once);
-  CArchive ar(&again, CArchive::load);
-  d.Serialize(ar);
-  Check(Store(d) == once, "a stored design reloads to the same bytes");
+  qvis::fuzz::LoadBytes(once, d);
+  Check(qvis::fuzz::StoreBytes(d) == once, "a stored design reloads to the same bytes");
   return 0;
 }

@@ -56,6 +56,7 @@ FillSource PenSource(const DeviceContext& dc) {
     s.kind = FillSource::Kind::kSolid;
   }
   s.color = pen->color;
+  s.mono_by_background = true;
   return s;
 }
 
@@ -73,6 +74,7 @@ SpanSink& GapSink(DeviceContext& dc) {
   FillSource s;
   s.kind = FillSource::Kind::kSolid;
   s.color = dc.bk_color;
+  s.mono_by_background = true;
   return dc.blit_b.Choose(dc.bitmap, s, dc.rop2, dc.bk_color, ClipRegion(dc));
 }
 
@@ -328,7 +330,7 @@ class BlockSink final : public SpanSink {
 
  private:
   std::uint32_t ToDst(COLORREF c) const {
-    if (bitmap_.bpp == 1) return MonoBitFor(c, dst_.bk_color) ? ~0u : 0u;
+    if (bitmap_.bpp == 1) return MonoBitFor(c, c) ? ~0u : 0u;
     return ColorToPixel(c);
   }
 

@@ -195,8 +195,9 @@ SpanSink& BlitterSet::Choose(BitmapData* bitmap, const FillSource& source, int r
     const COLORREF color = source.kind == FillSource::Kind::kArgb
                                ? PixelToColor(source.argb & 0xFFFFFFu)
                                : source.color;
-    mono_.Reset(bitmap, MonoBitFor(color, bk_color),
-                MonoBitFor(source.gap_color, bk_color), pattern ? source.pattern : nullptr,
+    const COLORREF rule = source.mono_by_background ? bk_color : color;
+    mono_.Reset(bitmap, MonoBitFor(color, rule),
+                MonoBitFor(source.gap_color, source.gap_color), pattern ? source.pattern : nullptr,
                 pattern ? source.opaque_gaps : true, source.origin,
                 source.kind == FillSource::Kind::kArgb ? kRop2CopyPen : rop2);
     sink = &mono_;

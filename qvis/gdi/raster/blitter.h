@@ -24,9 +24,9 @@ inline std::uint32_t ColorToPixel(COLORREF c) {
 inline COLORREF PixelToColor(std::uint32_t p) {
   return ((p & 0xFFu) << 16) | (p & 0xFF00u) | ((p >> 16) & 0xFFu);
 }
-// MonoBitFor gives the bit a colour takes in a 1-bpp bitmap of a DC whose background colour is
-// `bk`: the background colour itself takes the bit nearest to it (white 1 or black 0), every
-// other colour the opposite bit.
+// MonoBitFor gives the bit a pen colour takes in a 1-bpp bitmap of a DC whose background colour
+// is `bk`: the background colour itself takes the bit nearest to it (white 1 or black 0), every
+// other colour the opposite bit. MonoBitFor(c, c) is the nearer of black and white.
 bool MonoBitFor(COLORREF color, COLORREF bk);
 
 // The 8x8 hatch patterns, one byte per row, bit 7 = leftmost pixel; a set bit is a line pixel.
@@ -43,6 +43,9 @@ struct FillSource {
   const std::uint8_t* pattern = nullptr;  // kPattern: 8 rows
   PointI origin;                 // kPattern: brush origin
   std::uint32_t argb = 0;        // kArgb: 0xAARRGGBB, source-over, ROP2 ignored
+  // On 1-bpp bitmaps a pen's colour takes its bit by the DC's background colour (MonoBitFor);
+  // brush colours take the nearer of black and white.
+  bool mono_by_background = false;
 };
 
 // SolidBlitter32: one colour through a ROP2 loop on a 32-bpp bitmap.
@@ -110,7 +113,7 @@ class BlitterSet {
  public:
   // Choose returns the sink that paints `source` into `bitmap` with `rop2`, clipped to `clip`
   // when it is not null. A null bitmap, kNone, R2_NOP or an empty clip give a sink that drops
-  // everything. For 1-bpp bitmaps colours become bits by MonoBitFor(color, bk_color).
+  // everything. For 1-bpp bitmaps colours become bits as `mono_by_background` says.
   SpanSink& Choose(BitmapData* bitmap, const FillSource& source, int rop2, COLORREF bk_color,
                    const SpanRegion* clip);
 

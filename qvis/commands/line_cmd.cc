@@ -9,7 +9,6 @@ using qvis::WorldPt;
 using qvis::WorldSeg;
 
 namespace {
-using Owned = qvis::OwnedList<CQVIS_DrawLinePoint>;
 using Flow = qvis::VertexListFlow<CQVIS_DrawLineCmd>;
 
 bool IsRectangularCap(int style) { return style == PS_ENDCAP_SQUARE || style == PS_ENDCAP_FLAT; }
@@ -58,32 +57,7 @@ CQVIS_DrawLineCmd& CQVIS_DrawLineCmd::operator=(const CQVIS_DrawLineCmd& other) 
 
 CQVIS_DrawLineCmd::~CQVIS_DrawLineCmd() { Release(); }
 
-void CQVIS_DrawLineCmd::Init() { Flow::Init(*this); }
-void CQVIS_DrawLineCmd::Clear() { Flow::Clear(*this); }
-void CQVIS_DrawLineCmd::Release() { Flow::Release(*this); }
-
-void CQVIS_DrawLineCmd::ReleasePoints() { Owned::Empty(m_pPointList); }
-
-void CQVIS_DrawLineCmd::Active() { Flow::Active(*this); }
-void CQVIS_DrawLineCmd::Deactive() { Flow::Deactive(*this); }
-
-void CQVIS_DrawLineCmd::Cancel() {
-  if (m_nActive) Flow::Escape(*this);
-}
-
-int CQVIS_DrawLineCmd::MouseMove(double x, double y) { return Flow::MouseMove(*this, x, y); }
-
-int CQVIS_DrawLineCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  return Flow::MouseDown(*this, nFlags, x, y);
-}
-int CQVIS_DrawLineCmd::MouseUp(unsigned int nFlags, double, double) {
-  return Flow::MouseUp(*this, nFlags);
-}
-int CQVIS_DrawLineCmd::MouseDblClk() { return Flow::MouseDblClk(*this); }
-
-int CQVIS_DrawLineCmd::KeyPress(int nKey) { return Flow::KeyPress(*this, nKey); }
-
-int CQVIS_DrawLineCmd::Done() { return Flow::KeyPress(*this, qvis::kKeyReturn); }
+QVIS_VERTEX_LIST_OPERATIONS(CQVIS_DrawLineCmd)
 
 void CQVIS_DrawLineCmd::Draw() {
   if (!m_nActive) return;
@@ -122,16 +96,6 @@ void CQVIS_DrawLineCmd::Draw() {
   }
 }
 
-void CQVIS_DrawLineCmd::OnDraw() {
-  DrawLineList();
-  Draw();
-}
-
-void CQVIS_DrawLineCmd::SetInfoLine() {
-  const CString prompt = Flow::InfoLine(*this);
-  (void)prompt;  // composed for the step; the host builds its own prompt from the state
-}
-
 void CQVIS_DrawLineCmd::SetWidth(double dWidth, bool bAll) {
   if (!m_nActive) {
     m_dWidth = dWidth;
@@ -158,27 +122,9 @@ void CQVIS_DrawLineCmd::SetHeight(double dHeight, bool bAll) {
   });
 }
 
-void CQVIS_DrawLineCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  Flow::SetColor(*this, crColor, crXORColor);
-}
-
-void CQVIS_DrawLineCmd::SetLineStyle(int nStyle) {
-  Flow::ListChange(*this, [&] { m_nLineStyle = nStyle; });
-}
-
 void CQVIS_DrawLineCmd::AddPoint(double x, double y, double dWidth) {
   Flow::AddPoint(*this, x, y, [&] { return new CQVIS_DrawLinePoint(x, y, dWidth, 0.0); });
 }
-
-int CQVIS_DrawLineCmd::IsLastPosition(double x, double y) const {
-  return Owned::IsLast(m_pPointList, x, y) ? 1 : 0;
-}
-
-void CQVIS_DrawLineCmd::MakeBackup() { Owned::CopyInto(m_pBackupList, m_pPointList); }
-
-int CQVIS_DrawLineCmd::GetPxy() { return Flow::GetPxy(*this); }
-
-void CQVIS_DrawLineCmd::Back(unsigned long crColor) { Flow::Back(*this, crColor); }
 
 void CQVIS_DrawLineCmd::PaintSegments(const qvis::LinePointList* list, COLORREF roundColor,
                                       COLORREF rectColor) {

@@ -70,32 +70,7 @@ CQVIS_DrawPolygonCmd& CQVIS_DrawPolygonCmd::operator=(const CQVIS_DrawPolygonCmd
 
 CQVIS_DrawPolygonCmd::~CQVIS_DrawPolygonCmd() { Release(); }
 
-void CQVIS_DrawPolygonCmd::Init() { Flow::Init(*this); }
-void CQVIS_DrawPolygonCmd::Clear() { Flow::Clear(*this); }
-void CQVIS_DrawPolygonCmd::Release() { Flow::Release(*this); }
-
-void CQVIS_DrawPolygonCmd::ReleasePoints() { Owned::Empty(m_pPointList); }
-
-void CQVIS_DrawPolygonCmd::Active() { Flow::Active(*this); }
-void CQVIS_DrawPolygonCmd::Deactive() { Flow::Deactive(*this); }
-
-void CQVIS_DrawPolygonCmd::Cancel() {
-  if (m_nActive) Flow::Escape(*this);
-}
-
-int CQVIS_DrawPolygonCmd::MouseMove(double x, double y) { return Flow::MouseMove(*this, x, y); }
-
-int CQVIS_DrawPolygonCmd::MouseDown(unsigned int nFlags, double x, double y) {
-  return Flow::MouseDown(*this, nFlags, x, y);
-}
-int CQVIS_DrawPolygonCmd::MouseUp(unsigned int nFlags, double, double) {
-  return Flow::MouseUp(*this, nFlags);
-}
-int CQVIS_DrawPolygonCmd::MouseDblClk() { return Flow::MouseDblClk(*this); }
-
-int CQVIS_DrawPolygonCmd::KeyPress(int nKey) { return Flow::KeyPress(*this, nKey); }
-
-int CQVIS_DrawPolygonCmd::Done() { return Flow::KeyPress(*this, qvis::kKeyReturn); }
+QVIS_VERTEX_LIST_OPERATIONS(CQVIS_DrawPolygonCmd)
 
 void CQVIS_DrawPolygonCmd::Draw() {
   if (!m_nActive) return;
@@ -120,37 +95,9 @@ void CQVIS_DrawPolygonCmd::Draw() {
   }
 }
 
-void CQVIS_DrawPolygonCmd::OnDraw() {
-  DrawLineList();
-  Draw();
-}
-
-void CQVIS_DrawPolygonCmd::SetInfoLine() {
-  const CString prompt = Flow::InfoLine(*this);
-  (void)prompt;  // composed for the step; the host builds its own prompt from the state
-}
-
-void CQVIS_DrawPolygonCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  Flow::SetColor(*this, crColor, crXORColor);
-}
-
-void CQVIS_DrawPolygonCmd::SetLineStyle(int nStyle) {
-  Flow::ListChange(*this, [&] { m_nLineStyle = nStyle; });
-}
-
 void CQVIS_DrawPolygonCmd::AddPoint(double x, double y) {
   Flow::AddPoint(*this, x, y, [&] { return new CQVIS_DrawPolygonPoint(x, y); });
 }
-
-int CQVIS_DrawPolygonCmd::IsLastPosition(double x, double y) const {
-  return Owned::IsLast(m_pPointList, x, y) ? 1 : 0;
-}
-
-void CQVIS_DrawPolygonCmd::MakeBackup() { Owned::CopyInto(m_pBackupList, m_pPointList); }
-
-int CQVIS_DrawPolygonCmd::GetPxy() { return Flow::GetPxy(*this); }
-
-void CQVIS_DrawPolygonCmd::Back(unsigned long crColor) { Flow::Back(*this, crColor); }
 
 void CQVIS_DrawPolygonCmd::SetLastPointArcInfo(double dCenterX, double dCenterY,
                                                int nDirection) {

@@ -376,4 +376,48 @@ struct VertexListFlow {
 
 }  // namespace qvis
 
+// QVIS_VERTEX_LIST_OPERATIONS(Cmd) defines the public operations the track and polygon commands
+// both hand to VertexListFlow unchanged; each command's .cc expands it once and writes its own
+// constructors, drawing and setters.
+#define QVIS_VERTEX_LIST_OPERATIONS(Cmd)                                                     \
+  void Cmd::Init() { qvis::VertexListFlow<Cmd>::Init(*this); }                              \
+  void Cmd::Clear() { qvis::VertexListFlow<Cmd>::Clear(*this); }                            \
+  void Cmd::Release() { qvis::VertexListFlow<Cmd>::Release(*this); }                        \
+  void Cmd::ReleasePoints() { qvis::OwnedList<Cmd::Record>::Empty(m_pPointList); }          \
+  void Cmd::Active() { qvis::VertexListFlow<Cmd>::Active(*this); }                          \
+  void Cmd::Deactive() { qvis::VertexListFlow<Cmd>::Deactive(*this); }                      \
+  void Cmd::Cancel() {                                                                       \
+    if (m_nActive) qvis::VertexListFlow<Cmd>::Escape(*this);                                 \
+  }                                                                                          \
+  int Cmd::MouseMove(double x, double y) {                                                   \
+    return qvis::VertexListFlow<Cmd>::MouseMove(*this, x, y);                                \
+  }                                                                                          \
+  int Cmd::MouseDown(unsigned int nFlags, double x, double y) {                              \
+    return qvis::VertexListFlow<Cmd>::MouseDown(*this, nFlags, x, y);                        \
+  }                                                                                          \
+  int Cmd::MouseUp(unsigned int nFlags, double, double) {                                    \
+    return qvis::VertexListFlow<Cmd>::MouseUp(*this, nFlags);                                \
+  }                                                                                          \
+  int Cmd::MouseDblClk() { return qvis::VertexListFlow<Cmd>::MouseDblClk(*this); }          \
+  int Cmd::KeyPress(int nKey) { return qvis::VertexListFlow<Cmd>::KeyPress(*this, nKey); }  \
+  int Cmd::Done() { return qvis::VertexListFlow<Cmd>::KeyPress(*this, qvis::kKeyReturn); }  \
+  void Cmd::OnDraw() {                                                                       \
+    DrawLineList();                                                                          \
+    Draw();                                                                                  \
+  }                                                                                          \
+  /* The prompt is composed for the step; the host builds its own from the state. */        \
+  void Cmd::SetInfoLine() { (void)qvis::VertexListFlow<Cmd>::InfoLine(*this); }             \
+  void Cmd::SetColor(unsigned long crColor, unsigned long crXORColor) {                      \
+    qvis::VertexListFlow<Cmd>::SetColor(*this, crColor, crXORColor);                         \
+  }                                                                                          \
+  void Cmd::SetLineStyle(int nStyle) {                                                       \
+    qvis::VertexListFlow<Cmd>::ListChange(*this, [&] { m_nLineStyle = nStyle; });            \
+  }                                                                                          \
+  int Cmd::IsLastPosition(double x, double y) const {                                        \
+    return qvis::OwnedList<Cmd::Record>::IsLast(m_pPointList, x, y) ? 1 : 0;                 \
+  }                                                                                          \
+  void Cmd::MakeBackup() { qvis::OwnedList<Cmd::Record>::CopyInto(m_pBackupList, m_pPointList); } \
+  int Cmd::GetPxy() { return qvis::VertexListFlow<Cmd>::GetPxy(*this); }                    \
+  void Cmd::Back(unsigned long crColor) { qvis::VertexListFlow<Cmd>::Back(*this, crColor); }
+
 #endif  // QVIS_COMMANDS_VERTEX_LIST_H_

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "qvis/commands/construction.h"
+#include "qvis/commands/figure_flow.h"
 #include "qvis/commands/rubber_band.h"
 #include "qvis/geometry/num_support.h"
 
@@ -32,22 +33,15 @@ void CQVIS_DrawArcCmd::Init() {
 
 void CQVIS_DrawArcCmd::Active() {
   if (m_nActive) return;
-  m_nProgress = 0;
-  m_nActive = 1;
-  Draw();
+  qvis::FigureFlow<CQVIS_DrawArcCmd>::Active(*this);
   SetInfoLine();
 }
 
-void CQVIS_DrawArcCmd::Deactive() {
-  if (!m_nActive) return;
-  Draw();
-  m_nProgress = 0;
-  m_nActive = 0;
-}
+void CQVIS_DrawArcCmd::Deactive() { qvis::FigureFlow<CQVIS_DrawArcCmd>::Deactive(*this); }
 
 void CQVIS_DrawArcCmd::Cancel() {
   if (!m_nActive) return;
-  RubberBand::Update(*this, [&] { m_nProgress = 0; });
+  qvis::FigureFlow<CQVIS_DrawArcCmd>::Cancel(*this);
   SetInfoLine();
 }
 

@@ -1,6 +1,7 @@
 #include "qvis/commands/circle_cmd.h"
 
 #include "qvis/commands/construction.h"
+#include "qvis/commands/figure_flow.h"
 #include "qvis/commands/rubber_band.h"
 
 using qvis::RubberBand;
@@ -43,29 +44,14 @@ void CQVIS_DrawCircleCmd::Init() {
 
 void CQVIS_DrawCircleCmd::Clear() { Init(); }
 
-void CQVIS_DrawCircleCmd::Active() {
-  if (m_nActive) return;
-  m_nProgress = 0;
-  m_nActive = 1;
-  Draw();
-}
+void CQVIS_DrawCircleCmd::Active() { qvis::FigureFlow<CQVIS_DrawCircleCmd>::Active(*this); }
 
-void CQVIS_DrawCircleCmd::Deactive() {
-  if (!m_nActive) return;
-  Draw();
-  m_nProgress = 0;
-  m_nActive = 0;
-}
+void CQVIS_DrawCircleCmd::Deactive() { qvis::FigureFlow<CQVIS_DrawCircleCmd>::Deactive(*this); }
 
-void CQVIS_DrawCircleCmd::Cancel() {
-  if (m_nActive) RubberBand::Update(*this, [&] { m_nProgress = 0; });
-}
+void CQVIS_DrawCircleCmd::Cancel() { qvis::FigureFlow<CQVIS_DrawCircleCmd>::Cancel(*this); }
 
 int CQVIS_DrawCircleCmd::KeyPress(int nKey) {
-  if (!m_nActive || nKey != qvis::kKeyEscape) return qvis::kNotHandled;
-  if (m_nProgress == 0) return nKey - 28;
-  RubberBand::Update(*this, [&] { m_nProgress = 0; });
-  return qvis::kHandled;
+  return qvis::FigureFlow<CQVIS_DrawCircleCmd>::EscapeKey(*this, nKey);
 }
 
 int CQVIS_DrawCircleCmd::MouseMove(double x, double y) {
@@ -182,29 +168,14 @@ void CQVIS_Draw3PCircleCmd::Init() {
   m_nReserved = 0;
 }
 
-void CQVIS_Draw3PCircleCmd::Active() {
-  if (m_nActive) return;
-  m_nProgress = 0;
-  m_nActive = 1;
-  Draw();
-}
+void CQVIS_Draw3PCircleCmd::Active() { qvis::FigureFlow<CQVIS_Draw3PCircleCmd>::Active(*this); }
 
-void CQVIS_Draw3PCircleCmd::Deactive() {
-  if (!m_nActive) return;
-  Draw();
-  m_nProgress = 0;
-  m_nActive = 0;
-}
+void CQVIS_Draw3PCircleCmd::Deactive() { qvis::FigureFlow<CQVIS_Draw3PCircleCmd>::Deactive(*this); }
 
-void CQVIS_Draw3PCircleCmd::Cancel() {
-  if (m_nActive) RubberBand::Update(*this, [&] { m_nProgress = 0; });
-}
+void CQVIS_Draw3PCircleCmd::Cancel() { qvis::FigureFlow<CQVIS_Draw3PCircleCmd>::Cancel(*this); }
 
 int CQVIS_Draw3PCircleCmd::KeyPress(int nKey) {
-  if (!m_nActive || nKey != qvis::kKeyEscape) return qvis::kNotHandled;
-  if (m_nProgress == 0) return nKey - 28;
-  RubberBand::Update(*this, [&] { m_nProgress = 0; });
-  return qvis::kHandled;
+  return qvis::FigureFlow<CQVIS_Draw3PCircleCmd>::EscapeKey(*this, nKey);
 }
 
 int CQVIS_Draw3PCircleCmd::MouseMove(double x, double y) {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "qvis/commands/construction.h"
+#include "qvis/commands/figure_flow.h"
 #include "qvis/commands/rubber_band.h"
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/win32_names.h"
@@ -18,30 +19,9 @@ namespace {
 template <class Cmd>
 constexpr bool kIsRoundPad = requires(Cmd c) { c.m_dPlacedX; };
 
-// FlashFlow: the protocol steps the four pad commands share.
+// FlashFlow: the protocol steps the four pad commands share beyond FigureFlow's.
 template <class Cmd>
 struct FlashFlow {
-  static void Active(Cmd& c) {
-    if (c.m_nActive) return;
-    c.m_nProgress = 0;
-    c.m_nActive = 1;
-    c.Draw();
-  }
-  static void Deactive(Cmd& c) {
-    if (!c.m_nActive) return;
-    c.Draw();
-    c.m_nProgress = 0;
-    c.m_nActive = 0;
-  }
-  static void Cancel(Cmd& c) {
-    if (c.m_nActive) RubberBand::Update(c, [&] { c.m_nProgress = 0; });
-  }
-  static int KeyPress(Cmd& c, int key) {
-    if (!c.m_nActive || key != qvis::kKeyEscape) return qvis::kNotHandled;
-    if (c.m_nProgress == 0) return qvis::kLeaveCommand;
-    RubberBand::Update(c, [&] { c.m_nProgress = 0; });
-    return qvis::kHandled;
-  }
   static void SetColor(Cmd& c, unsigned long color, unsigned long xor_color) {
     RubberBand::Update(c, [&] {
       c.m_crColor = static_cast<COLORREF>(color);
@@ -90,12 +70,13 @@ struct FlashFlow {
   }
 };
 
-// The operations every pad hands to FlashFlow unchanged (the round pad adds its own MouseUp).
+// The operations every pad hands to FigureFlow and FlashFlow unchanged (the round pad adds its
+// own MouseUp).
 #define QVIS_PAD_FLOW_OPERATIONS(Cmd)                                                 \
-  void Cmd::Active() { FlashFlow<Cmd>::Active(*this); }                              \
-  void Cmd::Deactive() { FlashFlow<Cmd>::Deactive(*this); }                          \
-  void Cmd::Cancel() { FlashFlow<Cmd>::Cancel(*this); }                              \
-  int Cmd::KeyPress(int nKey) { return FlashFlow<Cmd>::KeyPress(*this, nKey); }      \
+  void Cmd::Active() { qvis::FigureFlow<Cmd>::Active(*this); }                        \
+  void Cmd::Deactive() { qvis::FigureFlow<Cmd>::Deactive(*this); }                    \
+  void Cmd::Cancel() { qvis::FigureFlow<Cmd>::Cancel(*this); }                        \
+  int Cmd::KeyPress(int nKey) { return qvis::FigureFlow<Cmd>::EscapeKey(*this, nKey); } \
   int Cmd::MouseMove(double x, double y) { return FlashFlow<Cmd>::MouseMove(*this, x, y); } \
   int Cmd::MouseDown(unsigned int nFlags, double x, double y) {                     \
     return FlashFlow<Cmd>::MouseDown(*this, nFlags, x, y);                           \

@@ -1,5 +1,6 @@
 #include "qvis/commands/point_cmd.h"
 
+#include "qvis/commands/figure_flow.h"
 #include "qvis/commands/rubber_band.h"
 
 using qvis::RubberBand;
@@ -26,30 +27,14 @@ void CQVIS_DrawPointCmd::Init() {
 void CQVIS_DrawPointCmd::Clear() { Init(); }
 void CQVIS_DrawPointCmd::Release() { Init(); }
 
-void CQVIS_DrawPointCmd::Active() {
-  if (m_nActive) return;
-  m_nProgress = 0;
-  m_nActive = 1;
-  Draw();
-}
+void CQVIS_DrawPointCmd::Active() { qvis::FigureFlow<CQVIS_DrawPointCmd>::Active(*this); }
 
-void CQVIS_DrawPointCmd::Deactive() {
-  if (!m_nActive) return;
-  Draw();
-  m_nProgress = 0;
-  m_nActive = 0;
-}
+void CQVIS_DrawPointCmd::Deactive() { qvis::FigureFlow<CQVIS_DrawPointCmd>::Deactive(*this); }
 
-void CQVIS_DrawPointCmd::Cancel() {
-  if (!m_nActive) return;
-  RubberBand::Update(*this, [&] { m_nProgress = 0; });
-}
+void CQVIS_DrawPointCmd::Cancel() { qvis::FigureFlow<CQVIS_DrawPointCmd>::Cancel(*this); }
 
 int CQVIS_DrawPointCmd::KeyPress(int nKey) {
-  if (!m_nActive || nKey != qvis::kKeyEscape) return qvis::kNotHandled;
-  if (m_nProgress == 0) return nKey - 28;  // -1: leave the command
-  RubberBand::Update(*this, [&] { m_nProgress = 0; });
-  return qvis::kHandled;
+  return qvis::FigureFlow<CQVIS_DrawPointCmd>::EscapeKey(*this, nKey);
 }
 
 int CQVIS_DrawPointCmd::MouseMove(double x, double y) {

@@ -1,5 +1,6 @@
 #include "qvis/commands/rect_cmd.h"
 
+#include "qvis/commands/figure_flow.h"
 #include "qvis/commands/rubber_band.h"
 
 using qvis::RubberBand;
@@ -21,29 +22,14 @@ void CQVIS_DrawRectCmd::Init() {
   m_nDrawType = 0;
 }
 
-void CQVIS_DrawRectCmd::Active() {
-  if (m_nActive) return;
-  m_nProgress = 0;
-  m_nActive = 1;
-  Draw();
-}
+void CQVIS_DrawRectCmd::Active() { qvis::FigureFlow<CQVIS_DrawRectCmd>::Active(*this); }
 
-void CQVIS_DrawRectCmd::Deactive() {
-  if (!m_nActive) return;
-  Draw();
-  m_nProgress = 0;
-  m_nActive = 0;
-}
+void CQVIS_DrawRectCmd::Deactive() { qvis::FigureFlow<CQVIS_DrawRectCmd>::Deactive(*this); }
 
-void CQVIS_DrawRectCmd::Cancel() {
-  if (m_nActive) RubberBand::Update(*this, [&] { m_nProgress = 0; });
-}
+void CQVIS_DrawRectCmd::Cancel() { qvis::FigureFlow<CQVIS_DrawRectCmd>::Cancel(*this); }
 
 int CQVIS_DrawRectCmd::KeyPress(int nKey) {
-  if (!m_nActive || nKey != qvis::kKeyEscape) return qvis::kNotHandled;
-  if (m_nProgress == 0) return nKey - 28;
-  RubberBand::Update(*this, [&] { m_nProgress = 0; });
-  return qvis::kHandled;
+  return qvis::FigureFlow<CQVIS_DrawRectCmd>::EscapeKey(*this, nKey);
 }
 
 int CQVIS_DrawRectCmd::MouseMove(double x, double y) {

@@ -73,10 +73,7 @@ bool ParseDouble(const std::string& s, double* v) {
   return true;
 }
 
-LPARAM Pack(CPoint p) {
-  return static_cast<LPARAM>((static_cast<DWORD>(p.x) & 0xFFFF) |
-                             ((static_cast<DWORD>(p.y) & 0xFFFF) << 16));
-}
+LPARAM Pack(CPoint p) { return PackPointLParam(p.x, p.y); }
 
 }  // namespace
 
@@ -495,21 +492,20 @@ void Session::ApplySettings(const std::string& name) {
     });
     if (s.aperture) pad->SetApertureID(*s.aperture);
   }
-  if (CQVIS_DrawFlashRectCmd* pad = d->m_pDrawFlashRectCmd; pad && name == "flash-rect") {
+  // The rectangular and obround pads take the same sizes.
+  auto sized_pad = [&](auto* pad) {
     redrawn(pad, [&] {
       if (s.width) pad->SetWidth(*s.width);
       if (s.height) pad->SetHeight(*s.height);
       if (s.hole_width) pad->SetHoleSize(hole_w, hole_h);
     });
     if (s.aperture) pad->SetApertureID(*s.aperture);
+  };
+  if (CQVIS_DrawFlashRectCmd* pad = d->m_pDrawFlashRectCmd; pad && name == "flash-rect") {
+    sized_pad(pad);
   }
   if (CQVIS_DrawFlashObroundCmd* pad = d->m_pDrawFlashObroundCmd; pad && name == "flash-obround") {
-    redrawn(pad, [&] {
-      if (s.width) pad->SetWidth(*s.width);
-      if (s.height) pad->SetHeight(*s.height);
-      if (s.hole_width) pad->SetHoleSize(hole_w, hole_h);
-    });
-    if (s.aperture) pad->SetApertureID(*s.aperture);
+    sized_pad(pad);
   }
   if (CQVIS_DrawFlashPolygonCmd* pad = d->m_pDrawFlashPolygonCmd; pad && name == "flash-polygon") {
     redrawn(pad, [&] {

@@ -35,6 +35,15 @@ CPoint PointFromLParam(LPARAM lp) {
   return CPoint(static_cast<short>(lp & 0xFFFF), static_cast<short>((lp >> 16) & 0xFFFF));
 }
 
+// ForEachCommand calls `fn` with each command given that exists, in the order given: the order
+// in which the window hands a message on.
+template <class Fn, class... Cmd>
+void ForEachCommand(Fn&& fn, Cmd*... cmds) {
+  (..., [&] {
+    if (cmds != nullptr) fn(cmds);
+  }());
+}
+
 // StartCommand makes `cmd` the one active command: unless it is missing or already active,
 // every command is deactivated, `setup` gives it the window's defaults and it is activated.
 template <class Cmd, class Setup>
@@ -242,27 +251,11 @@ void CQVIS_Wnd::OnPaint() {
   buffer->Present();
 
   // The transient figures live only on the front buffer; the fresh frame has wiped them, so
-  // each is drawn once more in XOR.
-  if (d->m_pZoomMgr) d->m_pZoomMgr->OnDraw();
-  if (d->m_pSelectCmd) d->m_pSelectCmd->OnDraw();
-  if (d->m_pDrawLineCmd) d->m_pDrawLineCmd->OnDraw();
-  if (d->m_pDrawCircleCmd && d->m_pDrawCircleCmd->IsActived()) d->m_pDrawCircleCmd->OnDraw();
-  if (d->m_pDraw3PCircleCmd && d->m_pDraw3PCircleCmd->IsActived()) {
-    d->m_pDraw3PCircleCmd->OnDraw();
-  }
-  if (d->m_pDrawArcCmd && d->m_pDrawArcCmd->IsActived()) d->m_pDrawArcCmd->OnDraw();
-  if (d->m_pDrawRectCmd && d->m_pDrawRectCmd->IsActived()) d->m_pDrawRectCmd->OnDraw();
-  if (d->m_pDrawPolygonCmd) d->m_pDrawPolygonCmd->OnDraw();
-  if (d->m_pDrawFlashCircleCmd && d->m_pDrawFlashCircleCmd->IsActived()) {
-    d->m_pDrawFlashCircleCmd->OnDraw();
-  }
-  if (d->m_pDrawFlashRectCmd && d->m_pDrawFlashRectCmd->IsActived()) {
-    d->m_pDrawFlashRectCmd->OnDraw();
-  }
-  if (d->m_pDrawFlashObroundCmd) d->m_pDrawFlashObroundCmd->OnDraw();
-  if (d->m_pDrawFlashPolygonCmd && d->m_pDrawFlashPolygonCmd->IsActived()) {
-    d->m_pDrawFlashPolygonCmd->OnDraw();
-  }
+  // each is drawn once more in XOR (an inactive one draws nothing).
+  ForEachCommand([](auto* cmd) { cmd->OnDraw(); }, d->m_pZoomMgr, d->m_pSelectCmd,
+                 d->m_pDrawLineCmd, d->m_pDrawCircleCmd, d->m_pDraw3PCircleCmd, d->m_pDrawArcCmd,
+                 d->m_pDrawRectCmd, d->m_pDrawPolygonCmd, d->m_pDrawFlashCircleCmd,
+                 d->m_pDrawFlashRectCmd, d->m_pDrawFlashObroundCmd, d->m_pDrawFlashPolygonCmd);
   if (d->m_pCursorMgr && d->m_pCursorMgr->IsOn()) d->m_pCursorMgr->DrawCursor();
   if (m_pPort != nullptr) m_pPort->FrontChanged(CRect(0, 0, size.cx, size.cy));
 }
@@ -293,20 +286,11 @@ void CQVIS_Wnd::OnMouseMove(UINT /*nFlags*/, CPoint point) {
   }
 
   if (d->m_pSelectCmd) d->m_pSelectCmd->MouseMove(wx, wy);
-  if (d->m_pDrawLineCmd) d->m_pDrawLineCmd->MouseMove(sx, sy);
-  if (d->m_pDrawCircleCmd) d->m_pDrawCircleCmd->MouseMove(sx, sy);
-  if (d->m_pDraw3PCircleCmd) d->m_pDraw3PCircleCmd->MouseMove(sx, sy);
-  if (d->m_pDrawArcCmd) d->m_pDrawArcCmd->MouseMove(sx, sy);
-  if (d->m_pDrawRectCmd) d->m_pDrawRectCmd->MouseMove(sx, sy);
-  if (d->m_pDrawPolygonCmd) d->m_pDrawPolygonCmd->MouseMove(sx, sy);
-  if (d->m_pDrawFlashCircleCmd) d->m_pDrawFlashCircleCmd->MouseMove(sx, sy);
-  if (d->m_pDrawFlashObroundCmd) d->m_pDrawFlashObroundCmd->MouseMove(sx, sy);
-  if (d->m_pDrawFlashRectCmd && d->m_pDrawFlashRectCmd->IsActived()) {
-    d->m_pDrawFlashRectCmd->MouseMove(sx, sy);
-  }
-  if (d->m_pDrawFlashPolygonCmd && d->m_pDrawFlashPolygonCmd->IsActived()) {
-    d->m_pDrawFlashPolygonCmd->MouseMove(sx, sy);
-  }
+  // The drawing commands get the snapped point (an inactive one ignores it).
+  ForEachCommand([&](auto* cmd) { cmd->MouseMove(sx, sy); }, d->m_pDrawLineCmd,
+                 d->m_pDrawCircleCmd, d->m_pDraw3PCircleCmd, d->m_pDrawArcCmd, d->m_pDrawRectCmd,
+                 d->m_pDrawPolygonCmd, d->m_pDrawFlashCircleCmd, d->m_pDrawFlashObroundCmd,
+                 d->m_pDrawFlashRectCmd, d->m_pDrawFlashPolygonCmd);
   Default();
 }
 
@@ -344,16 +328,10 @@ void CQVIS_Wnd::OnLButtonDown(UINT /*nFlags*/, CPoint point) {
   if (d->m_pCursorMgr) d->m_pCursorMgr->SetLastClickXY(sx, sy);
 
   if (d->m_pSelectCmd) d->m_pSelectCmd->MouseDown(1, wx, wy);
-  if (d->m_pDrawLineCmd) d->m_pDrawLineCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawCircleCmd) d->m_pDrawCircleCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawArcCmd) d->m_pDrawArcCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawPolygonCmd) d->m_pDrawPolygonCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawFlashObroundCmd) d->m_pDrawFlashObroundCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawRectCmd) d->m_pDrawRectCmd->MouseDown(1, sx, sy);
-  if (d->m_pDraw3PCircleCmd) d->m_pDraw3PCircleCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawFlashCircleCmd) d->m_pDrawFlashCircleCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawFlashRectCmd) d->m_pDrawFlashRectCmd->MouseDown(1, sx, sy);
-  if (d->m_pDrawFlashPolygonCmd) d->m_pDrawFlashPolygonCmd->MouseDown(1, sx, sy);
+  ForEachCommand([&](auto* cmd) { cmd->MouseDown(1, sx, sy); }, d->m_pDrawLineCmd,
+                 d->m_pDrawCircleCmd, d->m_pDrawArcCmd, d->m_pDrawPolygonCmd,
+                 d->m_pDrawFlashObroundCmd, d->m_pDrawRectCmd, d->m_pDraw3PCircleCmd,
+                 d->m_pDrawFlashCircleCmd, d->m_pDrawFlashRectCmd, d->m_pDrawFlashPolygonCmd);
   Default();
 }
 
@@ -448,13 +426,9 @@ void CQVIS_Wnd::OnKeyDown(UINT nChar, UINT /*nRepCnt*/, UINT /*nFlags*/) {
       offer(d->m_pDrawArcCmd->KeyPress(key));
     }
   }
-  if (d->m_pDrawCircleCmd) offer(d->m_pDrawCircleCmd->KeyPress(key));
-  if (d->m_pDrawRectCmd) offer(d->m_pDrawRectCmd->KeyPress(key));
-  if (d->m_pDrawPolygonCmd) offer(d->m_pDrawPolygonCmd->KeyPress(key));
-  if (d->m_pDrawFlashCircleCmd) offer(d->m_pDrawFlashCircleCmd->KeyPress(key));
-  if (d->m_pDrawFlashRectCmd) offer(d->m_pDrawFlashRectCmd->KeyPress(key));
-  if (d->m_pDrawFlashObroundCmd) offer(d->m_pDrawFlashObroundCmd->KeyPress(key));
-  if (d->m_pDrawFlashPolygonCmd) offer(d->m_pDrawFlashPolygonCmd->KeyPress(key));
+  ForEachCommand([&](auto* cmd) { offer(cmd->KeyPress(key)); }, d->m_pDrawCircleCmd,
+                 d->m_pDrawRectCmd, d->m_pDrawPolygonCmd, d->m_pDrawFlashCircleCmd,
+                 d->m_pDrawFlashRectCmd, d->m_pDrawFlashObroundCmd, d->m_pDrawFlashPolygonCmd);
 }
 
 // ---------------------------------------------------------------------------------------------

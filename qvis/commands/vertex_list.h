@@ -29,14 +29,6 @@ struct OwnedList {
     delete list;
     list = nullptr;
   }
-  // Clone returns a new list of copies of the records (an empty list for null).
-  static List* Clone(const List* src) {
-    List* out = new List;
-    if (src) {
-      for (const Record* r : *src) out->Add(new Record(*r));
-    }
-    return out;
-  }
   // CopyInto replaces the records of dst (created when null) by copies of src's.
   static void CopyInto(List*& dst, const List* src) {
     if (!dst) dst = new List;

@@ -177,10 +177,7 @@ void CQVIS_DrawArcCmd::SetDrawInfoString() {
 }
 
 void CQVIS_DrawArcCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  RubberBand::Update(*this, [&] {
-    m_crColor = static_cast<COLORREF>(crColor);
-    m_crXORColor = static_cast<COLORREF>(crXORColor);
-  });
+  qvis::FigureFlow<CQVIS_DrawArcCmd>::SetColor(*this, crColor, crXORColor);
 }
 
 void CQVIS_DrawArcCmd::SetWidth(double dWidth) {

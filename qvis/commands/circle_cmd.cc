@@ -126,10 +126,7 @@ void CQVIS_DrawCircleCmd::OnDraw() {
 }
 
 void CQVIS_DrawCircleCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  RubberBand::Update(*this, [&] {
-    m_crColor = static_cast<COLORREF>(crColor);
-    m_crXORColor = static_cast<COLORREF>(crXORColor);
-  });
+  qvis::FigureFlow<CQVIS_DrawCircleCmd>::SetColor(*this, crColor, crXORColor);
 }
 
 void CQVIS_DrawCircleCmd::SetWidth(double dWidth) {
@@ -270,10 +267,7 @@ void CQVIS_Draw3PCircleCmd::OnDraw() {
 }
 
 void CQVIS_Draw3PCircleCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  RubberBand::Update(*this, [&] {
-    m_crColor = static_cast<COLORREF>(crColor);
-    m_crXORColor = static_cast<COLORREF>(crXORColor);
-  });
+  qvis::FigureFlow<CQVIS_Draw3PCircleCmd>::SetColor(*this, crColor, crXORColor);
 }
 
 void CQVIS_Draw3PCircleCmd::SetLineStyle(int nStyle) {

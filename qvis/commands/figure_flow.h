@@ -1,5 +1,5 @@
 // FigureFlow: the protocol steps every single-figure command shares (point, circles, arc,
-// rectangle and the pads): switching on and off and dropping the figure in progress. Internal to
+// rectangle and the pads): switching on and off, dropping the figure in progress, recolouring. Internal to
 // qvis/commands; each command calls these from its own public operations.
 #ifndef QVIS_COMMANDS_FIGURE_FLOW_H_
 #define QVIS_COMMANDS_FIGURE_FLOW_H_
@@ -29,6 +29,13 @@ struct FigureFlow {
   // Cancel drops the figure in progress (back to the footprint). Inactive: nothing.
   static void Cancel(Cmd& c) {
     if (c.m_nActive) RubberBand::Update(c, [&] { c.m_nProgress = 0; });
+  }
+  // SetColor sets the committed and the XOR colour with the figure erased and drawn again.
+  static void SetColor(Cmd& c, unsigned long color, unsigned long xor_color) {
+    RubberBand::Update(c, [&] {
+      c.m_crColor = static_cast<COLORREF>(color);
+      c.m_crXORColor = static_cast<COLORREF>(xor_color);
+    });
   }
   // EscapeKey handles Esc: with nothing in progress it asks to leave the command (-1), else it
   // drops the figure (1). Any other key, or an inactive command: 0.

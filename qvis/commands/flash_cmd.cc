@@ -22,12 +22,6 @@ constexpr bool kIsRoundPad = requires(Cmd c) { c.m_dPlacedX; };
 // FlashFlow: the protocol steps the four pad commands share beyond FigureFlow's.
 template <class Cmd>
 struct FlashFlow {
-  static void SetColor(Cmd& c, unsigned long color, unsigned long xor_color) {
-    RubberBand::Update(c, [&] {
-      c.m_crColor = static_cast<COLORREF>(color);
-      c.m_crXORColor = static_cast<COLORREF>(xor_color);
-    });
-  }
   static int MouseMove(Cmd& c, double x, double y) {
     if (!c.m_nActive) return qvis::kNotHandled;
     if constexpr (kIsRoundPad<Cmd>) {
@@ -82,7 +76,7 @@ struct FlashFlow {
     return FlashFlow<Cmd>::MouseDown(*this, nFlags, x, y);                           \
   }                                                                                  \
   void Cmd::SetColor(unsigned long crColor, unsigned long crXORColor) {              \
-    FlashFlow<Cmd>::SetColor(*this, crColor, crXORColor);                            \
+    qvis::FigureFlow<Cmd>::SetColor(*this, crColor, crXORColor);                      \
   }
 
 // PadPainter holds what every pad's Draw needs: the surface, the target and the resolved DC.

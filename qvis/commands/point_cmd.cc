@@ -80,8 +80,5 @@ void CQVIS_DrawPointCmd::OnDraw() {
 }
 
 void CQVIS_DrawPointCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  RubberBand::Update(*this, [&] {
-    m_crColor = static_cast<COLORREF>(crColor);
-    m_crXORColor = static_cast<COLORREF>(crXORColor);
-  });
+  qvis::FigureFlow<CQVIS_DrawPointCmd>::SetColor(*this, crColor, crXORColor);
 }

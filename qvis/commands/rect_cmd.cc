@@ -93,10 +93,7 @@ void CQVIS_DrawRectCmd::OnDraw() {
 }
 
 void CQVIS_DrawRectCmd::SetColor(unsigned long crColor, unsigned long crXORColor) {
-  RubberBand::Update(*this, [&] {
-    m_crColor = static_cast<COLORREF>(crColor);
-    m_crXORColor = static_cast<COLORREF>(crXORColor);
-  });
+  qvis::FigureFlow<CQVIS_DrawRectCmd>::SetColor(*this, crColor, crXORColor);
 }
 
 void CQVIS_DrawRectCmd::SetDrawType(int nType) {

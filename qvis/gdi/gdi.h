@@ -237,7 +237,9 @@ BOOL PolyPolygon(HDC dc, const CPoint* points, const int* counts, int polygons);
 // Rectangle outlines with the pen and fills with the brush the box without its right and
 // bottom edges. Inverted corners are swapped; an empty box draws nothing.
 BOOL Rectangle(HDC dc, int left, int top, int right, int bottom);
-// FillRect fills the half-open box with a brush (R2_COPYPEN regardless of the DC's ROP2).
+// FillRect fills the half-open box with a brush (a pattern copy, whatever the DC's ROP2). An
+// inverted box is taken as a corner with negative extents, as PatBlt takes it; a hollow brush
+// paints nothing.
 int FillRect(HDC dc, const CRect* rect, HBRUSH brush);
 // Ellipse outlines with the pen and fills with the brush the ellipse inscribed in the box.
 BOOL Ellipse(HDC dc, int left, int top, int right, int bottom);
@@ -258,8 +260,10 @@ COLORREF SetPixel(HDC dc, int x, int y, COLORREF color);
 COLORREF GetPixel(HDC dc, int x, int y);
 
 // PatBlt combines the brush with the box (x, y, width, height) by a raster operation that uses
-// no source (PATCOPY, PATINVERT, DSTINVERT, BLACKNESS, WHITENESS, ...). Negative sizes flip the
-// box to the other side of (x, y). An operation that needs a source returns FALSE.
+// no source (PATCOPY, PATINVERT, DSTINVERT, BLACKNESS, WHITENESS, ...). A negative extent reaches
+// back from the origin pixel, which stays inside (x = 10, width = -3 covers 8..10). An operation
+// that needs a source returns FALSE; one that needs the pattern paints nothing with a hollow
+// brush.
 BOOL PatBlt(HDC dc, int x, int y, int width, int height, DWORD rop);
 // BitBlt combines the source DC's bitmap at (sx, sy) with the box of the destination by a
 // ternary raster operation (all 256 codes). Monochrome sources become colour through the

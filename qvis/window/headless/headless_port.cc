@@ -30,14 +30,18 @@ CPoint HeadlessPort::ClientToScreen(CPoint client) const {
   return CPoint(client.x + screen_origin_.x, client.y + screen_origin_.y);
 }
 
-LRESULT HeadlessPort::SendToParent(UINT message, WPARAM wparam, LPARAM lparam) {
+MSG HeadlessPort::Message(UINT message, WPARAM wparam, LPARAM lparam) {
   MSG msg;
   msg.hwnd = this;
   msg.message = message;
   msg.wParam = wparam;
   msg.lParam = lparam;
   msg.time = time_;
-  parent_messages_.push_back(msg);
+  return msg;
+}
+
+LRESULT HeadlessPort::SendToParent(UINT message, WPARAM wparam, LPARAM lparam) {
+  parent_messages_.push_back(Message(message, wparam, lparam));
   return 0;
 }
 
@@ -119,12 +123,7 @@ LRESULT HeadlessPort::Post(UINT message, WPARAM wparam, LPARAM lparam) {
   TrackInput(message, wparam);
   LRESULT result = 0;
   if (wnd_ != nullptr) {
-    MSG msg;
-    msg.hwnd = this;
-    msg.message = message;
-    msg.wParam = wparam;
-    msg.lParam = lparam;
-    msg.time = time_;
+    MSG msg = Message(message, wparam, lparam);
     if (!wnd_->PreTranslateMessage(&msg)) {
       result = wnd_->WindowProc(message, wparam, lparam);
     }

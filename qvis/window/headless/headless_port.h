@@ -87,6 +87,8 @@ class HeadlessPort : public WindowPort, public KeyStateSource {
   void ClearDefaultMessages() { default_messages_.clear(); }
 
  private:
+  // Message: a message from this window at the current message time.
+  MSG Message(UINT message, WPARAM wparam, LPARAM lparam);
   void TrackInput(UINT message, WPARAM wparam);
   WPARAM MouseFlags() const;
 

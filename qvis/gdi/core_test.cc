@@ -318,6 +318,38 @@ TEST(GdiBlitTest, MonochromeAndColourConvertThroughTheDcColours) {
   DeleteObject(mono);
 }
 
+TEST(GdiBlitTest, ColoursBecomeBitsOnMonochromeBitmapsByTheirOwnRules) {
+  HBITMAP mono = CreateBitmap(8, 4, 1, 1, nullptr);
+  HDC dc = CreateCompatibleDC(nullptr);
+  SelectObject(dc, mono);
+  SetBkColor(dc, 0x000000);
+  HPEN pen = CreatePen(PS_SOLID, 1, 0x202020);
+  HBRUSH brush = CreateSolidBrush(0xE0E0E0);
+  SelectObject(dc, pen);
+  SelectObject(dc, brush);
+  // A pen colour other than the background colour takes the opposite of the background's bit,
+  // however close to it the colour is.
+  Rectangle(dc, 0, 0, 8, 4);
+  EXPECT_EQ(GetPixel(dc, 0, 0), 0xFFFFFFu);
+  SetBkColor(dc, 0xE0E0E0);
+  Rectangle(dc, 0, 0, 8, 4);
+  EXPECT_EQ(GetPixel(dc, 0, 0), 0u);
+  SetBkColor(dc, 0x202020);
+  Rectangle(dc, 0, 0, 8, 4);
+  EXPECT_EQ(GetPixel(dc, 0, 0), 0u);  // the background colour itself: its own (black) bit
+  SelectObject(dc, GetStockObject(BLACK_BRUSH));
+  Rectangle(dc, 0, 0, 8, 4);
+  EXPECT_EQ(GetPixel(dc, 3, 2), 0u);
+  SetPixel(dc, 3, 2, 0x909090);  // a single pixel: the nearer of black and white
+  EXPECT_EQ(GetPixel(dc, 3, 2), 0xFFFFFFu);
+  SelectObject(dc, GetStockObject(BLACK_PEN));
+  SelectObject(dc, GetStockObject(WHITE_BRUSH));
+  DeleteObject(pen);
+  DeleteObject(brush);
+  DeleteDC(dc);
+  DeleteObject(mono);
+}
+
 TEST(GdiBlitTest, OverlappingCopyWithinOneBitmapReadsTheOriginal) {
   Canvas c(6, 6);
   for (int y = 0; y < 6; ++y) {

@@ -24,7 +24,7 @@ namespace {
 constexpr int kWheelNotch = 120;
 constexpr int kDefaultDragSteps = 4;
 constexpr int kMaxDragSteps = 10000;
-constexpr int kMaxWindowSide = 8192;
+constexpr int kMaxWindowSide = FrontBuffer::kMaxSide;
 
 using Words = std::vector<std::string>;
 
@@ -605,8 +605,7 @@ void Session::Input(const Words& w) {
     if (shift) port_->SetKeyDown(VK_SHIFT, true);
     const int delta = w[1] == "up" ? kWheelNotch : -kWheelNotch;
     const WPARAM flags = shift ? MK_SHIFT : 0;
-    Feed(WM_MOUSEWHEEL,
-         flags | (static_cast<WPARAM>(static_cast<WORD>(static_cast<short>(delta))) << 16),
+    Feed(WM_MOUSEWHEEL, PackWheelWParam(flags, static_cast<short>(delta)),
          Pack(port_->ClientToScreen(p)));
     if (shift) port_->SetKeyDown(VK_SHIFT, false);
   } else if (verb == "key") {

@@ -58,6 +58,12 @@ inline LPARAM PackPointLParam(int x, int y) {
                              ((static_cast<DWORD>(y) & 0xFFFF) << 16));
 }
 
+// PackWheelWParam: the WPARAM of WM_MOUSEWHEEL, the MK_ flags in the low word and the signed
+// wheel delta (120 a notch, positive away from the user) in the high word.
+inline WPARAM PackWheelWParam(WPARAM flags, short delta) {
+  return flags | (static_cast<WPARAM>(static_cast<WORD>(delta)) << 16);
+}
+
 }  // namespace qvis
 
 #endif  // QVIS_WINDOW_WINDOW_PORT_H_

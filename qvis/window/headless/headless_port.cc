@@ -140,9 +140,8 @@ LRESULT HeadlessPort::Mouse(UINT message, CPoint client) {
 
 LRESULT HeadlessPort::Wheel(int delta, CPoint client) {
   const CPoint screen = ClientToScreen(client);
-  const WPARAM wparam =
-      MouseFlags() | (static_cast<WPARAM>(static_cast<WORD>(static_cast<short>(delta))) << 16);
-  return Post(WM_MOUSEWHEEL, wparam, PackPointLParam(screen.x, screen.y));
+  return Post(WM_MOUSEWHEEL, PackWheelWParam(MouseFlags(), static_cast<short>(delta)),
+              PackPointLParam(screen.x, screen.y));
 }
 
 void HeadlessPort::Key(int virtual_key) {

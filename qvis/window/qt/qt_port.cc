@@ -189,10 +189,8 @@ void QtWindowPort::wheelEvent(QWheelEvent* event) {
   const int delta = event->angleDelta().y();
   if (delta == 0) return;
   const QPoint screen = event->globalPosition().toPoint();
-  const WPARAM wparam = MouseFlags(event->buttons(), event->modifiers()) |
-                        (static_cast<WPARAM>(static_cast<WORD>(static_cast<short>(
-                             std::clamp(delta, -32768, 32767))))
-                         << 16);
+  const WPARAM wparam = PackWheelWParam(MouseFlags(event->buttons(), event->modifiers()),
+                                        static_cast<short>(std::clamp(delta, -32768, 32767)));
   Dispatch(WM_MOUSEWHEEL, wparam, PackPointLParam(screen.x(), screen.y()));
 }
 

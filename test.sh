@@ -21,4 +21,16 @@ run_suite() {
 run_suite release -DCMAKE_BUILD_TYPE=Release
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   run_suite asan -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DQVIS_SANITIZE=address;undefined"
+# The archive and metafile readers under libFuzzer, each for a bounded time (about 20 s), when
+# clang is installed; the replay drivers above already run their seed corpora in every build.
+if command -v clang++ >/dev/null 2>&1; then
+  echo "== fuzz: configure and build"
+  CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DQVIS_BUILD_TESTS=ON -DQVIS_BUILD_FUZZ=ON >/dev/null
+  cmake --build build/fuzz -j "${jobs}" --target archive_fuzz design_file_fuzz emf_fuzz
+  echo "== fuzz: test"
+  ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf)_fuzz$'
+else
+  echo "== fuzz: skipped (clang++ is not installed; the seed replays ran in both suites)"
+fi
 echo "== all test suites passed"

@@ -13,12 +13,17 @@ namespace {
 __extension__ typedef __int128 i128;  // exact products of 64-bit coordinates
 
 // FloorDiv / CeilDiv for a positive divisor.
+inline std::int64_t FloorDiv(std::int64_t n, std::int64_t d) {
+  std::int64_t q = n / d;
+  if ((n % d) != 0 && n < 0) --q;
+  return q;
+}
 inline std::int64_t FloorDiv(i128 n, i128 d) {
   i128 q = n / d;
   if ((n % d) != 0 && n < 0) --q;
   return static_cast<std::int64_t>(q);
 }
-inline std::int64_t CeilDiv(i128 n, i128 d) { return -FloorDiv(-n, d); }
+inline std::int64_t CeilDiv(std::int64_t n, std::int64_t d) { return -FloorDiv(-n, d); }
 
 inline int ClampInt(std::int64_t v) {
   return static_cast<int>(std::clamp<std::int64_t>(v, INT_MIN, INT_MAX));
@@ -39,20 +44,32 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
   const std::int64_t top = std::max<std::int64_t>(row_top, clip.top);
   const std::int64_t end = std::min<std::int64_t>(row_end, clip.bottom);
   if (top >= end) return;
-  const i128 dy = b.y - a.y;
-  const i128 dx = b.x - a.x;
-  const i128 den = dy * kFixOne;
-  // x crossing at row y, in pixels: (a.x * dy + (y * kFixOne - a.y) * dx) / (kFixOne * dy).
-  const i128 num = i128{a.x} * dy + (i128{top} * kFixOne - a.y) * dx;
   Edge e;
   e.y_top = static_cast<int>(top);
   e.y_end = static_cast<int>(end);
-  e.x = FloorDiv(num, den);
-  e.rem = static_cast<std::int64_t>(num - i128{e.x} * den);
-  e.step = FloorDiv(dx * kFixOne, den);
-  e.rem_step = static_cast<std::int64_t>(dx * kFixOne - i128{e.step} * den);
-  e.den = static_cast<std::int64_t>(den);
   e.dir = dir;
+  // x crossing at row y, in pixels: (a.x * dy + (y * kFixOne - a.y) * dx) / (kFixOne * dy).
+  constexpr std::int64_t kSmall = std::int64_t{1} << 30;  // products stay below 2^62
+  auto small = [](std::int64_t v) { return v > -kSmall && v < kSmall; };
+  if (small(a.x) && small(a.y) && small(b.x) && small(b.y)) {
+    const std::int64_t dy = b.y - a.y, dx = b.x - a.x, den = dy * kFixOne;
+    const std::int64_t num = a.x * dy + (top * kFixOne - a.y) * dx;
+    e.x = FloorDiv(num, den);
+    e.rem = num - e.x * den;
+    e.step = FloorDiv(dx * kFixOne, den);
+    e.rem_step = dx * kFixOne - e.step * den;
+    e.den = den;
+  } else {
+    const i128 dy = b.y - a.y;
+    const i128 dx = b.x - a.x;
+    const i128 den = dy * kFixOne;
+    const i128 num = i128{a.x} * dy + (i128{top} * kFixOne - a.y) * dx;
+    e.x = FloorDiv(num, den);
+    e.rem = static_cast<std::int64_t>(num - i128{e.x} * den);
+    e.step = FloorDiv(dx * kFixOne, den);
+    e.rem_step = static_cast<std::int64_t>(dx * kFixOne - i128{e.step} * den);
+    e.den = static_cast<std::int64_t>(den);
+  }
   edges_.push_back(e);
 }
 

@@ -274,7 +274,8 @@ class CQVIS_GDI {
   void DrawRectangle_Polyline(qvis::HDC hdc, double x1, double y1, double x2, double y2);
 
   // Region makers. The caller owns the region (qvis::gdi::DeleteObject). Null when the device
-  // layer cannot make one, and for circles of more than 2^20 pixels radius.
+  // layer cannot make one. A circle of more than 2^20 pixels radius is made as its part within
+  // the DC's visible box widened by 65,536 pixels (a polygon region).
   // GetCircleRgn: CreateEllipticRgn over (cx - R, cy - R, cx + R, cy + R).
   qvis::HRGN GetCircleRgn(double cx, double cy, double r);
   qvis::HRGN GetCircleRgn(qvis::HDC hdc, double cx, double cy, double r);

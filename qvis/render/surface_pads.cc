@@ -1,6 +1,8 @@
 // CQVIS_GDI regions and pads: circle, rectangle, obround and polygon pads with optional holes,
 // built from device regions and painted solid, or hatched with a frame when the fill mode is 0.
+#include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include "qvis/compat/win32_names.h"
@@ -31,29 +33,30 @@ qvis::HRGN Union(qvis::HRGN a, qvis::HRGN b) {
 // edges it shortens keep their slope to within 1/60000 of a pixel across the view.
 constexpr int kGuard = 1 << 16;
 
-// ClippedPolygonRgn: CreatePolygonRgn of the part of the polygon inside the guard box.
-qvis::HRGN ClippedPolygonRgn(qvis::HDC dc, const CPoint* points, int count, int mode) {
+struct GuardBox {
+  double left, top, right, bottom;
+};
+
+// GuardBoxOf: the DC's visible box widened by kGuard pixels on every side.
+GuardBox GuardBoxOf(qvis::HDC dc) {
   CRect box;
   if (dc == nullptr || gdi::GetClipBox(dc, &box) == gdi::kRegionError || box.IsRectEmpty()) {
     box = CRect(0, 0, 0, 0);
   }
-  const double gl = static_cast<double>(box.left) - kGuard;
-  const double gt = static_cast<double>(box.top) - kGuard;
-  const double gr = static_cast<double>(box.right) + kGuard;
-  const double gb = static_cast<double>(box.bottom) + kGuard;
-  bool inside = true;
-  for (int i = 0; i < count && inside; ++i) {
-    inside = points[i].x >= gl && points[i].x <= gr && points[i].y >= gt && points[i].y <= gb;
-  }
-  if (inside) return gdi::CreatePolygonRgn(points, count, mode);
+  return GuardBox{static_cast<double>(box.left) - kGuard, static_cast<double>(box.top) - kGuard,
+                  static_cast<double>(box.right) + kGuard,
+                  static_cast<double>(box.bottom) + kGuard};
+}
 
-  // Sutherland-Hodgman against the four sides of the guard box.
-  struct P {
-    double x, y;
-  };
-  std::vector<P> poly;
-  poly.reserve(static_cast<size_t>(count));
-  for (int i = 0; i < count; ++i) poly.push_back(P{double(points[i].x), double(points[i].y)});
+struct PointD2 {
+  double x, y;
+};
+
+// PolygonRgnInBox: CreatePolygonRgn of the part of a polygon (device pixels as doubles, which
+// may lie far outside the 32-bit range) inside the box, clipped by Sutherland-Hodgman.
+// Null when less than a triangle is left.
+qvis::HRGN PolygonRgnInBox(std::vector<PointD2> poly, const GuardBox& g, int mode) {
+  using P = PointD2;
   std::vector<P> next;
   const auto clip = [&](auto keep, auto cross) {
     next.clear();
@@ -71,10 +74,10 @@ qvis::HRGN ClippedPolygonRgn(qvis::HDC dc, const CPoint* points, int count, int 
   const auto at_y = [](P a, P b, double y) {
     return P{a.x + (b.x - a.x) * (y - a.y) / (b.y - a.y), y};
   };
-  clip([&](P p) { return p.x >= gl; }, [&](P a, P b) { return at_x(a, b, gl); });
-  clip([&](P p) { return p.x <= gr; }, [&](P a, P b) { return at_x(a, b, gr); });
-  clip([&](P p) { return p.y >= gt; }, [&](P a, P b) { return at_y(a, b, gt); });
-  clip([&](P p) { return p.y <= gb; }, [&](P a, P b) { return at_y(a, b, gb); });
+  clip([&](P p) { return p.x >= g.left; }, [&](P a, P b) { return at_x(a, b, g.left); });
+  clip([&](P p) { return p.x <= g.right; }, [&](P a, P b) { return at_x(a, b, g.right); });
+  clip([&](P p) { return p.y >= g.top; }, [&](P a, P b) { return at_y(a, b, g.top); });
+  clip([&](P p) { return p.y <= g.bottom; }, [&](P a, P b) { return at_y(a, b, g.bottom); });
   if (poly.size() < 3) return nullptr;
   std::vector<CPoint> cut;
   cut.reserve(poly.size());
@@ -82,6 +85,67 @@ qvis::HRGN ClippedPolygonRgn(qvis::HDC dc, const CPoint* points, int count, int 
     cut.emplace_back(static_cast<LONG>(std::lround(p.x)), static_cast<LONG>(std::lround(p.y)));
   }
   return gdi::CreatePolygonRgn(cut.data(), static_cast<int>(cut.size()), mode);
+}
+
+// ClippedPolygonRgn: CreatePolygonRgn of the part of the polygon inside the guard box.
+qvis::HRGN ClippedPolygonRgn(qvis::HDC dc, const CPoint* points, int count, int mode) {
+  const GuardBox g = GuardBoxOf(dc);
+  bool inside = true;
+  for (int i = 0; i < count && inside; ++i) {
+    inside = points[i].x >= g.left && points[i].x <= g.right && points[i].y >= g.top &&
+             points[i].y <= g.bottom;
+  }
+  if (inside) return gdi::CreatePolygonRgn(points, count, mode);
+  std::vector<PointD2> poly;
+  poly.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) poly.push_back(PointD2{double(points[i].x), double(points[i].y)});
+  return PolygonRgnInBox(std::move(poly), g, mode);
+}
+
+// Rim samples of a circle too large to step row by row: enough that a chord of the sampled
+// range stays within a small fraction of a pixel of the rim inside the guard box.
+constexpr int kHugeRimSamples = 16384;
+
+// HugeCircleRgn: the part of a circle of device radius r about (cx, cy) that lies inside the
+// guard box, for radii beyond what the elliptic region builder steps. The rim is sampled only
+// over the directions in which the box is seen from the centre and closed through the centre;
+// a box wholly inside or outside the circle gives the box or an empty region at once.
+qvis::HRGN HugeCircleRgn(qvis::HDC dc, double cx, double cy, double r) {
+  const GuardBox g = GuardBoxOf(dc);
+  const double nx = std::clamp(cx, g.left, g.right), ny = std::clamp(cy, g.top, g.bottom);
+  if (std::hypot(nx - cx, ny - cy) >= r) return gdi::CreateRectRgn(0, 0, 0, 0);
+  const double fx = std::max(std::abs(g.left - cx), std::abs(g.right - cx));
+  const double fy = std::max(std::abs(g.top - cy), std::abs(g.bottom - cy));
+  if (std::hypot(fx, fy) <= r) {
+    return gdi::CreateRectRgn(static_cast<int>(g.left), static_cast<int>(g.top),
+                              static_cast<int>(g.right), static_cast<int>(g.bottom));
+  }
+  const bool centre_inside = nx == cx && ny == cy;
+  double from = 0.0, span = 2.0 * std::numbers::pi;
+  if (!centre_inside) {
+    // Seen from outside, the convex box spans less than half a turn about the direction of
+    // its centre.
+    const double base = std::atan2((g.top + g.bottom) / 2 - cy, (g.left + g.right) / 2 - cx);
+    double lo = 0.0, hi = 0.0;
+    const double xs[2] = {g.left, g.right}, ys[2] = {g.top, g.bottom};
+    for (double x : xs) {
+      for (double y : ys) {
+        const double d = std::remainder(std::atan2(y - cy, x - cx) - base, 2.0 * std::numbers::pi);
+        lo = std::min(lo, d);
+        hi = std::max(hi, d);
+      }
+    }
+    from = base + lo;
+    span = hi - lo;
+  }
+  std::vector<PointD2> poly;
+  poly.reserve(kHugeRimSamples + 2);
+  if (!centre_inside) poly.push_back(PointD2{cx, cy});
+  for (int i = 0; i <= kHugeRimSamples; ++i) {
+    const double a = from + span * i / kHugeRimSamples;
+    poly.push_back(PointD2{cx + r * std::cos(a), cy + r * std::sin(a)});
+  }
+  return PolygonRgnInBox(std::move(poly), g, WINDING);
 }
 
 int FillModeOf(qvis::HDC dc) {
@@ -97,10 +161,13 @@ qvis::HRGN CQVIS_GDI::GetCircleRgn(double cx, double cy, double r) {
   return GetCircleRgn(nullptr, cx, cy, r);
 }
 
-qvis::HRGN CQVIS_GDI::GetCircleRgn(qvis::HDC, double cx, double cy, double r) {
+qvis::HRGN CQVIS_GDI::GetCircleRgn(qvis::HDC hdc, double cx, double cy, double r) {
   const LONG rad = WorldToDeviceLength(r);
-  if (rad > qvis::render::kMaxBuiltRadius || rad < -qvis::render::kMaxBuiltRadius) return nullptr;
   const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
+  if (rad > qvis::render::kMaxBuiltRadius) {
+    return HugeCircleRgn(hdc ? hdc : GetHDC(), dcx, dcy, rad);
+  }
+  if (rad < -qvis::render::kMaxBuiltRadius) return nullptr;
   return gdi::CreateEllipticRgn(SatSub(dcx, rad), SatSub(dcy, rad), SatAdd(dcx, rad),
                                 SatAdd(dcy, rad));
 }

@@ -607,6 +607,39 @@ TEST(SurfacePathsTest, SegmentsFormOneFigureAndCirclesCloseThemselves) {
     for (int x = 22; x < 40; ++x) EXPECT_EQ(canvas.At(x, y), 0u) << x << "," << y;
 }
 
+// Circles too large for the elliptic region builder are still painted where they are visible:
+// a pad whose rim is far off screen covers the whole view, and a rim that crosses the view
+// lies where the circle's equation puts it.
+TEST(SurfacePadsTest, HugeCirclePadsPaintTheVisiblePart) {
+  Canvas canvas(64, 48);
+  CQVIS_GDI s;
+  Aim(s, canvas, 10.0, 32, 24);
+  s.DrawCircleRgn(0, 0, 1e12, 0, 0, kGreen);  // device radius saturates at the 32-bit range
+  EXPECT_EQ(canvas.Drawn(), 64 * 48);
+
+  // Centre 3,000,000 pixels to the left of the view: the rim runs down the middle of it.
+  canvas.Fill(0);
+  const double r_px = 3000000.0;
+  s.DrawCircleRgn(-r_px / 10.0, 0, (r_px + 32.0) / 10.0, 0, 0, kGreen);
+  for (int y = 0; y < 48; ++y) {
+    // x of the rim on row y, measured from the centre at device x = 32 - r_px.
+    const double dy = y - 24.0;
+    const double rim = 32.0 - r_px + std::sqrt((r_px + 32.0) * (r_px + 32.0) - dy * dy);
+    for (int x = 0; x < 64; ++x) {
+      if (x < rim - 1.0) {
+        ASSERT_EQ(canvas.At(x, y), kGreen) << x << "," << y;
+      } else if (x > rim + 1.0) {
+        ASSERT_EQ(canvas.At(x, y), 0u) << x << "," << y;
+      }
+    }
+  }
+
+  // A huge circle that misses the view paints nothing.
+  canvas.Fill(0);
+  s.DrawCircleRgn(-1e6, 0, 9e5, 0, 0, kGreen);
+  EXPECT_EQ(canvas.Drawn(), 0);
+}
+
 TEST(SurfaceRobustnessTest, ExtremeValuesDrawWhatTheyCanAndReturn) {
   Canvas canvas(32, 32);
   const double inf = std::numeric_limits<double>::infinity();

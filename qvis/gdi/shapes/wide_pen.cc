@@ -377,10 +377,45 @@ PolygonSet& Scratch() {
 
 }  // namespace
 
+namespace {
+
+// StrokeCoversBox: a round-capped, round-joined stroke contains the pen's disc about every
+// vertex, so when one such disc holds the whole clip box (with two pixels to spare) the stroke
+// is just the box. Without this a pen far wider than the view, drawn along a long curve, would
+// send every one of its thousands of outline edges across each visible row.
+bool StrokeCoversBox(const PointI* points, int count, const StrokeStyle& style, const IRect& clip) {
+  if (style.cap != CapStyle::kRound || style.join != JoinStyle::kRound) return false;
+  const double reach = static_cast<double>(style.width) / 2.0 - 2.0;
+  if (!(reach > 0.0)) return false;
+  for (int i = 0; i < count; ++i) {
+    const double x = points[i].x, y = points[i].y;
+    const double dx = std::max(std::abs(clip.left - x), std::abs(clip.right - x));
+    const double dy = std::max(std::abs(clip.top - y), std::abs(clip.bottom - y));
+    if (std::hypot(dx, dy) <= reach) return true;
+  }
+  return false;
+}
+
+// BuildVisibleStroke: the stroke's polygons, or the clip box itself when the stroke covers it.
+void BuildVisibleStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
+                        const IRect& clip, PolygonSet* set) {
+  if (!clip.IsEmpty() && StrokeCoversBox(points, count, style, clip)) {
+    set->Clear();
+    const PointFx box[4] = {ToFx(PointI{clip.left, clip.top}), ToFx(PointI{clip.right, clip.top}),
+                            ToFx(PointI{clip.right, clip.bottom}),
+                            ToFx(PointI{clip.left, clip.bottom})};
+    set->Add(box, 4);
+    return;
+  }
+  BuildStroke(points, count, closed, style, clip, set);
+}
+
+}  // namespace
+
 SpanRegion WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed) {
   const IRect clip = ClipBox(dc);
   PolygonSet& set = Scratch();
-  BuildStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
+  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
   RegionBuilder builder;
   if (!clip.IsEmpty() && !set.counts.empty()) {
     dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
@@ -394,7 +429,7 @@ void StrokeWide(DeviceContext& dc, const PointI* points, int count, bool closed)
   const IRect clip = ClipBox(dc);
   if (clip.IsEmpty()) return;
   PolygonSet& set = Scratch();
-  BuildStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
+  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
   if (set.counts.empty()) return;
   dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                   FillRule::kWinding, clip, PenSink(dc));

@@ -8,6 +8,9 @@
 #include <climits>
 
 namespace qvis::gdi {
+
+// Active edge lists longer than this are sorted with a stable sort rather than by insertion.
+constexpr std::size_t kInsertionSortLimit = 64;
 namespace {
 
 __extension__ typedef __int128 i128;  // exact products of 64-bit coordinates
@@ -115,7 +118,15 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
     while (next < edges_.size() && edges_[next].y_top <= y) {
       active_.push_back(static_cast<int>(next++));
     }
-    // Keep the active edges ordered by their crossing (insertion sort: nearly sorted).
+    // Keep the active edges ordered by their crossing: insertion sort while the list is short
+    // and nearly sorted; a stable sort (the same order for equal crossings) once it is long,
+    // where the outline of a very wide pen can cross most of its edges on every row.
+    if (active_.size() > kInsertionSortLimit) {
+      std::stable_sort(active_.begin(), active_.end(), [&](int a, int b) {
+        return pixel_x(edges_[static_cast<std::size_t>(a)]) <
+               pixel_x(edges_[static_cast<std::size_t>(b)]);
+      });
+    }
     for (std::size_t i = 1; i < active_.size(); ++i) {
       const int v = active_[i];
       const std::int64_t xv = pixel_x(edges_[static_cast<std::size_t>(v)]);

@@ -3,6 +3,8 @@
 #ifndef QVIS_COMMANDS_ARC_CMD_H_
 #define QVIS_COMMANDS_ARC_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
@@ -31,7 +33,7 @@ class CQVIS_GDI;
 // Keys: VK_ESCAPE abandons the arc in progress (1) or, with none, asks to leave (-1);
 // VK_RETURN is a left click at the cursor (the window hands Enter to the arc command so). A
 // right-button release abandons the arc (1). Positions compare exactly.
-class CQVIS_DrawArcCmd {
+class QVIS_API CQVIS_DrawArcCmd {
  public:
   // CQVIS_DrawArcCmd: width 4.0, colours 0x0000FF, everything else 0.
   explicit CQVIS_DrawArcCmd(CQVIS_GDI* pSurface);

@@ -3,6 +3,8 @@
 #ifndef QVIS_COMMANDS_CIRCLE_CMD_H_
 #define QVIS_COMMANDS_CIRCLE_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
@@ -16,7 +18,7 @@ class CQVIS_GDI;
 // in progress, asks to leave (-1). The rubber band is a dotted radius line and the circle drawn
 // with the width's pen (fill 0), or a dotted disc (fill != 0); at progress 0 a dotted circle of
 // the width's diameter shows the stroke at the cursor (none with fill set or width 0).
-class CQVIS_DrawCircleCmd {
+class QVIS_API CQVIS_DrawCircleCmd {
  public:
   // CQVIS_DrawCircleCmd: width 4.0, colours 0x0000FF, font "Arial", everything else 0.
   explicit CQVIS_DrawCircleCmd(CQVIS_GDI* pSurface);
@@ -89,7 +91,7 @@ class CQVIS_DrawCircleCmd {
 // (m_dCenterX, m_dCenterY), radius (the distance from the centre to the first point) in
 // m_dRadius, the points in m_dX1 .. m_dY3; nothing is left drawn until the host repaints.
 // Collinear or coincident points give the first point as centre (radius 0).
-class CQVIS_Draw3PCircleCmd {
+class QVIS_API CQVIS_Draw3PCircleCmd {
  public:
   // CQVIS_Draw3PCircleCmd: width 4.0, colours 0x0000FF, everything else 0.
   explicit CQVIS_Draw3PCircleCmd(CQVIS_GDI* pSurface);

@@ -3,6 +3,8 @@
 #ifndef QVIS_COMMANDS_FLASH_CMD_H_
 #define QVIS_COMMANDS_FLASH_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
@@ -23,7 +25,7 @@ class CQVIS_GDI;
 //
 // CQVIS_DrawFlashCircleCmd: a round pad of m_dRadius. MouseMove to the current position again
 // returns 0; a right-button MouseUp moves the pad to the release point (1).
-class CQVIS_DrawFlashCircleCmd {
+class QVIS_API CQVIS_DrawFlashCircleCmd {
  public:
   // CQVIS_DrawFlashCircleCmd: colours 0x0000FF, everything else 0.
   explicit CQVIS_DrawFlashCircleCmd(CQVIS_GDI* pSurface);
@@ -80,7 +82,7 @@ class CQVIS_DrawFlashCircleCmd {
 
 // CQVIS_DrawFlashRectCmd: a rectangular pad spanning x - m_dLeft .. x + m_dRight and
 // m_dHeight high about the current position. Every MouseMove answers 1; MouseUp always 0.
-class CQVIS_DrawFlashRectCmd {
+class QVIS_API CQVIS_DrawFlashRectCmd {
  public:
   explicit CQVIS_DrawFlashRectCmd(CQVIS_GDI* pSurface);
 
@@ -142,7 +144,7 @@ class CQVIS_DrawFlashRectCmd {
 // CQVIS_DrawFlashObroundCmd: an obround pad of m_dWidth x m_dHeight centred on the current
 // position (unequal extents do not shift it), drawn as the surface's obround pad region with
 // its hole. Every MouseMove answers 1; MouseUp always 0.
-class CQVIS_DrawFlashObroundCmd {
+class QVIS_API CQVIS_DrawFlashObroundCmd {
  public:
   explicit CQVIS_DrawFlashObroundCmd(CQVIS_GDI* pSurface);
 
@@ -203,7 +205,7 @@ class CQVIS_DrawFlashObroundCmd {
 // whole degrees (7 sides: 51 degrees, the last edge longer). Fewer than 3 sides draw nothing
 // (with or without a hole); above 360 the step is 0 and the pad collapses to a point. Every
 // MouseMove answers 1; MouseUp always 0.
-class CQVIS_DrawFlashPolygonCmd {
+class QVIS_API CQVIS_DrawFlashPolygonCmd {
  public:
   explicit CQVIS_DrawFlashPolygonCmd(CQVIS_GDI* pSurface);
 

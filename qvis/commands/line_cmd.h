@@ -4,6 +4,8 @@
 #ifndef QVIS_COMMANDS_LINE_CMD_H_
 #define QVIS_COMMANDS_LINE_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/carray.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/handles.h"
@@ -49,7 +51,7 @@ using LinePointList = CArray<CQVIS_DrawLinePoint*, CQVIS_DrawLinePoint*>;
 // drawn again after it, so no copy-mode paint ever lands under a live XOR figure (whose erase
 // would then corrupt it); finishing a track redraws the footprint at once, so the screen always
 // holds exactly the figure Draw describes.
-class CQVIS_DrawLineCmd {
+class QVIS_API CQVIS_DrawLineCmd {
  public:
   using Record = CQVIS_DrawLinePoint;
 

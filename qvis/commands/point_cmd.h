@@ -3,6 +3,8 @@
 #ifndef QVIS_COMMANDS_POINT_CMD_H_
 #define QVIS_COMMANDS_POINT_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
@@ -11,7 +13,7 @@ class CQVIS_GDI;
 // The command protocol, shared in shape by every command (no base class, no virtual operation):
 // results 0 not handled, 1 handled, 2 figure complete, -1 Esc with nothing in progress. Button
 // flags are 1 = left, 2 = right. Every visible change is erase (Draw), change, draw (Draw) in XOR.
-class CQVIS_DrawPointCmd {
+class QVIS_API CQVIS_DrawPointCmd {
  public:
   // CQVIS_DrawPointCmd stores the surface and copies its origin context; colours 0xFFFFFF.
   // A null surface gives a command that draws nothing.

@@ -4,6 +4,8 @@
 #ifndef QVIS_COMMANDS_POLYGON_CMD_H_
 #define QVIS_COMMANDS_POLYGON_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/carray.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/handles.h"
@@ -49,7 +51,7 @@ using PolygonPointList = CArray<CQVIS_DrawPolygonPoint*, CQVIS_DrawPolygonPoint*
 //   it; the closing edge is straight. A click on a finished polygon that was not taken over
 //   reopens it (the painted closing edge then stays until the host repaints).
 // - SetLastPointArcInfo turns the edge ending at the last vertex into an arc.
-class CQVIS_DrawPolygonCmd {
+class QVIS_API CQVIS_DrawPolygonCmd {
  public:
   using Record = CQVIS_DrawPolygonPoint;
 

@@ -3,6 +3,8 @@
 #ifndef QVIS_COMMANDS_RECT_CMD_H_
 #define QVIS_COMMANDS_RECT_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
@@ -14,7 +16,7 @@ class CQVIS_GDI;
 // rectangle included) and progress 0. A left MouseUp always returns 2 (no change); a right
 // MouseUp abandons the rectangle (1). VK_ESCAPE: 1 abandoning it, -1 with nothing in progress.
 // Draw type 0 shows a filled rectangle, 1 its four outline lines, other values nothing.
-class CQVIS_DrawRectCmd {
+class QVIS_API CQVIS_DrawRectCmd {
  public:
   // CQVIS_DrawRectCmd: colours 0x0000FF, width 0.0, draw type 0.
   explicit CQVIS_DrawRectCmd(CQVIS_GDI* pSurface);

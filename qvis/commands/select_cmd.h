@@ -4,6 +4,8 @@
 #ifndef QVIS_COMMANDS_SELECT_CMD_H_
 #define QVIS_COMMANDS_SELECT_CMD_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/types.h"
 
 class CQVIS_GDI;
@@ -20,7 +22,7 @@ class CQVIS_GDI;
 // KeyPress results with no box (drag state 0): VK_ESCAPE -1, VK_DELETE 99, VK_RETURN 100,
 // VK_PRIOR 101, VK_NEXT 102, VK_SPACE 103, 'R' or 'r' 200, others 0; these are requests for the
 // host. While a box is dragged: VK_ESCAPE erases it (1), every other key 0.
-class CQVIS_DrawSelectCmd {
+class QVIS_API CQVIS_DrawSelectCmd {
  public:
   // Request codes of KeyPress.
   static constexpr int kRequestDelete = 99;

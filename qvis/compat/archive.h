@@ -5,6 +5,8 @@
 #ifndef QVIS_COMPAT_ARCHIVE_H_
 #define QVIS_COMPAT_ARCHIVE_H_
 
+#include "qvis/compat/export.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <vector>
@@ -15,7 +17,7 @@
 
 // CFile: a file on disk. Opening failures throw CFileException with the path and the system
 // reason. Read returns the number of bytes read (short at end of file).
-class CFile {
+class QVIS_API CFile {
  public:
   enum OpenFlags : UINT {
     modeRead = 0x0000,
@@ -50,7 +52,7 @@ class CFile {
 namespace qvis {
 
 // MemFile: a CFile over bytes in memory, for tests, fuzzing and hosts that keep designs in memory.
-class MemFile : public CFile {
+class QVIS_API MemFile : public CFile {
  public:
   MemFile() = default;
   explicit MemFile(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}
@@ -71,7 +73,7 @@ class MemFile : public CFile {
 
 }  // namespace qvis
 
-class CArchive {
+class QVIS_API CArchive {
  public:
   enum Mode : UINT { store = 0, load = 1 };
   // The archive borrows file; buf_size below 1 is taken as 4096.

@@ -4,11 +4,13 @@
 #ifndef QVIS_COMPAT_CSTRING_H_
 #define QVIS_COMPAT_CSTRING_H_
 
+#include "qvis/compat/export.h"
+
 #include <cstdarg>
 #include <string>
 #include <string_view>
 
-class CString {
+class QVIS_API CString {
  public:
   CString() = default;
   CString(const char* s) : s_(s ? s : "") {}  // NOLINT: implicit like the original

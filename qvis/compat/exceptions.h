@@ -3,25 +3,27 @@
 #ifndef QVIS_COMPAT_EXCEPTIONS_H_
 #define QVIS_COMPAT_EXCEPTIONS_H_
 
+#include "qvis/compat/export.h"
+
 #include <stdexcept>
 #include <string>
 
 #include "qvis/compat/cstring.h"
 
-class CException : public std::runtime_error {
+class QVIS_API CException : public std::runtime_error {
  public:
   explicit CException(const std::string& what) : std::runtime_error(what) {}
 };
 
 // CInvalidArgException: an index or argument outside what the operation accepts.
-class CInvalidArgException : public CException {
+class QVIS_API CInvalidArgException : public CException {
  public:
   explicit CInvalidArgException(const std::string& what = "invalid argument") : CException(what) {}
 };
 
 // CFileException: a file could not be opened, read or written. m_cause uses the classic codes
 // (fileNotFound 2, accessDenied 5, ...); m_strFileName is the path; what() adds the system reason.
-class CFileException : public CException {
+class QVIS_API CFileException : public CException {
  public:
   enum {
     none = 0, genericException = 1, fileNotFound = 2, badPath = 3, tooManyOpenFiles = 4,
@@ -37,7 +39,7 @@ class CFileException : public CException {
 
 // CArchiveException: a serialisation stream error. Cause codes: generic 1, readOnly 2 (writing to
 // a loading archive), endOfFile 3 (short or damaged data), writeOnly 4 (reading a storing one).
-class CArchiveException : public CException {
+class QVIS_API CArchiveException : public CException {
  public:
   enum {
     none = 0, genericException = 1, readOnly = 2, endOfFile = 3, writeOnly = 4, badIndex = 5,

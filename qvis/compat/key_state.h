@@ -3,10 +3,12 @@
 #ifndef QVIS_COMPAT_KEY_STATE_H_
 #define QVIS_COMPAT_KEY_STATE_H_
 
+#include "qvis/compat/export.h"
+
 namespace qvis {
 
 // KeyStateSource: what a window port implements to answer key-state questions.
-class KeyStateSource {
+class QVIS_API KeyStateSource {
  public:
   virtual ~KeyStateSource() = default;
   // KeyState returns the state of a virtual key as GetKeyState does: bit 15 set when down,
@@ -18,12 +20,12 @@ class KeyStateSource {
 
 // SetKeyStateSource installs the source that answers; null restores "nothing is down".
 // Returns the previous source. Not thread-safe: everything runs on the window's thread.
-KeyStateSource* SetKeyStateSource(KeyStateSource* source);
-KeyStateSource* GetKeyStateSource();
+QVIS_API KeyStateSource* SetKeyStateSource(KeyStateSource* source);
+QVIS_API KeyStateSource* GetKeyStateSource();
 
 // GetKeyState and GetAsyncKeyState ask the installed source; with none, every key is up (0).
-short GetKeyState(int virtual_key);
-short GetAsyncKeyState(int virtual_key);
+QVIS_API short GetKeyState(int virtual_key);
+QVIS_API short GetAsyncKeyState(int virtual_key);
 
 }  // namespace qvis
 

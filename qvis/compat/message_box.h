@@ -3,6 +3,8 @@
 #ifndef QVIS_COMPAT_MESSAGE_BOX_H_
 #define QVIS_COMPAT_MESSAGE_BOX_H_
 
+#include "qvis/compat/export.h"
+
 #include <functional>
 
 namespace qvis {
@@ -10,11 +12,11 @@ namespace qvis {
 using MessageBoxHandler = std::function<int(const char* text)>;
 
 // SetMessageBoxHandler installs the handler and returns the previous one (empty: none).
-MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler);
+QVIS_API MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler);
 
 // ShowMessageBox shows text (like AfxMessageBox with the default style) and returns the
 // handler's answer; 1 (IDOK) when there is no handler.
-int ShowMessageBox(const char* text);
+QVIS_API int ShowMessageBox(const char* text);
 
 }  // namespace qvis
 

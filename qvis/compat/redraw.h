@@ -4,6 +4,8 @@
 #ifndef QVIS_COMPAT_REDRAW_H_
 #define QVIS_COMPAT_REDRAW_H_
 
+#include "qvis/compat/export.h"
+
 #include <functional>
 
 #include "qvis/compat/handles.h"
@@ -16,11 +18,11 @@ namespace qvis {
 using RedrawHandler = std::function<BOOL(HWND hwnd, UINT flags)>;
 
 // SetRedrawHandler installs the handler and returns the previous one (empty: none).
-RedrawHandler SetRedrawHandler(RedrawHandler handler);
+QVIS_API RedrawHandler SetRedrawHandler(RedrawHandler handler);
 
 // RedrawWindow asks the installed handler to repaint `hwnd` with the RDW_* `flags` (0x105 is
 // invalidate | erase | update now). A null window or no handler: nothing, result 0.
-BOOL RedrawWindow(HWND hwnd, UINT flags);
+QVIS_API BOOL RedrawWindow(HWND hwnd, UINT flags);
 
 }  // namespace qvis
 

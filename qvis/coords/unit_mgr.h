@@ -4,6 +4,8 @@
 #ifndef QVIS_COORDS_UNIT_MGR_H_
 #define QVIS_COORDS_UNIT_MGR_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/cstring.h"
 
 // Unit codes: the same ints are stored in the view coordinates, the design
@@ -16,7 +18,7 @@ enum {
   UNIT_MICRO = 4,
 };
 
-class CQVIS_UnitMgr {
+class QVIS_API CQVIS_UnitMgr {
  public:
   CQVIS_UnitMgr() {}
   CQVIS_UnitMgr(const CQVIS_UnitMgr&) = default;

@@ -5,6 +5,8 @@
 #ifndef QVIS_COORDS_VIEW_COORDS_H_
 #define QVIS_COORDS_VIEW_COORDS_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/archive.h"
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
@@ -13,7 +15,7 @@
 // "V"/"World" names take world coordinates, "R"/"Screen" names take pixels
 // relative to the window's top-left corner. Screen Y and world Y grow in the
 // same direction: world = pixel / zoom + view position.
-class CQVIS_Coords {
+class QVIS_API CQVIS_Coords {
  public:
   // Version written first by Serialize.
   static int m_nVersion;

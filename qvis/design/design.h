@@ -4,6 +4,8 @@
 #ifndef QVIS_DESIGN_DESIGN_H_
 #define QVIS_DESIGN_DESIGN_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/archive.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/design/max_region_info.h"
@@ -31,7 +33,7 @@ namespace qvis {
 class RenderBuffer;
 }  // namespace qvis
 
-class CQVIS_Design {
+class QVIS_API CQVIS_Design {
  public:
   // CQVIS_Design: creates the surface and the render buffer, then runs Init.
   CQVIS_Design();

@@ -5,10 +5,12 @@
 #ifndef QVIS_DESIGN_MAX_REGION_INFO_H_
 #define QVIS_DESIGN_MAX_REGION_INFO_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/archive.h"
 #include "qvis/util/ex_ptr_array.h"
 
-class CQVIS_MaxRegionInfo {
+class QVIS_API CQVIS_MaxRegionInfo {
  public:
   // Version written first by Serialize.
   static int m_nVersion;
@@ -96,7 +98,7 @@ class CQVIS_MaxRegionInfo {
 // The list of extents. It never deletes its regions by itself: Init, Clear,
 // Release and the destructor only drop the pointers; the owner frees the
 // regions through DeleteAll first when it wants them freed.
-class CQVIS_MaxRegionInfoDB
+class QVIS_API CQVIS_MaxRegionInfoDB
     : public CExPtrArray<CQVIS_MaxRegionInfo*, CQVIS_MaxRegionInfo*> {
  public:
   // Version of the list record (its header is the version with bit 31 set).

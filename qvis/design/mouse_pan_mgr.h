@@ -4,6 +4,8 @@
 #ifndef QVIS_DESIGN_MOUSE_PAN_MGR_H_
 #define QVIS_DESIGN_MOUSE_PAN_MGR_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
@@ -14,7 +16,7 @@ class CQVIS_Coords;
 // MouseDown(2, world)); moves (MouseMove(world, 0)) while the right button is held; right button
 // up at pixel q: Scroll(q, 0) pans by q - p and the window resets the manager. A release at the
 // press pixel does not pan (Scroll returns -1) and the host gives the click its own meaning.
-class CQVIS_MousePanMgr {
+class QVIS_API CQVIS_MousePanMgr {
  public:
   // CQVIS_MousePanMgr(): no surface; the Init settings; pressed and hide-line flag 0.
   CQVIS_MousePanMgr();

@@ -4,13 +4,15 @@
 #ifndef QVIS_DESIGN_RENDER_BUFFER_H_
 #define QVIS_DESIGN_RENDER_BUFFER_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
 namespace qvis {
 
-class RenderBuffer {
+class QVIS_API RenderBuffer {
  public:
   // RenderBuffer: a detached buffer with a back-buffer DC over an empty bitmap.
   RenderBuffer();

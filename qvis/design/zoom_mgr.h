@@ -3,6 +3,8 @@
 #ifndef QVIS_DESIGN_ZOOM_MGR_H_
 #define QVIS_DESIGN_ZOOM_MGR_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/types.h"
 
 class CQVIS_GDI;
@@ -12,7 +14,7 @@ class CQVIS_GDI;
 // the null brush, the 1-pixel dotted pen of m_crColor) only in drag state 1 or 2, and mapped
 // straight to device pixels into the origin context (no origin context: no box). The manager
 // stays active after a box, so several boxes can be dragged in a row.
-class CQVIS_ZoomMgr {
+class QVIS_API CQVIS_ZoomMgr {
  public:
   // CQVIS_ZoomMgr: colour 0xFFFFFF, everything else 0.
   explicit CQVIS_ZoomMgr(CQVIS_GDI* pSurface);

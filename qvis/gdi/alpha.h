@@ -6,6 +6,8 @@
 #ifndef QVIS_GDI_ALPHA_H_
 #define QVIS_GDI_ALPHA_H_
 
+#include "qvis/compat/export.h"
+
 #include <cstdint>
 
 #include "qvis/compat/cpoint.h"
@@ -23,25 +25,25 @@ constexpr std::uint32_t ArgbFromColor(COLORREF color, int opacity) {
 
 // GpFillPolygon fills the polygon by the alternate rule (the pixels GDI's Polygon fills with a
 // null pen). Fewer than 3 points or a null DC: FALSE, nothing drawn.
-BOOL GpFillPolygon(HDC dc, const CPoint* points, int count, std::uint32_t argb);
+QVIS_API BOOL GpFillPolygon(HDC dc, const CPoint* points, int count, std::uint32_t argb);
 // GpFillRect fills the box x <= px < x + width, y <= py < y + height. A zero or negative size
 // draws nothing (TRUE); a null DC: FALSE.
-BOOL GpFillRect(HDC dc, int x, int y, int width, int height, std::uint32_t argb);
+QVIS_API BOOL GpFillRect(HDC dc, int x, int y, int width, int height, std::uint32_t argb);
 // GpFillRegion fills a region. A null DC or region: FALSE.
-BOOL GpFillRegion(HDC dc, HRGN region, std::uint32_t argb);
+QVIS_API BOOL GpFillRegion(HDC dc, HRGN region, std::uint32_t argb);
 // GpDrawLine strokes the segment with a pen of the given width, round caps. A zero-length
 // segment, a width that is not positive or not finite draw nothing (TRUE); a null DC: FALSE.
-BOOL GpDrawLine(HDC dc, std::uint32_t argb, float width, int x1, int y1, int x2, int y2);
+QVIS_API BOOL GpDrawLine(HDC dc, std::uint32_t argb, float width, int x1, int y1, int x2, int y2);
 // GpDrawEllipse strokes the ellipse inscribed in the box (x, y, width, height), round joins.
 // An empty box draws nothing.
-BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width,
+QVIS_API BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width,
                    int height);
 // GpDrawArc strokes the part of that ellipse from `start` over `sweep` degrees (negative:
 // counter-clockwise; beyond a full turn: the whole ellipse), round caps and joins.
-BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
+QVIS_API BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
                float start, float sweep);
 // GpDrawPie strokes the arc closed through the centre of the box, round joins.
-BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
+QVIS_API BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
                float start, float sweep);
 
 }  // namespace qvis::gdi

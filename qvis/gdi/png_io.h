@@ -4,6 +4,8 @@
 #ifndef QVIS_GDI_PNG_IO_H_
 #define QVIS_GDI_PNG_IO_H_
 
+#include "qvis/compat/export.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -29,13 +31,13 @@ inline constexpr int kMaxPngSide = 16384;
 
 // WritePngRows writes width x height pixels whose rows lie `stride_pixels` apart as an 8-bit RGB
 // PNG. Returns false for an empty image, a null buffer or a file that cannot be written.
-bool WritePngRows(const std::uint32_t* pixels, int width, int height, std::ptrdiff_t stride_pixels,
+QVIS_API bool WritePngRows(const std::uint32_t* pixels, int width, int height, std::ptrdiff_t stride_pixels,
                   const std::string& path);
 // WritePngImage writes a PixelImage; false as WritePngRows.
-bool WritePngImage(const PixelImage& image, const std::string& path);
+QVIS_API bool WritePngImage(const PixelImage& image, const std::string& path);
 // ReadPngImage decodes any 8/16-bit grey, RGB, RGBA or palette PNG into 0x00RRGGBB pixels
 // (alpha dropped). A missing, damaged or oversized file returns false and leaves `image` empty.
-bool ReadPngImage(const std::string& path, PixelImage* image);
+QVIS_API bool ReadPngImage(const std::string& path, PixelImage* image);
 
 }  // namespace qvis::gdi
 

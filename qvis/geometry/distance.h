@@ -14,8 +14,10 @@
 #ifndef QVIS_GEOMETRY_DISTANCE_H_
 #define QVIS_GEOMETRY_DISTANCE_H_
 
+#include "qvis/compat/export.h"
+
 // CQVIS_DIST_AREA: the bounding area of an operand; valid once SetArea has run.
-class CQVIS_DIST_AREA {
+class QVIS_API CQVIS_DIST_AREA {
  public:
   bool m_bValid = false;
   double m_dMinX = 0.0;
@@ -27,7 +29,7 @@ class CQVIS_DIST_AREA {
   void Set(double minX, double minY, double maxX, double maxY);
 };
 
-class CQVIS_DIST_POINT {
+class QVIS_API CQVIS_DIST_POINT {
  public:
   double m_dX = 0.0;
   double m_dY = 0.0;
@@ -39,7 +41,7 @@ class CQVIS_DIST_POINT {
   void SetArea();
 };
 
-class CQVIS_DIST_LINE {
+class QVIS_API CQVIS_DIST_LINE {
  public:
   double m_dX1 = 0.0;
   double m_dY1 = 0.0;
@@ -55,7 +57,7 @@ class CQVIS_DIST_LINE {
 };
 
 // CQVIS_DIST_CIRCLE serves both the ring and the disk; the pair function chosen decides.
-class CQVIS_DIST_CIRCLE {
+class QVIS_API CQVIS_DIST_CIRCLE {
  public:
   double m_dCX = 0.0;
   double m_dCY = 0.0;
@@ -71,7 +73,7 @@ class CQVIS_DIST_CIRCLE {
 
 // CQVIS_DIST_ARC: the arc runs counter-clockwise (CQVIS_Math::GetAngle sense, degrees) from the
 // start to the end angle; the start and end points are its ends.
-class CQVIS_DIST_ARC {
+class QVIS_API CQVIS_DIST_ARC {
  public:
   double m_dCX = 0.0;
   double m_dCY = 0.0;
@@ -93,7 +95,7 @@ class CQVIS_DIST_ARC {
   void SetArea();
 };
 
-class CQVIS_CalcDistance {
+class QVIS_API CQVIS_CalcDistance {
  public:
   // PointPoint returns the plain distance (|dy| when dx = 0, |dx| when dy = 0).
   double PointPoint(double x1, double y1, double x2, double y2) const;

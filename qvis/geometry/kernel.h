@@ -15,10 +15,12 @@
 #ifndef QVIS_GEOMETRY_KERNEL_H_
 #define QVIS_GEOMETRY_KERNEL_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/geometry/value_types.h"
 #include "qvis/util/ex_ptr_array.h"
 
-class CQVIS_Math {
+class QVIS_API CQVIS_Math {
  public:
   CQVIS_Math() = delete;
 

@@ -5,9 +5,11 @@
 #ifndef QVIS_GEOMETRY_LINE_OUTLINE_H_
 #define QVIS_GEOMETRY_LINE_OUTLINE_H_
 
+#include "qvis/compat/export.h"
+
 // EO_Point: a point with three further values and an integer that the library stores as given
 // and attaches no meaning to.
-class EO_Point {
+class QVIS_API EO_Point {
  public:
   double m_dX = 0.0;
   double m_dY = 0.0;
@@ -23,7 +25,7 @@ class EO_Point {
 };
 
 // EO_Line: a directed segment.
-class EO_Line {
+class QVIS_API EO_Line {
  public:
   double m_dX1 = 0.0;
   double m_dY1 = 0.0;
@@ -35,7 +37,7 @@ class EO_Line {
 };
 
 // EO_Arc: an arc by centre, radius, start and end points and their angles (degrees).
-class EO_Arc {
+class QVIS_API EO_Arc {
  public:
   double m_dCX = 0.0;
   double m_dCY = 0.0;
@@ -52,7 +54,7 @@ class EO_Arc {
 };
 
 // CQVIS_LineOutline: side 1, end cap, side 2, start cap form the closed contour of the track.
-class CQVIS_LineOutline {
+class QVIS_API CQVIS_LineOutline {
  public:
   EO_Line m_Line1;     // from start + offset to end + offset
   EO_Line m_Line2;     // from end - offset back to start - offset

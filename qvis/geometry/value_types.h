@@ -4,12 +4,14 @@
 #ifndef QVIS_GEOMETRY_VALUE_TYPES_H_
 #define QVIS_GEOMETRY_VALUE_TYPES_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/carray.h"
 
 class CArchive;
 
 // CPointD: a world point.
-class CPointD {
+class QVIS_API CPointD {
  public:
   double m_dX = 0.0;
   double m_dY = 0.0;
@@ -30,7 +32,7 @@ class CPointD {
 };
 
 // CPointF: a single-precision point; Serialize writes x then y as 4-byte floats.
-class CPointF {
+class QVIS_API CPointF {
  public:
   float m_fX = 0.0f;
   float m_fY = 0.0f;
@@ -48,7 +50,7 @@ class CPointF {
 
 // CRectD: a world rectangle by its four edges. Width is right - left, height bottom - top; they
 // are negative for an inverted rectangle (nothing normalises it).
-class CRectD {
+class QVIS_API CRectD {
  public:
   double m_dLeft = 0.0;
   double m_dTop = 0.0;
@@ -81,7 +83,7 @@ class CRectD {
 
 // CRectF: a single-precision rectangle, made from a CRectD by narrowing each edge; Serialize
 // writes left, top, right, bottom as 4-byte floats.
-class CRectF {
+class QVIS_API CRectF {
  public:
   float m_fLeft = 0.0f;
   float m_fTop = 0.0f;
@@ -108,7 +110,7 @@ class CRectF {
 };
 
 // CPoint3D: a point with a z value (a height or a parameter carried along).
-class CPoint3D {
+class QVIS_API CPoint3D {
  public:
   double m_dX = 0.0;
   double m_dY = 0.0;
@@ -132,7 +134,7 @@ class CPoint3D {
 };
 
 // DPoint: the plain record of the arc-point lists, zeroed by its constructor.
-class DPoint {
+class QVIS_API DPoint {
  public:
   double x = 0.0;
   double y = 0.0;
@@ -144,7 +146,7 @@ class DPoint {
 };
 
 // Growable arrays of the values above, copyable, with a virtual clone (a heap copy).
-class CArrayPointD : public CArray<CPointD, const CPointD&> {
+class QVIS_API CArrayPointD : public CArray<CPointD, const CPointD&> {
  public:
   CArrayPointD() = default;
   CArrayPointD(const CArrayPointD&) = default;
@@ -152,7 +154,7 @@ class CArrayPointD : public CArray<CPointD, const CPointD&> {
   virtual CArrayPointD* clone() const { return new CArrayPointD(*this); }
 };
 
-class CArrayArrayPointD : public CArray<CArrayPointD, const CArrayPointD&> {
+class QVIS_API CArrayArrayPointD : public CArray<CArrayPointD, const CArrayPointD&> {
  public:
   CArrayArrayPointD() = default;
   CArrayArrayPointD(const CArrayArrayPointD&) = default;
@@ -160,7 +162,7 @@ class CArrayArrayPointD : public CArray<CArrayPointD, const CArrayPointD&> {
   virtual CArrayArrayPointD* clone() const { return new CArrayArrayPointD(*this); }
 };
 
-class CArrayRectD : public CArray<CRectD, const CRectD&> {
+class QVIS_API CArrayRectD : public CArray<CRectD, const CRectD&> {
  public:
   CArrayRectD() = default;
   CArrayRectD(const CArrayRectD&) = default;
@@ -168,7 +170,7 @@ class CArrayRectD : public CArray<CRectD, const CRectD&> {
   virtual CArrayRectD* clone() const { return new CArrayRectD(*this); }
 };
 
-class CArrayPoint3D : public CArray<CPoint3D, const CPoint3D&> {
+class QVIS_API CArrayPoint3D : public CArray<CPoint3D, const CPoint3D&> {
  public:
   CArrayPoint3D() = default;
   CArrayPoint3D(const CArrayPoint3D&) = default;

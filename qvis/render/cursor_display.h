@@ -6,6 +6,8 @@
 #ifndef QVIS_RENDER_CURSOR_DISPLAY_H_
 #define QVIS_RENDER_CURSOR_DISPLAY_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
@@ -23,7 +25,7 @@ enum CursorType : int {
   QVIS_CURSOR_EXT_ONLY = 7,       // extension lines only
 };
 
-class CQVIS_CursorMgr {
+class QVIS_API CQVIS_CursorMgr {
  public:
   // The manager keeps the surface (may be null) and takes its origin DC.
   explicit CQVIS_CursorMgr(CQVIS_GDI* surface);

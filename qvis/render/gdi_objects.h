@@ -5,6 +5,8 @@
 #ifndef QVIS_RENDER_GDI_OBJECTS_H_
 #define QVIS_RENDER_GDI_OBJECTS_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
@@ -14,12 +16,12 @@ namespace qvis {
 
 // AsGdiObject converts a typed handle to the generic object handle; AsBrush converts back,
 // giving null when the object is not a brush.
-HGDIOBJ AsGdiObject(HPEN pen);
-HGDIOBJ AsGdiObject(HBRUSH brush);
-HGDIOBJ AsGdiObject(HFONT font);
-HGDIOBJ AsGdiObject(HBITMAP bitmap);
-HGDIOBJ AsGdiObject(HRGN region);
-HBRUSH AsBrush(HGDIOBJ object);
+QVIS_API HGDIOBJ AsGdiObject(HPEN pen);
+QVIS_API HGDIOBJ AsGdiObject(HBRUSH brush);
+QVIS_API HGDIOBJ AsGdiObject(HFONT font);
+QVIS_API HGDIOBJ AsGdiObject(HBITMAP bitmap);
+QVIS_API HGDIOBJ AsGdiObject(HRGN region);
+QVIS_API HBRUSH AsBrush(HGDIOBJ object);
 
 }  // namespace qvis
 
@@ -27,7 +29,7 @@ namespace qvis {
 
 // GdiObjectWrapper: the common part of the graphic-object wrappers: the handle and whether the
 // wrapper owns it.
-class GdiObjectWrapper {
+class QVIS_API GdiObjectWrapper {
  public:
   GdiObjectWrapper() = default;
   GdiObjectWrapper(const GdiObjectWrapper&) = delete;
@@ -56,7 +58,7 @@ class GdiObjectWrapper {
 
 }  // namespace qvis
 
-class CPen : public qvis::GdiObjectWrapper {
+class QVIS_API CPen : public qvis::GdiObjectWrapper {
  public:
   // CreatePen makes a cosmetic pen (width 0/1) or, wider, a round-capped geometric one.
   // Fails (FALSE, wrapper empty) on a style the device layer refuses.
@@ -67,7 +69,7 @@ class CPen : public qvis::GdiObjectWrapper {
                  const DWORD* styleEntries = nullptr);
 };
 
-class CBrush : public qvis::GdiObjectWrapper {
+class QVIS_API CBrush : public qvis::GdiObjectWrapper {
  public:
   BOOL CreateSolidBrush(COLORREF color);
   // CreateHatchBrush: hatch 0..5; other indices fail (FALSE, wrapper empty).
@@ -75,7 +77,7 @@ class CBrush : public qvis::GdiObjectWrapper {
   qvis::HBRUSH GetBrush() const { return qvis::AsBrush(m_hObject); }
 };
 
-class CFont : public qvis::GdiObjectWrapper {
+class QVIS_API CFont : public qvis::GdiObjectWrapper {
  public:
   // CreateFontIndirectA makes a font from the description; null fails.
   BOOL CreateFontIndirectA(const qvis::gdi::LOGFONTA* font);
@@ -83,7 +85,7 @@ class CFont : public qvis::GdiObjectWrapper {
 
 // CDC: a device context the caller hands around. It owns its DC only when made by
 // CreateCompatibleDC.
-class CDC {
+class QVIS_API CDC {
  public:
   CDC() = default;
   explicit CDC(qvis::HDC hdc) : m_hDC(hdc) {}

@@ -5,13 +5,15 @@
 #ifndef QVIS_RENDER_GRID_SNAP_DISPLAY_H_
 #define QVIS_RENDER_GRID_SNAP_DISPLAY_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 
 class CArchive;
 class CQVIS_GDI;
 
-class CQVIS_GridSnapMgr {
+class QVIS_API CQVIS_GridSnapMgr {
  public:
   // The manager keeps the surface (may be null) and takes its current drawing DC.
   explicit CQVIS_GridSnapMgr(CQVIS_GDI* surface);

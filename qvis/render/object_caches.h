@@ -5,6 +5,8 @@
 #ifndef QVIS_RENDER_OBJECT_CACHES_H_
 #define QVIS_RENDER_OBJECT_CACHES_H_
 
+#include "qvis/compat/export.h"
+
 #include <map>
 #include <memory>
 
@@ -17,9 +19,9 @@ namespace qvis {
 
 // GetACP returns the ANSI code page the fonts' default character set is chosen from: the one
 // set by SetACP, else 1252 (this platform has no system code page of that kind).
-int GetACP();
+QVIS_API int GetACP();
 // SetACP overrides the code page GetACP reports (0 restores the default).
-void SetACP(int codePage);
+QVIS_API void SetACP(int codePage);
 
 }  // namespace qvis
 
@@ -27,7 +29,7 @@ void SetACP(int codePage);
 // are keyed and made as 1-pixel cosmetic pens; 2 and more as geometric pens with the end-cap
 // and join flags. Copies share the pen objects (shared ownership; an object lives while any
 // copy lists it).
-class CQVIS_PenMgr {
+class QVIS_API CQVIS_PenMgr {
  public:
   CQVIS_PenMgr() = default;
   CQVIS_PenMgr(const CQVIS_PenMgr& other) = default;
@@ -60,7 +62,7 @@ class CQVIS_PenMgr {
 // CQVIS_BrushMgr: brushes keyed by (style 0..9, colour). Style 6 is solid, 7 the stock hollow
 // brush (one entry per colour, all the same stock object, never deleted), every other style a
 // hatch brush of that index (8 and 9 are refused by the device layer and stay empty).
-class CQVIS_BrushMgr {
+class QVIS_API CQVIS_BrushMgr {
  public:
   CQVIS_BrushMgr() = default;
   CQVIS_BrushMgr(const CQVIS_BrushMgr& other) = default;
@@ -82,7 +84,7 @@ class CQVIS_BrushMgr {
 };
 
 // CQVIS_Font: one cached font and the key it was made from.
-class CQVIS_Font {
+class QVIS_API CQVIS_Font {
  public:
   // The constructor picks the character set from the ANSI code page (949 Hangul 129, 932
   // Shift-JIS 128, 936 GB2312 134, 950 Big5 136, any other ANSI 0).
@@ -117,7 +119,7 @@ class CQVIS_Font {
 };
 
 // CQVIS_FontMgr: fonts in creation order, found by a linear scan (few are in use at a time).
-class CQVIS_FontMgr {
+class QVIS_API CQVIS_FontMgr {
  public:
   CQVIS_FontMgr();
   CQVIS_FontMgr(const CQVIS_FontMgr&) = delete;

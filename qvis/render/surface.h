@@ -5,6 +5,8 @@
 #ifndef QVIS_RENDER_SURFACE_H_
 #define QVIS_RENDER_SURFACE_H_
 
+#include "qvis/compat/export.h"
+
 #include <cstdint>
 
 #include "qvis/compat/cpoint.h"
@@ -29,7 +31,7 @@ class CQVIS_FontMgr;
 // the coordinate system): device x = R((f*x - originX) * scale), device y likewise, device
 // length = R(f * length * scale), where R rounds v > 0 to trunc(v + 0.5), v < 0 to
 // trunc(v - 0.4) and 0 (and NaN) to 0, saturating at the 32-bit range. World y is not flipped.
-class CQVIS_GDI {
+class QVIS_API CQVIS_GDI {
  public:
   CQVIS_GDI();
   // Copy construction makes a new surface (own caches, own start-up of the translucent path)

@@ -5,6 +5,8 @@
 #ifndef QVIS_WINDOW_DRAWING_WINDOW_H_
 #define QVIS_WINDOW_DRAWING_WINDOW_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/handles.h"
@@ -17,7 +19,7 @@ namespace qvis {
 class WindowPort;
 }  // namespace qvis
 
-class CQVIS_Wnd {
+class QVIS_API CQVIS_Wnd {
  public:
   // CQVIS_Wnd: creates and initialises the design; the window is not on a port yet.
   CQVIS_Wnd();

@@ -3,11 +3,13 @@
 #ifndef QVIS_WINDOW_FRONT_BUFFER_H_
 #define QVIS_WINDOW_FRONT_BUFFER_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/handles.h"
 
 namespace qvis {
 
-class FrontBuffer {
+class QVIS_API FrontBuffer {
  public:
   // Sides are clamped to this: an 8K screen, 256 MB a buffer.
   static constexpr int kMaxSide = 8192;

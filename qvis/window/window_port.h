@@ -4,6 +4,8 @@
 #ifndef QVIS_WINDOW_WINDOW_PORT_H_
 #define QVIS_WINDOW_WINDOW_PORT_H_
 
+#include "qvis/compat/export.h"
+
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
@@ -12,7 +14,7 @@ class CQVIS_Wnd;
 
 namespace qvis {
 
-class WindowPort {
+class QVIS_API WindowPort {
  public:
   virtual ~WindowPort() = default;
 

@@ -4,6 +4,8 @@
 #ifndef QVIS_WINDOW_HEADLESS_HEADLESS_PORT_H_
 #define QVIS_WINDOW_HEADLESS_HEADLESS_PORT_H_
 
+#include "qvis/compat/export.h"
+
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -17,7 +19,7 @@
 
 namespace qvis {
 
-class HeadlessPort : public WindowPort, public KeyStateSource {
+class QVIS_API HeadlessPort : public WindowPort, public KeyStateSource {
  public:
   // HeadlessPort: a client area of width x height pixels (negative sizes count as 0), whose
   // top-left corner sits at `screen_origin` on the simulated screen. The port installs itself

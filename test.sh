@@ -19,6 +19,13 @@ run_suite() {
 }
 
 run_suite release -DCMAKE_BUILD_TYPE=Release
+# A host project outside the tree, built against qvis installed from the Release tree (CMake
+# package and pkg-config), against a shared libqvis (its own library-only build) and with qvis
+# as a subproject.
+echo "== consumer: install and build a host project against qvis"
+consumer_start=$SECONDS
+bash scripts/consumer_test.sh build/release
+echo "== consumer: passed in $((SECONDS - consumer_start)) s"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   run_suite asan -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DQVIS_SANITIZE=address;undefined"
 # The archive and metafile readers under libFuzzer, each for a bounded time (about 20 s), when

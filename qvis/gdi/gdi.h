@@ -1,7 +1,6 @@
 // qvis::gdi: the device layer's public API, a portable rendition of the Win32 GDI calls the
 // drawing surface relies on (memory DCs, bitmaps, pens, brushes, fonts, regions, paths, text,
 // blits, enhanced metafiles). Names, argument orders and results follow Win32.
-// Owner: device layer core (gdicore); shapes, paths and text are implemented by their owners.
 //
 // Numeric constants (R2_XORPEN, PS_SOLID, HS_CROSS, SRCCOPY, RGN_AND, ...) are the Win32 macros of
 // qvis/compat/win32_names.h; this header declares none of them so that it can live beside

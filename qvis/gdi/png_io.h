@@ -1,6 +1,5 @@
 // PNG encoding and decoding of 0x00RRGGBB pixel buffers: the raw half of WritePng / ReadPng,
 // also used by the golden-image tests and the scene runner, which hold pixels outside bitmaps.
-// Owner: device layer text/metafile/PNG (gditext).
 #ifndef QVIS_GDI_PNG_IO_H_
 #define QVIS_GDI_PNG_IO_H_
 

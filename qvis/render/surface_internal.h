@@ -1,6 +1,6 @@
 // Small helpers shared by the surface's .cc files: saturating device arithmetic, so that
 // coordinates that already saturated at the 32-bit range never overflow when offset.
-// Owner: render. Not part of the public API.
+// Not part of the public API.
 #ifndef QVIS_RENDER_SURFACE_INTERNAL_H_
 #define QVIS_RENDER_SURFACE_INTERNAL_H_
 

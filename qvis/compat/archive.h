@@ -7,14 +7,19 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <vector>
 
+#include "qvis/compat/atomic_file.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/exceptions.h"
 #include "qvis/compat/types.h"
 
 // CFile: a file on disk. Opening failures throw CFileException with the path and the system
 // reason. Read returns the number of bytes read (short at end of file).
+// A file opened for writing is written through qvis::AtomicFile: the bytes go to a temporary
+// file that Close renames over the target. A CFile destroyed without a successful Close, or
+// one whose write failed, leaves the target byte-for-byte as it was.
 class CFile {
  public:
   enum OpenFlags : UINT {
@@ -44,7 +49,9 @@ class CFile {
   CString path_;
 
  private:
-  std::FILE* fp_ = nullptr;
+  std::FILE* fp_ = nullptr;                   // opened for reading only
+  std::unique_ptr<qvis::AtomicFile> atomic_;  // opened for writing
+  bool append_ = false;                       // modeNoTruncate: every write goes to the end
 };
 
 namespace qvis {

@@ -15,6 +15,7 @@
 
 #include "qvis/compat/archive.h"
 #include "qvis/compat/exceptions.h"
+#include "qvis/compat/failing_writes_test_support.h"
 #include "qvis/design/design.h"
 #include "qvis/design/design_objects.h"
 
@@ -231,6 +232,35 @@ TEST(DesignFileTest, MissingFileRaisesFileExceptionWithThePath) {
     EXPECT_STREQ(e.m_strFileName.GetString(), path.c_str());
   }
   EXPECT_THROW(d.SaveToFile(path.c_str()), CFileException);
+}
+
+// A save that hits the file-size limit part-way throws and leaves the old design file intact
+// (it used to report success over a file truncated to what fitted).
+TEST(DesignFileTest, FailedSaveKeepsTheOldFileAndThrows) {
+  const std::string path = TempPath("limited.dat");
+  CQVIS_Design old_design;
+  Customise(old_design);
+  old_design.SaveToFile(path.c_str());
+  const std::vector<std::uint8_t> before = ReadAll(path);
+  CQVIS_Design d;
+  {
+    qvis::testing_support::FileSizeLimit limit(100);  // the file needs 242 bytes
+    ASSERT_TRUE(limit.active());
+    try {
+      d.SaveToFile(path.c_str());
+      ADD_FAILURE() << "a save past the file-size limit reported success";
+    } catch (const CFileException& e) {
+      EXPECT_EQ(e.m_cause, CFileException::diskFull);
+      EXPECT_STREQ(e.m_strFileName.GetString(), path.c_str());
+    }
+  }
+  EXPECT_EQ(ReadAll(path), before);
+  const auto entries = qvis::testing_support::FolderEntries(
+      std::filesystem::path(path).parent_path().string());
+  for (const std::string& name : entries) {
+    EXPECT_EQ(name.find(".tmp-"), std::string::npos) << "temporary file left: " << name;
+  }
+  EXPECT_THROW(d.SaveToFile("/dev/full"), CFileException);
 }
 
 }  // namespace

@@ -210,7 +210,8 @@ struct BitmapView {
 BitmapView BitmapPixels(HBITMAP bitmap);
 
 // WritePng writes a bitmap as an 8-bit RGB PNG (1 bpp as black and white). Returns false when
-// the handle is invalid, the bitmap is empty or the file cannot be written.
+// the handle is invalid or the bitmap is empty; a file that cannot be written throws
+// CFileException and keeps its old bytes.
 bool WritePng(HBITMAP bitmap, const char* path);
 // ReadPng reads a PNG file into a new 32-bpp bitmap (alpha dropped). Missing or damaged
 // files return null.

@@ -159,12 +159,21 @@ CArchive::~CArchive() {
 }
 
 void CArchive::Fail(int cause) const {
-  throw CArchiveException(cause, file_ ? file_->GetFilePath() : CString());
+  throw CArchiveException(cause, file_ ? file_->GetFilePath() : CString(),
+                          "at byte " + std::to_string(GetPosition()));
+}
+
+std::uint64_t CArchive::BytesLeft() const {
+  if (file_ == nullptr || !IsLoading()) return 0;
+  const std::uint64_t length = file_->GetLength();
+  const std::uint64_t at = GetPosition();
+  return length > at ? length - at : 0;
 }
 
 void CArchive::Flush() {
   if (closed_ || !IsStoring() || file_ == nullptr) return;
   if (pos_ > 0) file_->Write(buf_.data(), static_cast<UINT>(pos_));
+  base_ += pos_;
   pos_ = 0;
   file_->Flush();
 }
@@ -182,6 +191,7 @@ void CArchive::Write(const void* data, UINT count) {
   while (count > 0) {
     if (pos_ == buf_.size()) {
       file_->Write(buf_.data(), static_cast<UINT>(pos_));
+      base_ += pos_;
       pos_ = 0;
     }
     size_t n = std::min<size_t>(count, buf_.size() - pos_);
@@ -193,6 +203,7 @@ void CArchive::Write(const void* data, UINT count) {
 }
 
 void CArchive::FillBuffer() {
+  base_ += end_;
   pos_ = 0;
   end_ = file_->Read(buf_.data(), static_cast<UINT>(buf_.size()));
 }

@@ -96,7 +96,15 @@ class CArchive {
   // Close flushes and detaches from the file; later use throws genericException.
   void Close();
 
-  // Write and Read move raw bytes; Read throws endOfFile when fewer than count remain.
+  // GetPosition: bytes read (load) or written (store) through this archive so far: the byte
+  // offset in the file of the next value. BytesLeft: for a loading archive, the bytes the file
+  // still holds after the position (0 when its length is unknown or already passed); readers
+  // bound every count by it before they allocate.
+  std::uint64_t GetPosition() const { return base_ + pos_; }
+  std::uint64_t BytesLeft() const;
+
+  // Write and Read move raw bytes; Read throws endOfFile (with the offset) when fewer than count
+  // remain.
   void Write(const void* data, UINT count);
   void Read(void* data, UINT count);
 
@@ -156,6 +164,7 @@ class CArchive {
   std::vector<std::uint8_t> buf_;
   size_t pos_ = 0;   // next byte to hand out (load) or to fill (store)
   size_t end_ = 0;   // bytes valid in buf_ (load)
+  std::uint64_t base_ = 0;  // file offset of buf_[0]
   bool closed_ = false;
 };
 

@@ -88,10 +88,11 @@ class CQVIS_Design {
   // are left alone.
   virtual void AllDeactiveCmd();
 
+  // Every zoom operation keeps the view inside the zoom range of qvis/coords/zoom_range.h:
+  // one that would leave it does nothing.
   // ZoomIn: zoom by 1.2 about the last mouse world position (it stays under the mouse).
   virtual void ZoomIn();
-  // ZoomOut: zoom by 1/1.2 about the last mouse world position; a zoom that reaches
-  // exactly 0 becomes 1e-8.
+  // ZoomOut: zoom by 1/1.2 about the last mouse world position.
   virtual void ZoomOut();
   // ZoomAll(region): fits the region, widened by (100 - fillPercent)% of its larger side,
   // into width x height pixels; the caller's region is widened too. Returns 0 and changes

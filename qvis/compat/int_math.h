@@ -21,18 +21,20 @@ constexpr int SatMul(int a, int b) { return SaturateToInt(std::int64_t{a} * b); 
 
 // FloorDiv: n / d rounded toward minus infinity (the largest q with q * d <= n for d > 0), for
 // any signs of n and d; d must not be 0, and the quotient must fit T (not INT_MIN / -1).
-// Works for every signed integer type, __int128 included.
-template <class T>
-constexpr T FloorDiv(T n, T d) {
-  T q = n / d;
+// Works for every signed integer type, __int128 included; mixed types divide in the wider.
+template <class N, class D>
+constexpr auto FloorDiv(N n, D d) {
+  using T = decltype(n + d);
+  T q = static_cast<T>(n) / static_cast<T>(d);
   if (n % d != 0 && ((n < 0) != (d < 0))) --q;
   return q;
 }
 
 // CeilDiv: n / d rounded toward plus infinity, under FloorDiv's conditions.
-template <class T>
-constexpr T CeilDiv(T n, T d) {
-  T q = n / d;
+template <class N, class D>
+constexpr auto CeilDiv(N n, D d) {
+  using T = decltype(n + d);
+  T q = static_cast<T>(n) / static_cast<T>(d);
   if (n % d != 0 && ((n < 0) == (d < 0))) ++q;
   return q;
 }

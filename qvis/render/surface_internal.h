@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "qvis/compat/int_math.h"
+
 namespace qvis::render {
 
 // Round shapes built point by point (elliptic regions, translucent arcs and circles) are not
@@ -13,14 +15,11 @@ namespace qvis::render {
 // larger ones only cost time. The plain device calls (Ellipse, Arc) have no such limit.
 constexpr int kMaxBuiltRadius = 1 << 20;
 
-constexpr int Sat(std::int64_t v) {
-  if (v > INT32_MAX) return INT32_MAX;
-  if (v < INT32_MIN) return INT32_MIN;
-  return static_cast<int>(v);
-}
-constexpr int SatAdd(int a, int b) { return Sat(std::int64_t{a} + b); }
-constexpr int SatSub(int a, int b) { return Sat(std::int64_t{a} - b); }
-constexpr int SatMul(int a, int b) { return Sat(std::int64_t{a} * b); }
+// Saturating device arithmetic comes from the one integer-helper header.
+constexpr int Sat(std::int64_t v) { return qvis::SaturateToInt(v); }
+using qvis::SatAdd;
+using qvis::SatMul;
+using qvis::SatSub;
 
 // Mul64 multiplies two unsigned 64-bit values into a 128-bit (hi, lo) pair.
 constexpr void Mul64(std::uint64_t a, std::uint64_t b, std::uint64_t* hi, std::uint64_t* lo) {

@@ -1,5 +1,6 @@
 // End-to-end tests of the drawing window on the headless port: messages in, what the front
 // buffer (the screen) shows and what the design's members hold out.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdint>
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include "qvis/compat/win32_names.h"
+#include "qvis/coords/zoom_range.h"
 #include "qvis/design/design.h"
 #include "qvis/design/design_objects.h"
 #include "qvis/design/render_buffer.h"
@@ -463,6 +465,55 @@ TEST_F(WindowTest, PlusMinusZoomAboutTheMouse) {
   EXPECT_NEAR(c_->m_dZoom, 10.0, 1e-12);
   port_.Char('*');
   EXPECT_NEAR(c_->m_dZoom, 10.0, 1e-12);
+}
+
+// Thousands of wheel notches (and typed "+"/"-") each way stop at the zoom range's limits: the
+// view still maps pixels to finite world points and back, and as many notches the other way
+// as took effect restore the zoom and the point under the cursor.
+TEST_F(WindowTest, ZoomStopsAtItsLimitsAndComesBack) {
+  c_->SetZoom(10.0);
+  c_->SetScreenViewPosition(-10.0, -10.0);
+  const CPoint p(123, 77);
+  const double wx = c_->ScreenXToWorld(p.x);
+  const double wy = c_->ScreenYToWorld(p.y);
+  for (const int delta : {-120, 120}) {  // in, then out
+    int effective = 0;
+    for (int i = 0; i < 3000; ++i) {
+      const double before = c_->m_dZoom;
+      port_.Wheel(delta, p);
+      if (c_->m_dZoom != before) ++effective;
+    }
+    ASSERT_GT(effective, 10);
+    ASSERT_LT(effective, 100) << "the zoom ran on with no limit";
+    EXPECT_TRUE(qvis::ZoomInRange(c_->m_dZoom)) << c_->m_dZoom;
+    const double at_limit = c_->m_dZoom;
+    port_.Wheel(delta, p);
+    EXPECT_EQ(c_->m_dZoom, at_limit) << "a notch at the limit changed the zoom";
+    // The view still maps: every corner pixel is a finite world point that maps back.
+    for (const CPoint q : {CPoint(0, 0), CPoint(399, 299), p}) {
+      const double qx = c_->ScreenXToWorld(q.x), qy = c_->ScreenYToWorld(q.y);
+      ASSERT_TRUE(std::isfinite(qx) && std::isfinite(qy));
+      EXPECT_EQ(c_->WorldXToScreen(qx), q.x);
+      EXPECT_EQ(c_->WorldYToScreen(qy), q.y);
+    }
+    EXPECT_NEAR(c_->ScreenXToWorld(p.x), wx, 1e-6 * std::max(1.0, 1.0 / c_->m_dZoom));
+    for (int i = 0; i < effective; ++i) port_.Wheel(-delta, p);
+    EXPECT_NEAR(c_->m_dZoom, 10.0, 1e-9);
+    // Back where it started to within a thousandth of a pixel (the view's doubles at the floor
+    // carry world positions of 1e10 units, a few millionths of a unit apart).
+    EXPECT_NEAR(c_->ScreenXToWorld(p.x), wx, 1e-3 / c_->m_dZoom);
+    EXPECT_NEAR(c_->ScreenYToWorld(p.y), wy, 1e-3 / c_->m_dZoom);
+    EXPECT_EQ(c_->WorldXToScreen(wx), p.x);
+    EXPECT_EQ(c_->WorldYToScreen(wy), p.y);
+  }
+  // Typed "+" and "-" stop at the same limits.
+  Move(5.0, 5.0);
+  for (int i = 0; i < 2000; ++i) port_.Char('+');
+  EXPECT_TRUE(qvis::ZoomInRange(c_->m_dZoom));
+  EXPECT_GT(c_->m_dZoom * 1.2, qvis::kMaxZoom);
+  for (int i = 0; i < 4000; ++i) port_.Char('-');
+  EXPECT_TRUE(qvis::ZoomInRange(c_->m_dZoom));
+  EXPECT_LT(c_->m_dZoom / 1.2, qvis::kMinZoom);
 }
 
 // A design whose ZoomAll hook counts its calls (the base design does nothing there).

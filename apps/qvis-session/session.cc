@@ -11,6 +11,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "qvis/compat/atomic_file.h"
 #include "qvis/compat/exceptions.h"
 #include "qvis/compat/win32_names.h"
 #include "qvis/design/design.h"
@@ -663,9 +664,8 @@ void Session::Output(const Words& w) {
     d->LoadFromFile(path.c_str());
     Repaint();
   } else if (verb == "list") {
-    std::ofstream out(path, std::ios::trunc);
-    out << document_.Listing();
-    if (!out) throw ScriptError("expected a writable listing path, could not write '" + path + "'");
+    const std::string listing = document_.Listing();
+    qvis::WriteFileAtomically(path, listing.data(), listing.size());  // throws CFileException
     written_.push_back(path);
   }
 }

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string>
 
+#include "qvis/compat/atomic_file.h"
+
 std::string CArchiveException::Describe(int cause, const CString& path) {
   const char* what = "archive error";
   switch (cause) {
@@ -22,26 +24,6 @@ std::string CArchiveException::Describe(int cause, const CString& path) {
   return s;
 }
 
-namespace {
-
-int CauseFromErrno(int err) {
-  switch (err) {
-    case ENOENT: return CFileException::fileNotFound;
-    case ENOTDIR:
-    case ENAMETOOLONG: return CFileException::badPath;
-    case EMFILE:
-    case ENFILE: return CFileException::tooManyOpenFiles;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EISDIR: return CFileException::accessDenied;
-    case ENOSPC: return CFileException::diskFull;
-    default: return CFileException::genericException;
-  }
-}
-
-}  // namespace
-
 CFile::CFile(const char* path, UINT flags) {
   CFileException* error = nullptr;
   if (!Open(path, flags, &error)) {
@@ -53,33 +35,57 @@ CFile::CFile(const char* path, UINT flags) {
 
 CFile::~CFile() {
   if (fp_ != nullptr) std::fclose(fp_);
+  // An AtomicFile that was not committed removes its temporary file: the target stays.
 }
 
 bool CFile::Open(const char* path, UINT flags, CFileException** error) {
-  Close();
-  path_ = CString(path);
-  const char* mode = "rb";
-  const UINT access = flags & 0x3;
-  if (flags & modeCreate) {
-    mode = (flags & modeNoTruncate) ? "ab+" : (access == modeReadWrite ? "wb+" : "wb");
-  } else if (access == modeWrite || access == modeReadWrite) {
-    mode = "rb+";
+  if (fp_ != nullptr) {
+    std::fclose(fp_);
+    fp_ = nullptr;
   }
+  atomic_.reset();  // a file still being written is abandoned, never half-committed
+  append_ = false;
+  path_ = CString(path);
   if (path == nullptr || *path == '\0') {
     if (error) *error = new CFileException(CFileException::badPath, path_, "empty path");
     return false;
   }
-  fp_ = std::fopen(path, mode);
+  const UINT access = flags & 0x3;
+  const bool writing = (flags & modeCreate) || access == modeWrite || access == modeReadWrite;
+  if (writing) {
+    // Truncating create starts empty; every other write mode updates a copy of the file.
+    const bool keep = !(flags & modeCreate) || (flags & modeNoTruncate);
+    try {
+      std::FILE* probe = nullptr;
+      if ((flags & modeCreate) && (flags & modeNoTruncate) &&
+          (probe = std::fopen(path, "rb")) == nullptr) {
+        atomic_ = std::make_unique<qvis::AtomicFile>(path, false);  // create a new one
+      } else {
+        if (probe != nullptr) std::fclose(probe);
+        atomic_ = std::make_unique<qvis::AtomicFile>(path, keep);
+      }
+    } catch (const CFileException& e) {
+      if (error) *error = new CFileException(e);
+      return false;
+    }
+    append_ = (flags & modeCreate) && (flags & modeNoTruncate);
+    return true;
+  }
+  fp_ = std::fopen(path, "rb");
   if (fp_ == nullptr) {
     int err = errno;
-    if (error) *error = new CFileException(CauseFromErrno(err), path_, std::strerror(err));
+    if (error) {
+      *error = new CFileException(qvis::FileCauseFromErrno(err), path_, std::strerror(err));
+    }
     return false;
   }
   return true;
 }
 
 UINT CFile::Read(void* buf, UINT count) {
-  if (fp_ == nullptr || count == 0) return 0;
+  if (count == 0) return 0;
+  if (atomic_ != nullptr) return static_cast<UINT>(atomic_->Read(buf, count));
+  if (fp_ == nullptr) return 0;
   size_t n = std::fread(buf, 1, count, fp_);
   if (n < count && std::ferror(fp_)) {
     throw CFileException(CFileException::hardIO, path_, "read failed");
@@ -88,29 +94,30 @@ UINT CFile::Read(void* buf, UINT count) {
 }
 
 void CFile::Write(const void* buf, UINT count) {
-  if (fp_ == nullptr) throw CFileException(CFileException::genericException, path_, "file not open");
-  if (count != 0 && std::fwrite(buf, 1, count, fp_) != count) {
-    int err = errno;
-    throw CFileException(CauseFromErrno(err), path_, std::strerror(err));
+  if (atomic_ == nullptr) {
+    throw CFileException(CFileException::accessDenied, path_, "file not open for writing");
   }
+  if (count == 0) return;
+  if (append_) atomic_->SeekToEnd();
+  atomic_->Write(buf, count);  // throws, and removes the temporary file, on failure
 }
 
-void CFile::Flush() {
-  if (fp_ != nullptr) std::fflush(fp_);
-}
+void CFile::Flush() {}
 
 void CFile::Close() {
   if (fp_ != nullptr) {
     std::FILE* fp = fp_;
     fp_ = nullptr;
-    if (std::fclose(fp) != 0) {
-      int err = errno;
-      throw CFileException(CauseFromErrno(err), path_, std::strerror(err));
-    }
+    std::fclose(fp);  // read-only: nothing to lose
+  }
+  if (atomic_ != nullptr) {
+    std::unique_ptr<qvis::AtomicFile> file = std::move(atomic_);
+    file->Commit();  // on failure the target keeps its old bytes and the exception says why
   }
 }
 
 std::uint64_t CFile::GetLength() const {
+  if (atomic_ != nullptr) return atomic_->Length();
   if (fp_ == nullptr) return 0;
   long here = std::ftell(fp_);
   if (here < 0 || std::fseek(fp_, 0, SEEK_END) != 0) return 0;
@@ -152,12 +159,21 @@ CArchive::~CArchive() {
 }
 
 void CArchive::Fail(int cause) const {
-  throw CArchiveException(cause, file_ ? file_->GetFilePath() : CString());
+  throw CArchiveException(cause, file_ ? file_->GetFilePath() : CString(),
+                          "at byte " + std::to_string(GetPosition()));
+}
+
+std::uint64_t CArchive::BytesLeft() const {
+  if (file_ == nullptr || !IsLoading()) return 0;
+  const std::uint64_t length = file_->GetLength();
+  const std::uint64_t at = GetPosition();
+  return length > at ? length - at : 0;
 }
 
 void CArchive::Flush() {
   if (closed_ || !IsStoring() || file_ == nullptr) return;
   if (pos_ > 0) file_->Write(buf_.data(), static_cast<UINT>(pos_));
+  base_ += pos_;
   pos_ = 0;
   file_->Flush();
 }
@@ -175,6 +191,7 @@ void CArchive::Write(const void* data, UINT count) {
   while (count > 0) {
     if (pos_ == buf_.size()) {
       file_->Write(buf_.data(), static_cast<UINT>(pos_));
+      base_ += pos_;
       pos_ = 0;
     }
     size_t n = std::min<size_t>(count, buf_.size() - pos_);
@@ -186,6 +203,7 @@ void CArchive::Write(const void* data, UINT count) {
 }
 
 void CArchive::FillBuffer() {
+  base_ += end_;
   pos_ = 0;
   end_ = file_->Read(buf_.data(), static_cast<UINT>(buf_.size()));
 }

@@ -9,14 +9,19 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <vector>
 
+#include "qvis/compat/atomic_file.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/exceptions.h"
 #include "qvis/compat/types.h"
 
 // CFile: a file on disk. Opening failures throw CFileException with the path and the system
 // reason. Read returns the number of bytes read (short at end of file).
+// A file opened for writing is written through qvis::AtomicFile: the bytes go to a temporary
+// file that Close renames over the target. A CFile destroyed without a successful Close, or
+// one whose write failed, leaves the target byte-for-byte as it was.
 class QVIS_API CFile {
  public:
   enum OpenFlags : UINT {
@@ -46,7 +51,9 @@ class QVIS_API CFile {
   CString path_;
 
  private:
-  std::FILE* fp_ = nullptr;
+  std::FILE* fp_ = nullptr;                   // opened for reading only
+  std::unique_ptr<qvis::AtomicFile> atomic_;  // opened for writing
+  bool append_ = false;                       // modeNoTruncate: every write goes to the end
 };
 
 namespace qvis {
@@ -91,7 +98,15 @@ class QVIS_API CArchive {
   // Close flushes and detaches from the file; later use throws genericException.
   void Close();
 
-  // Write and Read move raw bytes; Read throws endOfFile when fewer than count remain.
+  // GetPosition: bytes read (load) or written (store) through this archive so far: the byte
+  // offset in the file of the next value. BytesLeft: for a loading archive, the bytes the file
+  // still holds after the position (0 when its length is unknown or already passed); readers
+  // bound every count by it before they allocate.
+  std::uint64_t GetPosition() const { return base_ + pos_; }
+  std::uint64_t BytesLeft() const;
+
+  // Write and Read move raw bytes; Read throws endOfFile (with the offset) when fewer than count
+  // remain.
   void Write(const void* data, UINT count);
   void Read(void* data, UINT count);
 
@@ -151,6 +166,7 @@ class QVIS_API CArchive {
   std::vector<std::uint8_t> buf_;
   size_t pos_ = 0;   // next byte to hand out (load) or to fill (store)
   size_t end_ = 0;   // bytes valid in buf_ (load)
+  std::uint64_t base_ = 0;  // file offset of buf_[0]
   bool closed_ = false;
 };
 

@@ -47,6 +47,9 @@ class QVIS_API CArchiveException : public CException {
   };
   explicit CArchiveException(int cause, const CString& path = CString())
       : CException(Describe(cause, path)), m_cause(cause), m_strFileName(path) {}
+  // With `detail` (which field, at which byte, what is wrong) appended to the message.
+  CArchiveException(int cause, const CString& path, const std::string& detail)
+      : CException(Describe(cause, path) + ": " + detail), m_cause(cause), m_strFileName(path) {}
   int m_cause;
   CString m_strFileName;
 

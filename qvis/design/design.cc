@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "qvis/coords/zoom_range.h"
 #include "qvis/design/design_objects.h"
 #include "qvis/design/render_buffer.h"
 
@@ -19,9 +20,8 @@ constexpr double kInitViewX = -50.0;
 constexpr double kInitViewY = -50.0;
 constexpr double kInitGrid = 10.0;
 constexpr double kInitSnap = 2.0;
-// Keyboard and menu zoom step, and the floor a zoom-out may reach.
+// Keyboard and menu zoom step.
 constexpr double kZoomStep = 1.2;
-constexpr double kMinZoom = 1e-8;
 // Every drawing command is reset to red when the layer changes.
 constexpr COLORREF kLayerColor = 0x0000FF;
 
@@ -322,21 +322,24 @@ void CQVIS_Design::AllDeactiveCmd() {
   end(m_pSetOriginCmd);
 }
 
+// Every zoom operation runs through qvis::ZoomWithinRange: one that would leave the zoom range
+// (or push the view position past its bound) does nothing.
 void CQVIS_Design::ZoomIn() {
-  CQVIS_Coords* c = m_pCoords;
-  const long sx = c->WorldXToScreen(m_dMouseWorldX);
-  const long sy = c->WorldYToScreen(m_dMouseWorldY);
-  c->ZoomIn(kZoomStep);
-  c->ScreenPointToFixedWorldPoint(sx, sy, m_dMouseWorldX, m_dMouseWorldY);
+  const long sx = m_pCoords->WorldXToScreen(m_dMouseWorldX);
+  const long sy = m_pCoords->WorldYToScreen(m_dMouseWorldY);
+  qvis::ZoomWithinRange(*m_pCoords, [&](CQVIS_Coords& c) {
+    c.ZoomIn(kZoomStep);
+    c.ScreenPointToFixedWorldPoint(sx, sy, m_dMouseWorldX, m_dMouseWorldY);
+  });
 }
 
 void CQVIS_Design::ZoomOut() {
-  CQVIS_Coords* c = m_pCoords;
-  const long sx = c->WorldXToScreen(m_dMouseWorldX);
-  const long sy = c->WorldYToScreen(m_dMouseWorldY);
-  c->ZoomOut(kZoomStep);
-  if (c->m_dZoom == 0.0) c->m_dZoom = kMinZoom;
-  c->ScreenPointToFixedWorldPoint(sx, sy, m_dMouseWorldX, m_dMouseWorldY);
+  const long sx = m_pCoords->WorldXToScreen(m_dMouseWorldX);
+  const long sy = m_pCoords->WorldYToScreen(m_dMouseWorldY);
+  qvis::ZoomWithinRange(*m_pCoords, [&](CQVIS_Coords& c) {
+    c.ZoomOut(kZoomStep);
+    c.ScreenPointToFixedWorldPoint(sx, sy, m_dMouseWorldX, m_dMouseWorldY);
+  });
 }
 
 int CQVIS_Design::ZoomAll(double width, double height, CQVIS_MaxRegionInfo& region,
@@ -349,7 +352,8 @@ int CQVIS_Design::ZoomAll(double width, double height, CQVIS_MaxRegionInfo& regi
   region.m_dMaxX += m;
   region.m_dMaxY += m;
   double x1 = region.m_dMinX, y1 = region.m_dMinY, x2 = region.m_dMaxX, y2 = region.m_dMaxY;
-  m_pCoords->SetScreenZone(x1, y1, x2, y2, width, height);
+  qvis::ZoomWithinRange(*m_pCoords,
+                        [&](CQVIS_Coords& c) { c.SetScreenZone(x1, y1, x2, y2, width, height); });
   return 1;
 }
 
@@ -368,7 +372,9 @@ void CQVIS_Design::ZoomWindow(double width, double height, double x1, double y1,
   min_y -= m;
   max_x += m;
   max_y += m;
-  m_pCoords->SetScreenZone(min_x, min_y, max_x, max_y, width, height);
+  qvis::ZoomWithinRange(*m_pCoords, [&](CQVIS_Coords& c) {
+    c.SetScreenZone(min_x, min_y, max_x, max_y, width, height);
+  });
 }
 
 int CQVIS_Design::operator==(const CQVIS_Design& other) const {

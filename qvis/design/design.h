@@ -90,10 +90,11 @@ class QVIS_API CQVIS_Design {
   // are left alone.
   virtual void AllDeactiveCmd();
 
+  // Every zoom operation keeps the view inside the zoom range of qvis/coords/zoom_range.h:
+  // one that would leave it does nothing.
   // ZoomIn: zoom by 1.2 about the last mouse world position (it stays under the mouse).
   virtual void ZoomIn();
-  // ZoomOut: zoom by 1/1.2 about the last mouse world position; a zoom that reaches
-  // exactly 0 becomes 1e-8.
+  // ZoomOut: zoom by 1/1.2 about the last mouse world position.
   virtual void ZoomOut();
   // ZoomAll(region): fits the region, widened by (100 - fillPercent)% of its larger side,
   // into width x height pixels; the caller's region is widened too. Returns 0 and changes
@@ -114,13 +115,17 @@ class QVIS_API CQVIS_Design {
 
   // Serialize: writes or reads the design record (version, unit, layer, then the extent,
   // surface, grid/snap and cursor records). A stored version below 1 stops the read
-  // right after it; a short stream throws CArchiveException(endOfFile).
+  // right after it. Reading checks every field before it changes anything: a short stream
+  // throws CArchiveException(endOfFile), a bad value CArchiveException(genericException),
+  // each naming the field and byte offset, and the design stays exactly as it was.
   virtual void Serialize(CArchive& ar);
-  // SaveToFile: writes the design file; a file that cannot be created throws
-  // CFileException. Returns 1.
+  // SaveToFile: writes the design file through a temporary file renamed over the old one; a
+  // write that fails (cannot create, disk full, size limit, I/O error) throws CFileException
+  // and leaves the old file byte-for-byte as it was. Returns 1.
   int SaveToFile(CString path);
-  // LoadFromFile: Clear, remember the path, read the design file. A missing file throws
-  // CFileException; a short or damaged one CArchiveException. Returns 1.
+  // LoadFromFile: read and check the design file, then Clear, remember the path and take
+  // its values. A missing file throws CFileException; a short or damaged one
+  // CArchiveException; either way the design is left exactly as it was. Returns 1.
   int LoadFromFile(CString path);
 
   static int m_nVersion;

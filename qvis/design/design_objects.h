@@ -1,5 +1,5 @@
 // Every class the design owns, for the code that reaches into the design's managers and
-// commands (the design itself, the window, hosts and tests). Owner: design/window.
+// commands (the design itself, the window, hosts and tests).
 #ifndef QVIS_DESIGN_DESIGN_OBJECTS_H_
 #define QVIS_DESIGN_DESIGN_OBJECTS_H_
 

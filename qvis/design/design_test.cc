@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "qvis/compat/key_state.h"
+#include "qvis/coords/zoom_range.h"
 #include "qvis/design/design_objects.h"
 
 namespace {
@@ -175,6 +176,38 @@ TEST(DesignTest, ZoomOutNeverReachesZero) {
   d.m_pCoords->m_dZoom = 0.0;  // 0 / 1.2 is exactly 0
   d.ZoomOut();
   EXPECT_EQ(d.m_pCoords->m_dZoom, 1e-8);
+}
+
+// Host zoom operations stop at the zoom range's limits instead of running to infinity, and a
+// zoom box or zoom-all that would leave the range does nothing.
+TEST(DesignTest, HostZoomOperationsStayInsideTheZoomRange) {
+  CQVIS_Design d;
+  CQVIS_Coords* c = d.m_pCoords;
+  d.m_dMouseWorldX = 1.0;
+  d.m_dMouseWorldY = 2.0;
+  for (int i = 0; i < 5000; ++i) d.ZoomIn();
+  EXPECT_LE(c->m_dZoom, qvis::kMaxZoom);
+  EXPECT_GT(c->m_dZoom * 1.2, qvis::kMaxZoom);
+  EXPECT_TRUE(std::isfinite(c->ScreenXToWorld(1000)));
+  for (int i = 0; i < 10000; ++i) d.ZoomOut();
+  EXPECT_GE(c->m_dZoom, qvis::kMinZoom);
+  EXPECT_LT(c->m_dZoom / 1.2, qvis::kMinZoom);
+  EXPECT_TRUE(std::isfinite(c->m_dViewX) && std::isfinite(c->m_dViewY));
+
+  c->SetZoom(10.0);
+  const CQVIS_Coords before(*c);
+  d.ZoomWindow(800, 600, 0.0, 0.0, 1e-9, 1e-9, 0.0);  // a box a billionth wide
+  EXPECT_TRUE(*c == before);
+  CQVIS_MaxRegionInfo tiny;
+  tiny.Put(0.0, 0.0);
+  tiny.Put(1e-12, 1e-12);
+  d.ZoomAll(800, 600, tiny, 100);
+  EXPECT_TRUE(*c == before);
+  CQVIS_MaxRegionInfo huge;
+  huge.Put(-1e300, -1e300);
+  huge.Put(1e300, 1e300);
+  d.ZoomAll(800, 600, huge, 100);
+  EXPECT_TRUE(*c == before);
 }
 
 TEST(DesignTest, ZoomAllRejectsBadInputAndWidensTheRegion) {

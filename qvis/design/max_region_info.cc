@@ -2,6 +2,11 @@
 // list.
 #include "qvis/design/max_region_info.h"
 
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "qvis/coords/unit_mgr.h"
 #include "qvis/geometry/kernel.h"
 
@@ -208,10 +213,15 @@ void CQVIS_MaxRegionInfoDB::Serialize(CArchive& ar) {
     }
     return;
   }
-  DeleteAll();
+  // The list is read into a list of its own and validated; only a whole, valid list replaces
+  // the regions (a damaged one used to leave the host with none).
   DWORD header = 0;
   ar >> header;
-  if ((header & kVersionMask) != 1u) return;
+  if ((header & kVersionMask) != 1u) {
+    DeleteAll();
+    return;
+  }
+  const std::uint64_t count_at = ar.GetPosition();
   long long count = 0;
   if (header & kWideCountFlag) {
     ar >> count;
@@ -220,15 +230,47 @@ void CQVIS_MaxRegionInfoDB::Serialize(CArchive& ar) {
     ar >> narrow;
     count = narrow;
   }
-  // Read element by element, never reserving by the count: a damaged count
-  // (up to 2^63) ends with CArchiveException once the data runs out, after
-  // at most one record per 4 bytes of input.
+  const CString path = ar.GetFile() ? ar.GetFile()->GetFilePath() : CString();
+  auto bad = [&](const char* field, std::uint64_t at, const std::string& why,
+                 int cause = CArchiveException::genericException) {
+    throw CArchiveException(cause, path,
+                            std::string("extent list field '") + field + "' at byte " +
+                                std::to_string(at) + ": " + why);
+  };
+  // Every region record takes at least its 4-byte version: a count the rest of the file
+  // cannot hold is refused before anything is read or allocated.
+  const std::uint64_t most = ar.BytesLeft() / 4;
+  if (count > 0 && static_cast<unsigned long long>(count) > most) {
+    bad("count", count_at,
+        std::to_string(count) + " regions, the file ends after at most " + std::to_string(most),
+        CArchiveException::endOfFile);
+  }
+  std::vector<CQVIS_MaxRegionInfo> regions;
   for (long long i = 0; i < count; ++i) {
+    const std::uint64_t at = ar.GetPosition();
     CQVIS_MaxRegionInfo read;
     read.Serialize(ar);
-    if (read.m_bValid) {
-      Add(read.m_dMinX, read.m_dMinY, read.m_dMaxX, read.m_dMaxY, 0.0);
+    if (!std::isfinite(read.m_dMinX) || !std::isfinite(read.m_dMinY) ||
+        !std::isfinite(read.m_dMaxX) || !std::isfinite(read.m_dMaxY)) {
+      bad("corner", at + 4, "region " + std::to_string(i) + " has a corner that is not finite");
     }
+    if (read.m_bValid != 0 && read.m_bValid != 1) {
+      bad("valid", at + 36, "region " + std::to_string(i) + " has a valid flag other than 0 or 1");
+    }
+    if (read.m_bValid) regions.push_back(read);
+  }
+  CQVIS_MaxRegionInfoDB staged;
+  try {
+    for (const CQVIS_MaxRegionInfo& r : regions) {
+      staged.Add(r.m_dMinX, r.m_dMinY, r.m_dMaxX, r.m_dMaxY, 0.0);
+    }
+    const std::vector<CQVIS_MaxRegionInfo*> old(GetData(), GetData() + GetSize());
+    Copy(staged);  // the last step that can fail: until here the list is untouched
+    staged.RemoveAll();
+    for (CQVIS_MaxRegionInfo* r : old) delete r;
+  } catch (...) {
+    staged.DeleteAll();
+    throw;
   }
 }
 

@@ -108,12 +108,14 @@ class QVIS_API CQVIS_MaxRegionInfoDB
   ~CQVIS_MaxRegionInfoDB() override;
 
   // Serialize writes the header 0x80000001, a 64-bit count and each region's
-  // record. Loading first deletes every region of the list, reads the
-  // header (a version other than 1 stops there), the count (64-bit when bit
-  // 31 of the header is set, else a 4-byte int; a negative count reads
-  // nothing) and then each region, adding the valid ones as by Add. Regions
-  // are read one at a time, so a count larger than the data ends with
-  // CArchiveException (end of file) and the regions read so far kept.
+  // record. Loading reads the header (a version other than 1 empties the list
+  // and stops there), the count (64-bit when bit 31 of the header is set,
+  // else a 4-byte int; a negative count reads nothing) and then each region
+  // into a list of its own; only when every record is whole and valid
+  // (finite corners, a 0/1 valid flag) do its valid regions replace the
+  // list's (deleted). A count larger than the bytes left can hold, a short
+  // or a damaged record throws CArchiveException naming the field and byte
+  // offset, and leaves the list exactly as it was.
   virtual void Serialize(CArchive& ar);
   // operator== returns 1 for the same object or when both lists hold equal
   // regions in the same order, else 0.

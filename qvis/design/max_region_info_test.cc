@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -341,15 +343,54 @@ TEST(MaxRegionInfoDBTest, ListHeaderVariantsAndDamagedData) {
   }
 }
 
-TEST(MaxRegionInfoDBTest, TruncatedListKeepsTheRegionsReadSoFar) {
+// A short or damaged list never costs the host its regions: the list is exactly as it was.
+TEST(MaxRegionInfoDBTest, TruncatedOrDamagedListLeavesTheListAsItWas) {
   const auto full = Bytes({Raw<std::uint32_t>(0x80000001u), Raw<std::int64_t>(2),
                            RegionRecord({0, 0, 2, 2}, 1), RegionRecord({4, 4, 5, 5}, 1)});
+  auto check_untouched = [](CQVIS_MaxRegionInfoDB& db, const std::string& what) {
+    ASSERT_EQ(db.GetSize(), 1) << what;
+    EXPECT_EQ(db[0]->m_dMinX, -7.0) << what;
+    EXPECT_EQ(db[0]->m_dMaxY, 9.0) << what;
+  };
   for (size_t len = 0; len < full.size(); ++len) {
     qvis::MemFile f(std::vector<std::uint8_t>(full.begin(), full.begin() + len));
     CArchive ar(&f, CArchive::load);
     CQVIS_MaxRegionInfoDB db;
-    EXPECT_THROW(db.Serialize(ar), CArchiveException) << len;
-    EXPECT_EQ(db.GetSize(), len >= 12 + 40 ? 1 : 0) << len;
+    db.Add(-7.0, -8.0, 6.0, 9.0, 0.0);
+    try {
+      db.Serialize(ar);
+      ADD_FAILURE() << "no exception at length " << len;
+    } catch (const CArchiveException& e) {
+      EXPECT_EQ(e.m_cause, CArchiveException::endOfFile) << len;
+      EXPECT_NE(std::string(e.what()).find("byte"), std::string::npos) << e.what();
+    }
+    check_untouched(db, "length " + std::to_string(len));
+    db.DeleteAll();
+  }
+  // A corner that is not finite, or a valid flag that is neither 0 nor 1, in the second record.
+  for (int damage = 0; damage < 2; ++damage) {
+    std::vector<std::uint8_t> bytes = full;
+    const size_t second = 12 + 40;
+    if (damage == 0) {
+      const double nan = std::numeric_limits<double>::quiet_NaN();
+      std::memcpy(&bytes[second + 4 + 8], &nan, 8);
+    } else {
+      bytes[second + 36] = 7;
+    }
+    qvis::MemFile f(bytes);
+    CArchive ar(&f, CArchive::load);
+    CQVIS_MaxRegionInfoDB db;
+    db.Add(-7.0, -8.0, 6.0, 9.0, 0.0);
+    try {
+      db.Serialize(ar);
+      ADD_FAILURE() << "damage " << damage << " was accepted";
+    } catch (const CArchiveException& e) {
+      EXPECT_EQ(e.m_cause, CArchiveException::genericException);
+      EXPECT_NE(std::string(e.what()).find("at byte " + std::to_string(second + (damage ? 36 : 4))),
+                std::string::npos)
+          << e.what();
+    }
+    check_untouched(db, "damage " + std::to_string(damage));
     db.DeleteAll();
   }
 }

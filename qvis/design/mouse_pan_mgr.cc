@@ -5,6 +5,7 @@
 #include "qvis/compat/redraw.h"
 #include "qvis/compat/win32_names.h"
 #include "qvis/coords/view_coords.h"
+#include "qvis/coords/zoom_range.h"
 #include "qvis/render/surface.h"
 
 using qvis::RubberBand;
@@ -116,8 +117,8 @@ int CQVIS_MousePanMgr::Scroll(long x, long y, int nMode) {
     dy = -dy;
   }
   if ((nMode == 0 || nMode == 1) && coords) {
-    coords->m_dViewX += dx / coords->m_dZoom;
-    coords->m_dViewY += dy / coords->m_dZoom;
+    coords->m_dViewX = qvis::PanView(coords->m_dViewX, dx / coords->m_dZoom);
+    coords->m_dViewY = qvis::PanView(coords->m_dViewY, dy / coords->m_dZoom);
   }
   if (m_hWnd) qvis::RedrawWindow(m_hWnd, kRedrawNow);
   ++m_nScrollCount;
@@ -130,6 +131,13 @@ void CQVIS_MousePanMgr::ScrollDelta(long dx, long dy) {
   if (dx == 0 && dy == 0) return;
   CQVIS_Coords* coords = Coords();
   if (!coords) return;
-  if (dx != 0) coords->m_dViewX += static_cast<double>(-static_cast<long long>(dx)) / coords->m_dZoom;
-  if (dy != 0) coords->m_dViewY += static_cast<double>(-static_cast<long long>(dy)) / coords->m_dZoom;
+  // Offsets saturate at the view bound instead of running away.
+  if (dx != 0) {
+    coords->m_dViewX = qvis::PanView(
+        coords->m_dViewX, static_cast<double>(-static_cast<long long>(dx)) / coords->m_dZoom);
+  }
+  if (dy != 0) {
+    coords->m_dViewY = qvis::PanView(
+        coords->m_dViewY, static_cast<double>(-static_cast<long long>(dy)) / coords->m_dZoom);
+  }
 }

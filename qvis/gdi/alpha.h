@@ -2,7 +2,6 @@
 // GP_ primitives are made of. Colours are ARGB (0xAARRGGBB); each painted pixel becomes
 // src * a / 255 + dst * (255 - a) / 255 per channel, without anti-aliasing, whatever the DC's
 // ROP2; the DC's clip region applies. Angles are degrees, clockwise from +x (y grows downward).
-// Owner: device layer (gdishapes).
 #ifndef QVIS_GDI_ALPHA_H_
 #define QVIS_GDI_ALPHA_H_
 

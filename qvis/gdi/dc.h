@@ -1,6 +1,6 @@
 // Engine records behind the device layer's handles: pens, brushes, fonts, bitmaps, regions and
 // the device context with its state, path and scratch buffers. Internal to qvis/gdi; the shapes
-// and text code read and draw through these. Owner: gdicore.
+// and text code read and draw through these.
 #ifndef QVIS_GDI_DC_H_
 #define QVIS_GDI_DC_H_
 

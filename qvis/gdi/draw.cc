@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 
+#include "qvis/compat/int_math.h"
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
@@ -463,9 +464,7 @@ IRect BoxOf(int x, int y, std::int64_t w, std::int64_t h) {
     t = b + 1;
     b = std::int64_t{y} + 1;
   }
-  auto c = [](std::int64_t v) {
-    return static_cast<int>(std::clamp<std::int64_t>(v, INT_MIN, INT_MAX));
-  };
+  auto c = [](std::int64_t v) { return SaturateToInt(v); };
   return IRect{c(l), c(t), c(r), c(b)};
 }
 
@@ -506,9 +505,7 @@ BOOL BitBlt(HDC dst, int x, int y, int width, int height, HDC src, int sx, int s
   IRect box = BoxOf(x, y, width, height).Intersect(ClipBox(*dst));
   const BitmapData& sb = *src->bitmap;
   const std::int64_t src_l = -dx, src_t = -dy;  // source (0, 0) in destination coordinates
-  auto c = [](std::int64_t v) {
-    return static_cast<int>(std::clamp<std::int64_t>(v, INT_MIN, INT_MAX));
-  };
+  auto c = [](std::int64_t v) { return SaturateToInt(v); };
   box = box.Intersect(IRect{c(src_l), c(src_t), c(src_l + sb.width), c(src_t + sb.height)});
   if (box.IsEmpty()) return TRUE;
   if (rop3 == 0xCC && sb.bpp == 32 && dst->bitmap->bpp == 32 && ClipRegion(*dst) == nullptr) {

@@ -1,7 +1,6 @@
 // qvis::gdi: the device layer's public API, a portable rendition of the Win32 GDI calls the
 // drawing surface relies on (memory DCs, bitmaps, pens, brushes, fonts, regions, paths, text,
 // blits, enhanced metafiles). Names, argument orders and results follow Win32.
-// Owner: device layer core (gdicore); shapes, paths and text are implemented by their owners.
 //
 // Numeric constants (R2_XORPEN, PS_SOLID, HS_CROSS, SRCCOPY, RGN_AND, ...) are the Win32 macros of
 // qvis/compat/win32_names.h; this header declares none of them so that it can live beside
@@ -213,7 +212,8 @@ struct BitmapView {
 QVIS_API BitmapView BitmapPixels(HBITMAP bitmap);
 
 // WritePng writes a bitmap as an 8-bit RGB PNG (1 bpp as black and white). Returns false when
-// the handle is invalid, the bitmap is empty or the file cannot be written.
+// the handle is invalid or the bitmap is empty; a file that cannot be written throws
+// CFileException and keeps its old bytes.
 QVIS_API bool WritePng(HBITMAP bitmap, const char* path);
 // ReadPng reads a PNG file into a new 32-bpp bitmap (alpha dropped). Missing or damaged
 // files return null.

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "qvis/compat/atomic_file.h"
 #include "qvis/gdi/gdi.h"
 
 namespace qvis::gdi {
@@ -30,9 +31,19 @@ bool WritePngRows(const std::uint32_t* pixels, int width, int height, std::ptrdi
   image.width = static_cast<png_uint_32>(width);
   image.height = static_cast<png_uint_32>(height);
   image.format = PNG_FORMAT_RGB;
-  int ok = png_image_write_to_file(&image, path.c_str(), 0, rgb.data(), 0, nullptr);
+  // Encode in memory first, then write the file in one piece: a failed write leaves the old
+  // file as it was (and throws) instead of a truncated image.
+  png_alloc_size_t size = 0;
+  if (!png_image_write_to_memory(&image, nullptr, &size, 0, rgb.data(), 0, nullptr)) {
+    png_image_free(&image);
+    return false;
+  }
+  std::vector<std::uint8_t> encoded(size);
+  const int ok = png_image_write_to_memory(&image, encoded.data(), &size, 0, rgb.data(), 0, nullptr);
   png_image_free(&image);
-  return ok != 0;
+  if (!ok) return false;
+  WriteFileAtomically(path, encoded.data(), size);
+  return true;
 }
 
 bool WritePngImage(const PixelImage& image, const std::string& path) {

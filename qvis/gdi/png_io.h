@@ -1,6 +1,5 @@
 // PNG encoding and decoding of 0x00RRGGBB pixel buffers: the raw half of WritePng / ReadPng,
 // also used by the golden-image tests and the scene runner, which hold pixels outside bitmaps.
-// Owner: device layer text/metafile/PNG (gditext).
 #ifndef QVIS_GDI_PNG_IO_H_
 #define QVIS_GDI_PNG_IO_H_
 
@@ -30,10 +29,11 @@ struct PixelImage {
 inline constexpr int kMaxPngSide = 16384;
 
 // WritePngRows writes width x height pixels whose rows lie `stride_pixels` apart as an 8-bit RGB
-// PNG. Returns false for an empty image, a null buffer or a file that cannot be written.
+// PNG. Returns false for an empty image or a null buffer. The file is written through
+// qvis::AtomicFile: one that cannot be written throws CFileException and keeps its old bytes.
 QVIS_API bool WritePngRows(const std::uint32_t* pixels, int width, int height, std::ptrdiff_t stride_pixels,
                   const std::string& path);
-// WritePngImage writes a PixelImage; false as WritePngRows.
+// WritePngImage writes a PixelImage; false and exceptions as WritePngRows.
 QVIS_API bool WritePngImage(const PixelImage& image, const std::string& path);
 // ReadPngImage decodes any 8/16-bit grey, RGB, RGBA or palette PNG into 0x00RRGGBB pixels
 // (alpha dropped). A missing, damaged or oversized file returns false and leaves `image` empty.

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "qvis/compat/exceptions.h"
 #include "qvis/gdi/gdi.h"
 
 namespace qvis::gdi {
@@ -76,7 +77,7 @@ TEST(PngIoTest, DegenerateWritesFail) {
   EXPECT_FALSE(WritePngRows(&one, 0, 1, 1, path));
   EXPECT_FALSE(WritePngRows(&one, 1, -1, 1, path));
   EXPECT_FALSE(WritePngRows(&one, 2, 1, 1, path));  // stride shorter than a row
-  EXPECT_FALSE(WritePngRows(&one, 1, 1, 1, "/nonexistent-dir/x.png"));
+  EXPECT_THROW(WritePngRows(&one, 1, 1, 1, "/nonexistent-dir/x.png"), CFileException);
   PixelImage inconsistent;
   inconsistent.width = 4;
   inconsistent.height = 4;  // but no pixels

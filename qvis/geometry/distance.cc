@@ -1,4 +1,4 @@
-// CQVIS_CalcDistance and its operand records. Owner: geometry.
+// CQVIS_CalcDistance and its operand records.
 //
 // The point, line-line, disk-disk and arc-disk measures follow the library's long-standing
 // rules (quirks included, see the header). The other pairs are exact: each stroked shape is

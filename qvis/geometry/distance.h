@@ -1,6 +1,6 @@
 // CQVIS_CalcDistance: clearances between stroked artwork primitives (point, track, ring, disk,
 // arc) with the nearest points, and the operand records with their bounding areas. Stateless;
-// hosts call it directly. Owner: geometry.
+// hosts call it directly.
 //
 // Shapes: a track is the segment stroked with its width (round ends); a ring is the circle's
 // outline stroked with the width (the band r - w/2 .. r + w/2); a disk is everything within

@@ -1,6 +1,6 @@
 // CQVIS_Math: the stateless geometry kernel (comparisons, angles, rotations, line, box and
 // point-on-shape tests, intersections, arc flattening, snapping) that the drawing surface, the
-// commands, the extent regions, the clearance calculator and hosts call. Owner: geometry.
+// commands, the extent regions, the clearance calculator and hosts call.
 //
 // Conventions of every function below:
 //  - Angles are degrees in [0, 360). GetAngle measures counter-clockwise from +x on a plane

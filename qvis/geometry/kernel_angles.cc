@@ -1,4 +1,4 @@
-// CQVIS_Math: comparisons, snapping, roots, angles and rotations. Owner: geometry.
+// CQVIS_Math: comparisons, snapping, roots, angles and rotations.
 #include <cmath>
 
 #include "qvis/geometry/kernel.h"

@@ -1,4 +1,4 @@
-// CQVIS_Math: arc length, arc bounding box and arc flattening. Owner: geometry.
+// CQVIS_Math: arc length, arc bounding box and arc flattening.
 #include <cmath>
 
 #include "qvis/geometry/kernel.h"

@@ -1,4 +1,4 @@
-// CQVIS_Math: intersections of lines, circles and arcs. Owner: geometry.
+// CQVIS_Math: intersections of lines, circles and arcs.
 #include <cmath>
 
 #include "qvis/geometry/kernel.h"

@@ -1,5 +1,4 @@
 // CQVIS_Math: distances, line relations, point and box tests, line-line intersections.
-// Owner: geometry.
 #include <cmath>
 
 #include "qvis/geometry/kernel.h"

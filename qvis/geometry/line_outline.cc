@@ -1,4 +1,4 @@
-// CQVIS_LineOutline and its pieces. Owner: geometry.
+// CQVIS_LineOutline and its pieces.
 #include "qvis/geometry/line_outline.h"
 
 #include <cmath>

@@ -1,7 +1,6 @@
 // CQVIS_LineOutline: the guide outline of a straight track of given width (two side lines at
 // half the width and two half-circle end caps), and the plain pieces EO_Point, EO_Line and
 // EO_Arc that such outlines are made of. The drawing surface draws one while a track is placed.
-// Owner: geometry.
 #ifndef QVIS_GEOMETRY_LINE_OUTLINE_H_
 #define QVIS_GEOMETRY_LINE_OUTLINE_H_
 

@@ -1,4 +1,4 @@
-// Centre of the circle through three points, direction from east. Owner: geometry.
+// Centre of the circle through three points, direction from east.
 #include "qvis/geometry/num_support.h"
 
 #include <cmath>

@@ -1,5 +1,5 @@
 // Small numeric helpers the arc and three-point-circle commands use: the centre of the circle
-// through three points and the direction of a point from a centre. Owner: geometry.
+// through three points and the direction of a point from a centre.
 #ifndef QVIS_GEOMETRY_NUM_SUPPORT_H_
 #define QVIS_GEOMETRY_NUM_SUPPORT_H_
 

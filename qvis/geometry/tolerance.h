@@ -1,6 +1,6 @@
 // Every tolerance and fixed constant of the geometry code, named once with the reason it has the
 // value it has. The values are part of the library's observable behaviour: hosts compare results
-// against them, so none may be "improved". Owner: geometry.
+// against them, so none may be "improved".
 #ifndef QVIS_GEOMETRY_TOLERANCE_H_
 #define QVIS_GEOMETRY_TOLERANCE_H_
 

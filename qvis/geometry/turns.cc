@@ -1,4 +1,4 @@
-// Whole-turn stepping of angles. Owner: geometry.
+// Whole-turn stepping of angles.
 //
 // The literal "while (a < x) a += 360" loops never end for infinities and spin for ages on
 // 1e300, so a distance of more than kTurnLoopLimit is first reduced by fmod (see turns.h).

@@ -1,5 +1,5 @@
 // Whole-turn stepping of angles (repeated +-360) that finishes at once for any input. Internal to
-// the geometry code. Owner: geometry.
+// the geometry code.
 //
 // Where the geometry code departs from a literal loop so that every loop ends promptly for any
 // input (1e300, infinities, NaN), with unchanged results for ordinary input:

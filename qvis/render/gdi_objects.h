@@ -1,7 +1,6 @@
 // CDC, CPen, CBrush, CFont: thin owners of qvis::gdi handles in the shape the drawing surface
 // and its caches speak. A wrapper deletes the object it created when it is destroyed; an object
 // it was only given (a stock object, an attached handle) is never deleted.
-// Owner: render.
 #ifndef QVIS_RENDER_GDI_OBJECTS_H_
 #define QVIS_RENDER_GDI_OBJECTS_H_
 

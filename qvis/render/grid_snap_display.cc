@@ -103,6 +103,59 @@ bool DotSteps(double snap, double segment, double* step, long long* last_index) 
   return true;
 }
 
+// Area: the part of the view a grid or snap pass covers, computed once for both: the zoom and
+// unit factor, the world origin of the area's top-left pixel, the mark rows and columns (over
+// the grid spacing), and the device rectangle the line style spans.
+struct Area {
+  double s = 0, f = 0;    // zoom, unit factor
+  double ox = 0, oy = 0;  // world point of the area's top-left pixel
+  Axis cols, rows;
+  bool has_cols = false, has_rows = false;
+  int l = 0, t = 0, ww = 0, wh = 0;  // line-style extent (see GridArea)
+};
+
+using AxisFn = bool (*)(double origin, double visible, double spacing, double pixels, Axis*);
+
+// MakeArea: false when nothing shows (bad zoom or area, or both spacings below `min_pixels`
+// on screen); else the area with `axis` (GridAxis or SnapAxis) applied over the grid spacing.
+bool MakeArea(const CQVIS_Coords& c, double left, double top, double width, double height,
+              double spacing_x, double spacing_y, int min_pixels, AxisFn axis, Area* a) {
+  a->s = c.m_dZoom;
+  a->f = c.m_dScale;
+  if (!Positive(a->s) || !(width > 0) || !(height > 0)) return false;
+  const int px = qvis::RoundToPixel(spacing_x * a->f * a->s);
+  const int py = qvis::RoundToPixel(spacing_y * a->f * a->s);
+  if (px < min_pixels && py < min_pixels) return false;
+  a->ox = c.m_dViewX + left / a->s;
+  a->oy = c.m_dViewY + top / a->s;
+  a->has_cols = axis(a->ox, width / a->s, c.m_dGridX, width, &a->cols);
+  a->has_rows = axis(a->oy, height / a->s, c.m_dGridY, height, &a->rows);
+  // The line style's far end is the visible world size used as a device length: lines stop
+  // short of the window edge above zoom 1 and run past it below. Kept as hosts know it.
+  a->ww = qvis::TruncToInt32(width / a->s);
+  a->wh = qvis::TruncToInt32(height / a->s);
+  a->l = qvis::TruncToInt32(left);
+  a->t = qvis::TruncToInt32(top);
+  return true;
+}
+
+// AxisLines draws the line style: a horizontal line per row, a vertical one per column.
+template <class Line>
+void AxisLines(const Area& a, CQVIS_GDI& gdi, Line line) {
+  if (a.has_rows) {
+    for (long long j = 0; j < a.rows.count; ++j) {
+      const int dy = gdi.WorldToDeviceY(a.rows.At(j));
+      line(a.l, dy, SatAdd(a.l, a.ww), dy);
+    }
+  }
+  if (a.has_cols) {
+    for (long long i = 0; i < a.cols.count; ++i) {
+      const int dx = gdi.WorldToDeviceX(a.cols.At(i));
+      line(dx, a.t, dx, SatAdd(a.t, a.wh));
+    }
+  }
+}
+
 }  // namespace
 
 int CQVIS_GridSnapMgr::m_nVersion = 1;
@@ -184,122 +237,83 @@ void CQVIS_GridSnapMgr::DrawSnap(long left, long top, long right, long bottom) {
 void CQVIS_GridSnapMgr::GridArea(double left, double top, double width, double height) {
   if (m_nShowGrid == 0 || m_pGDI == nullptr) return;
   const CQVIS_Coords& c = *m_pGDI->GetCoords();
-  const double s = c.m_dZoom, f = c.m_dScale;
-  if (!Positive(s) || !(width > 0) || !(height > 0)) return;
-  const int px = qvis::RoundToPixel(c.m_dGridX * f * s);
-  const int py = qvis::RoundToPixel(c.m_dGridY * f * s);
-  if (px < 20 && py < 20) return;  // the grid shows once either spacing reaches 20 pixels
+  Area a;
+  // The grid shows once either spacing reaches 20 pixels.
+  if (!MakeArea(c, left, top, width, height, c.m_dGridX, c.m_dGridY, 20, GridAxis, &a)) return;
 
   m_pGDI->SetCopyMode(m_hDC);
   m_pGDI->PrepareSolidPen(m_crGridColor, m_hDC);
-
-  const double ox = c.m_dViewX + left / s, oy = c.m_dViewY + top / s;
-  Axis cols, rows;
-  const bool has_cols = GridAxis(ox, width / s, c.m_dGridX, width, &cols);
-  const bool has_rows = GridAxis(oy, height / s, c.m_dGridY, height, &rows);
-  // The line grid's far end is the visible world size used as a device length: lines stop
-  // short of the window edge above zoom 1 and run past it below. Kept as hosts know it.
-  const int ww = qvis::TruncToInt32(width / s), wh = qvis::TruncToInt32(height / s);
-  const int l = qvis::TruncToInt32(left), t = qvis::TruncToInt32(top);
+  auto line = [this](long x1, long y1, long x2, long y2) { DrawLine(x1, y1, x2, y2); };
 
   if (m_nGridStyle == 0) {
-    if (!has_cols || !has_rows) return;
-    for (long long j = 0; j < rows.count; ++j) {
-      const int dy = m_pGDI->WorldToDeviceY(rows.At(j));
-      for (long long i = 0; i < cols.count; ++i) {
-        const int dx = m_pGDI->WorldToDeviceX(cols.At(i));
+    if (!a.has_cols || !a.has_rows) return;
+    for (long long j = 0; j < a.rows.count; ++j) {
+      const int dy = m_pGDI->WorldToDeviceY(a.rows.At(j));
+      for (long long i = 0; i < a.cols.count; ++i) {
+        const int dx = m_pGDI->WorldToDeviceX(a.cols.At(i));
         DrawLine(SatSub(dx, 3), dy, SatAdd(dx, 4), dy);
         DrawLine(dx, SatSub(dy, 3), dx, SatAdd(dy, 4));
       }
     }
   } else if (m_nGridStyle == 1) {
-    if (has_rows) {
-      for (long long j = 0; j < rows.count; ++j) {
-        const int dy = m_pGDI->WorldToDeviceY(rows.At(j));
-        DrawLine(l, dy, SatAdd(l, ww), dy);
-      }
-    }
-    if (has_cols) {
-      for (long long i = 0; i < cols.count; ++i) {
-        const int dx = m_pGDI->WorldToDeviceX(cols.At(i));
-        DrawLine(dx, t, dx, SatAdd(t, wh));
-      }
-    }
+    AxisLines(a, *m_pGDI, line);
   }
 }
 
 void CQVIS_GridSnapMgr::SnapArea(double left, double top, double width, double height) {
   if (m_nShowSnap == 0 || m_pGDI == nullptr) return;
   const CQVIS_Coords& c = *m_pGDI->GetCoords();
-  const double s = c.m_dZoom, f = c.m_dScale;
-  if (!Positive(s) || !(width > 0) || !(height > 0)) return;
-  const int psx = qvis::RoundToPixel(c.m_dSnapX * f * s);
-  const int psy = qvis::RoundToPixel(c.m_dSnapY * f * s);
-  if (psx < 5 && psy < 5) return;  // snap points show once either spacing reaches 5 pixels
+  Area a;
+  // Snap points show once either spacing reaches 5 pixels.
+  if (!MakeArea(c, left, top, width, height, c.m_dSnapX, c.m_dSnapY, 5, SnapAxis, &a)) return;
+  const double s = a.s, f = a.f;
 
   m_pGDI->SetCopyMode(m_hDC);
-  const double ox = c.m_dViewX + left / s, oy = c.m_dViewY + top / s;
-  Axis cols, rows;
-  const bool has_cols = SnapAxis(ox, width / s, c.m_dGridX, width, &cols);
-  const bool has_rows = SnapAxis(oy, height / s, c.m_dGridY, height, &rows);
 
   if (m_nGridStyle == 0) {
-    if (!has_cols || !has_rows) return;
+    if (!a.has_cols || !a.has_rows) return;
     const COLORREF color = m_crSnapColor;
     if (!Positive(f)) return;
     // The world span the view shows, through the unit factor of the mapping.
-    const double view_left = ox / f, view_right = (ox + width / s) / f;
-    const double view_top = oy / f, view_bottom = (oy + height / s) / f;
+    const double view_left = a.ox / f, view_right = (a.ox + width / s) / f;
+    const double view_top = a.oy / f, view_bottom = (a.oy + height / s) / f;
     // Vertical runs: dots below each grid point, down to the next row. Only the indices that
     // fall in the view are visited; dots closer than a pixel would fill the run, so a run
     // whose step maps below one pixel is left out.
     double step = 0;
     long long last = 0;
     if (DotSteps(c.m_dSnapY, c.m_dGridY, &step, &last) && step * f * s >= 1) {
-      for (long long j = 0; j < rows.count; ++j) {
-        const double y = rows.At(j);
+      for (long long j = 0; j < a.rows.count; ++j) {
+        const double y = a.rows.At(j);
         const double k0 = std::fmax(1, std::floor((view_top - y) / step) - 1);
         const double k1 = std::fmin(static_cast<double>(last),
                                     std::ceil((view_bottom - y) / step) + 1);
         for (double k = k0; k <= k1; ++k) {
           const int dy = m_pGDI->WorldToDeviceY(y + k * step);
-          for (long long i = 0; i < cols.count; ++i) {
-            gdi::SetPixel(m_hDC, m_pGDI->WorldToDeviceX(cols.At(i)), dy, color);
+          for (long long i = 0; i < a.cols.count; ++i) {
+            gdi::SetPixel(m_hDC, m_pGDI->WorldToDeviceX(a.cols.At(i)), dy, color);
           }
         }
       }
     }
     // Horizontal runs: dots right of each grid point, up to the next column.
     if (DotSteps(c.m_dSnapX, c.m_dGridX, &step, &last) && step * f * s >= 1) {
-      for (long long i = 0; i < cols.count; ++i) {
-        const double x = cols.At(i);
+      for (long long i = 0; i < a.cols.count; ++i) {
+        const double x = a.cols.At(i);
         const double k0 = std::fmax(1, std::floor((view_left - x) / step) - 1);
         const double k1 = std::fmin(static_cast<double>(last),
                                     std::ceil((view_right - x) / step) + 1);
         for (double k = k0; k <= k1; ++k) {
           const int dx = m_pGDI->WorldToDeviceX(x + k * step);
-          for (long long j = 0; j < rows.count; ++j) {
-            gdi::SetPixel(m_hDC, dx, m_pGDI->WorldToDeviceY(rows.At(j)), color);
+          for (long long j = 0; j < a.rows.count; ++j) {
+            gdi::SetPixel(m_hDC, dx, m_pGDI->WorldToDeviceY(a.rows.At(j)), color);
           }
         }
       }
     }
   } else if (m_nGridStyle == 1) {
     m_pGDI->PrepareSolidPen(m_crSnapColor, m_hDC);
-    const int ww = qvis::TruncToInt32(width / s), wh = qvis::TruncToInt32(height / s);
-    const int l = qvis::TruncToInt32(left), t = qvis::TruncToInt32(top);
-    if (has_rows) {
-      for (long long j = 0; j < rows.count; ++j) {
-        const int dy = m_pGDI->WorldToDeviceY(rows.At(j));
-        DrawLine(l, dy, SatAdd(l, ww), dy);
-      }
-    }
-    if (has_cols) {
-      for (long long i = 0; i < cols.count; ++i) {
-        const int dx = m_pGDI->WorldToDeviceX(cols.At(i));
-        DrawLine(dx, t, dx, SatAdd(t, wh));
-      }
-    }
+    AxisLines(a, *m_pGDI, [this](long x1, long y1, long x2, long y2) { DrawLine(x1, y1, x2, y2); });
   }
 }
 

@@ -1,6 +1,5 @@
 // Test support for the render tests: a memory DC over a 32-bpp bitmap filled with a background
 // colour, with pixel access, ASCII pictures and snapshots. Used only by *_test.cc.
-// Owner: render.
 #ifndef QVIS_RENDER_RENDER_TEST_CANVAS_H_
 #define QVIS_RENDER_RENDER_TEST_CANVAS_H_
 

@@ -1,10 +1,12 @@
 // Small helpers shared by the surface's .cc files: saturating device arithmetic, so that
 // coordinates that already saturated at the 32-bit range never overflow when offset.
-// Owner: render. Not part of the public API.
+// Not part of the public API.
 #ifndef QVIS_RENDER_SURFACE_INTERNAL_H_
 #define QVIS_RENDER_SURFACE_INTERNAL_H_
 
 #include <cstdint>
+
+#include "qvis/compat/int_math.h"
 
 namespace qvis::render {
 
@@ -13,14 +15,11 @@ namespace qvis::render {
 // larger ones only cost time. The plain device calls (Ellipse, Arc) have no such limit.
 constexpr int kMaxBuiltRadius = 1 << 20;
 
-constexpr int Sat(std::int64_t v) {
-  if (v > INT32_MAX) return INT32_MAX;
-  if (v < INT32_MIN) return INT32_MIN;
-  return static_cast<int>(v);
-}
-constexpr int SatAdd(int a, int b) { return Sat(std::int64_t{a} + b); }
-constexpr int SatSub(int a, int b) { return Sat(std::int64_t{a} - b); }
-constexpr int SatMul(int a, int b) { return Sat(std::int64_t{a} * b); }
+// Saturating device arithmetic comes from the one integer-helper header.
+constexpr int Sat(std::int64_t v) { return qvis::SaturateToInt(v); }
+using qvis::SatAdd;
+using qvis::SatMul;
+using qvis::SatSub;
 
 // Mul64 multiplies two unsigned 64-bit values into a 128-bit (hi, lo) pair.
 constexpr void Mul64(std::uint64_t a, std::uint64_t b, std::uint64_t* hi, std::uint64_t* lo) {

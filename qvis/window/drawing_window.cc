@@ -6,6 +6,7 @@
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/redraw.h"
 #include "qvis/compat/win32_names.h"
+#include "qvis/coords/zoom_range.h"
 #include "qvis/design/design.h"
 #include "qvis/design/design_objects.h"
 #include "qvis/design/render_buffer.h"
@@ -304,13 +305,16 @@ BOOL CQVIS_Wnd::OnMouseWheel(UINT /*nFlags*/, short zDelta, CPoint pt) {
   const double wy = c->ScreenYToWorld(p.y);
   const double factor = IsAsyncDown(VK_SHIFT) ? kWheelShiftFactor : kWheelFactor;
   if (zDelta == 0) return static_cast<BOOL>(Default());
-  if (zDelta > 0) {
-    c->ZoomOut(factor);
-  } else {
-    c->ZoomIn(factor);
-  }
-  c->ScreenPointToFixedWorldPoint(p.x, p.y, wx, wy);
-  RedrawNow();
+  // A notch that would take the zoom out of its range does nothing (the view stays usable).
+  const bool zoomed = qvis::ZoomWithinRange(*c, [&](CQVIS_Coords& view) {
+    if (zDelta > 0) {
+      view.ZoomOut(factor);
+    } else {
+      view.ZoomIn(factor);
+    }
+    view.ScreenPointToFixedWorldPoint(p.x, p.y, wx, wy);
+  });
+  if (zoomed) RedrawNow();
   Default();
   return TRUE;
 }
@@ -344,7 +348,8 @@ void CQVIS_Wnd::OnLButtonUp(UINT /*nFlags*/, CPoint point) {
     if (zoom->MouseUp(1, wx, wy) != 0 && !zoom->IsSamePoint()) {
       double x1 = zoom->m_dX1, y1 = zoom->m_dY1, x2 = zoom->m_dX2, y2 = zoom->m_dY2;
       const CSize size = ClientSize();
-      c->SetScreenZone(x1, y1, x2, y2, size.cx, size.cy);
+      qvis::ZoomWithinRange(
+          *c, [&](CQVIS_Coords& view) { view.SetScreenZone(x1, y1, x2, y2, size.cx, size.cy); });
       RedrawNow();
       return;
     }

@@ -1,6 +1,5 @@
 // Enhanced-metafile records: the record numbers the player knows, a bounds-checked reader of
 // the little-endian record stream, and the validated metafile object behind HENHMETAFILE.
-// Owner: gditext.
 #ifndef QVIS_GDI_EMF_EMF_FORMAT_H_
 #define QVIS_GDI_EMF_EMF_FORMAT_H_
 

@@ -1,7 +1,6 @@
 // Blitters: the span sinks that write pixels. One blitter per fill source (solid colour, 8x8
 // pattern, ARGB source-over); the raster operation is chosen once when the blitter is set up,
 // never per pixel. Every blitter also clamps to its bitmap, so no span can write outside it.
-// Owner: gdicore.
 #ifndef QVIS_GDI_RASTER_BLITTER_H_
 #define QVIS_GDI_RASTER_BLITTER_H_
 

@@ -1,5 +1,4 @@
 // Integer device geometry of the raster engine: points and half-open boxes in pixels.
-// Owner: gdicore.
 #ifndef QVIS_GDI_RASTER_GEOM_H_
 #define QVIS_GDI_RASTER_GEOM_H_
 

@@ -9,16 +9,12 @@
 #include <initializer_list>
 #include <optional>
 
+#include "qvis/compat/int_math.h"
+
 namespace qvis::gdi {
 namespace {
 
 __extension__ typedef __int128 i128;  // exact products of 64-bit coordinates
-
-inline std::int64_t FloorDiv(i128 n, i128 d) {
-  i128 q = n / d;
-  if ((n % d) != 0 && ((n < 0) != (d < 0))) --q;
-  return static_cast<std::int64_t>(q);
-}
 
 // Runs collects consecutive pixels into spans and sends them to the on or gap sink.
 class Runs {
@@ -142,10 +138,10 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
   // minor(i) = ceil((2 * (minor0 * n + i * dmin) - n) / (2n)): nearest, ties to the smaller.
   const i128 den = i128{2} * n;
   i128 num = i128{2} * (i128{minor0} * n + i128{i_lo} * dmin) - n;
-  std::int64_t q = FloorDiv(num, den);
+  std::int64_t q = static_cast<std::int64_t>(FloorDiv(num, den));
   std::int64_t r = static_cast<std::int64_t>(num - i128{q} * den);
   const std::int64_t dnum = 2 * dmin;  // |dmin| <= n, so the step is -1, 0 or +1 per pixel
-  const std::int64_t dq = FloorDiv(dnum, den);
+  const std::int64_t dq = static_cast<std::int64_t>(FloorDiv(dnum, den));
   const std::int64_t dr = static_cast<std::int64_t>(dnum - i128{dq} * den);
   const std::int64_t den64 = static_cast<std::int64_t>(den);
 

@@ -1,5 +1,4 @@
 // Cosmetic (1-pixel) line scan converter with the pen styles stepped per pixel.
-// Owner: gdicore.
 #ifndef QVIS_GDI_RASTER_LINE_H_
 #define QVIS_GDI_RASTER_LINE_H_
 

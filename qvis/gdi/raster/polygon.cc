@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <climits>
 
+#include "qvis/compat/int_math.h"
+
 namespace qvis::gdi {
 
 // Active edge lists longer than this are sorted with a stable sort rather than by insertion.
@@ -15,22 +17,6 @@ namespace {
 
 __extension__ typedef __int128 i128;  // exact products of 64-bit coordinates
 
-// FloorDiv / CeilDiv for a positive divisor.
-inline std::int64_t FloorDiv(std::int64_t n, std::int64_t d) {
-  std::int64_t q = n / d;
-  if ((n % d) != 0 && n < 0) --q;
-  return q;
-}
-inline std::int64_t FloorDiv(i128 n, i128 d) {
-  i128 q = n / d;
-  if ((n % d) != 0 && n < 0) --q;
-  return static_cast<std::int64_t>(q);
-}
-inline std::int64_t CeilDiv(std::int64_t n, std::int64_t d) { return -FloorDiv(-n, d); }
-
-inline int ClampInt(std::int64_t v) {
-  return static_cast<int>(std::clamp<std::int64_t>(v, INT_MIN, INT_MAX));
-}
 
 }  // namespace
 
@@ -67,9 +53,9 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
     const i128 dx = b.x - a.x;
     const i128 den = dy * kFixOne;
     const i128 num = i128{a.x} * dy + (i128{top} * kFixOne - a.y) * dx;
-    e.x = FloorDiv(num, den);
+    e.x = static_cast<std::int64_t>(FloorDiv(num, den));
     e.rem = static_cast<std::int64_t>(num - i128{e.x} * den);
-    e.step = FloorDiv(dx * kFixOne, den);
+    e.step = static_cast<std::int64_t>(FloorDiv(dx * kFixOne, den));
     e.rem_step = static_cast<std::int64_t>(dx * kFixOne - i128{e.step} * den);
     e.den = static_cast<std::int64_t>(den);
   }
@@ -154,8 +140,8 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
       if ((winding & mask) == 0) continue;
       const std::int64_t x0 = pixel_x(edges_[static_cast<std::size_t>(active_[i])]);
       const std::int64_t x1 = pixel_x(edges_[static_cast<std::size_t>(active_[i + 1])]);
-      const int l = ClampInt(std::max<std::int64_t>(x0, clip.left));
-      const int r = ClampInt(std::min<std::int64_t>(x1, clip.right));
+      const int l = SaturateToInt(std::max<std::int64_t>(x0, clip.left));
+      const int r = SaturateToInt(std::min<std::int64_t>(x1, clip.right));
       if (l >= r) continue;
       if (rows == 1) {
         batch.Add(y, l, r);

@@ -1,7 +1,6 @@
 // Polygon scan converter: an edge list over integer or fixed-point vertices, walked row by row
 // with the fill rule as a mask on the winding count (ALTERNATE and WINDING share the walker).
 // Only rows and columns inside the clip box are visited, so far-off vertices cost nothing.
-// Owner: gdicore.
 #ifndef QVIS_GDI_RASTER_POLYGON_H_
 #define QVIS_GDI_RASTER_POLYGON_H_
 

@@ -5,12 +5,10 @@
 #include <climits>
 #include <cstdint>
 
+#include "qvis/compat/int_math.h"
+
 namespace qvis::gdi {
 namespace {
-
-int Saturate(std::int64_t v) {
-  return static_cast<int>(std::clamp<std::int64_t>(v, INT_MIN, INT_MAX));
-}
 
 bool Apply(RegionOp op, bool a, bool b) {
   switch (op) {
@@ -194,14 +192,14 @@ void SpanRegion::Offset(int dx, int dy) {
   SpanRegion moved;
   std::vector<int> w;
   for (const Band& b : bands_) {
-    const int top = Saturate(std::int64_t{b.top} + dy);
-    const int bottom = Saturate(std::int64_t{b.bottom} + dy);
+    const int top = SaturateToInt(std::int64_t{b.top} + dy);
+    const int bottom = SaturateToInt(std::int64_t{b.bottom} + dy);
     if (top >= bottom) continue;
     w.clear();
     for (int k = 0; k < b.count; ++k) {
-      const int x0 = Saturate(std::int64_t{walls_[static_cast<std::size_t>(b.first + 2 * k)]} + dx);
+      const int x0 = SaturateToInt(std::int64_t{walls_[static_cast<std::size_t>(b.first + 2 * k)]} + dx);
       const int x1 =
-          Saturate(std::int64_t{walls_[static_cast<std::size_t>(b.first + 2 * k + 1)]} + dx);
+          SaturateToInt(std::int64_t{walls_[static_cast<std::size_t>(b.first + 2 * k + 1)]} + dx);
       if (x0 >= x1) continue;
       if (!w.empty() && w.back() == x0) {
         w.back() = x1;  // two intervals squeezed together at the limit

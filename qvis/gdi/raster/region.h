@@ -1,6 +1,6 @@
 // SpanRegion: the pixel set of a region as sorted y-bands, each band a sorted list of disjoint
 // x-intervals (the same list on every row of the band). Regions, clip regions and the clip
-// wrapper of the blitters are built on it. Owner: gdicore.
+// wrapper of the blitters are built on it.
 #ifndef QVIS_GDI_RASTER_REGION_H_
 #define QVIS_GDI_RASTER_REGION_H_
 

@@ -1,5 +1,5 @@
 // The 16 binary raster operations (R2_BLACK 1 .. R2_WHITE 16) on pixel words, as single values and
-// as whole-span loops chosen once per primitive. Owner: gdicore.
+// as whole-span loops chosen once per primitive.
 #ifndef QVIS_GDI_RASTER_ROP2_H_
 #define QVIS_GDI_RASTER_ROP2_H_
 

@@ -1,6 +1,6 @@
 // Spans and the sinks that consume them. Scan converters turn a primitive into horizontal runs
 // of pixels (y, [x0, x1)) and hand them in batches to a SpanSink; blitters are sinks that write
-// pixels. Owner: gdicore.
+// pixels.
 #ifndef QVIS_GDI_RASTER_SPAN_H_
 #define QVIS_GDI_RASTER_SPAN_H_
 

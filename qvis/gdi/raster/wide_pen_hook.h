@@ -1,5 +1,5 @@
 // The entry from the core's line and polygon calls into the geometric (wide) pen stroker.
-// Owner of the declaration: gdicore; the stroker itself belongs to the shapes code.
+// The core declares it here; the stroker itself lives with the shapes code.
 #ifndef QVIS_GDI_RASTER_WIDE_PEN_HOOK_H_
 #define QVIS_GDI_RASTER_WIDE_PEN_HOOK_H_
 

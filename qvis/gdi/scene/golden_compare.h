@@ -1,5 +1,5 @@
 // Comparison of a rendered image with its reference: counts, the first differing pixels and the
-// agreement measure that golden tests report. Owner: gditext.
+// agreement measure that golden tests report.
 #ifndef QVIS_GDI_SCENE_GOLDEN_COMPARE_H_
 #define QVIS_GDI_SCENE_GOLDEN_COMPARE_H_
 

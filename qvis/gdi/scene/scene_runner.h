@@ -1,7 +1,7 @@
 // The scene runner: draws a small text scene (one GDI call per line: canvas, pen, brush, rop2,
 // line, polygon, regions, paths, text, blits, alpha drawing, checkpoints) through qvis::gdi and
 // returns the pixels. Reference images of the same scenes drawn by real GDI are the device
-// layer's golden fixtures; apps use it to show a scene. Owner: gditext.
+// layer's golden fixtures; apps use it to show a scene.
 #ifndef QVIS_GDI_SCENE_SCENE_RUNNER_H_
 #define QVIS_GDI_SCENE_SCENE_RUNNER_H_
 

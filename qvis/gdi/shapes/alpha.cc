@@ -2,7 +2,6 @@
 // the segment bodies and a disc at every vertex (round caps and round joins at once), with the
 // vertices snapped to whole pixels as the translucent path is filled; the union is filled by
 // winding, so each pixel is blended once.
-// Owner: gdishapes.
 #include "qvis/gdi/alpha.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 // Arc, ArcTo, Pie and Chord: the part of the stepped ellipse ring between two rays, drawn as an
 // open polyline (Arc, ArcTo from the current position) or closed through the centre (Pie) or
 // straight back (Chord), the closed ones filled by winding first.
-// Owner: gdishapes.
 #include <numbers>
 #include <vector>
 

@@ -1,4 +1,4 @@
-// Clip-aware arc flattening. Owner: gdishapes.
+// Clip-aware arc flattening.
 #include "qvis/gdi/shapes/curve_flatten.h"
 
 #include <algorithm>

@@ -2,7 +2,6 @@
 // pixel: pieces that pass near the clip box are split until they lie within a fraction of a
 // pixel of their chords; pieces that stay away from it become single chords, so the number of
 // points follows the visible part of the curve, not its size.
-// Owner: gdishapes.
 #ifndef QVIS_GDI_SHAPES_CURVE_FLATTEN_H_
 #define QVIS_GDI_SHAPES_CURVE_FLATTEN_H_
 

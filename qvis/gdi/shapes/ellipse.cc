@@ -1,6 +1,5 @@
 // Ellipse, RoundRect and CreateEllipticRgn. The outline is the stepped ring of ellipse_geom.h;
 // the interior is the elliptic region of the box one pixel larger, painted before the outline.
-// Owner: gdishapes.
 #include <algorithm>
 #include <climits>
 #include <cmath>

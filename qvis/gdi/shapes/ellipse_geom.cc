@@ -1,5 +1,4 @@
 // Ellipse stepping: an integer midpoint walk over one quarter, mirrored into the other three.
-// Owner: gdishapes.
 #include "qvis/gdi/shapes/ellipse_geom.h"
 
 #include <algorithm>

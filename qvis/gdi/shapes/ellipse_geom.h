@@ -1,7 +1,6 @@
 // Pixel geometry of ellipses as the device layer draws them: the outline ring that Ellipse,
 // Arc, Pie and Chord walk, the choice of the ring's part between two rays, and the rows of
 // elliptic and round-rectangle regions. Integer stepping only; no drawing here.
-// Owner: gdishapes.
 #ifndef QVIS_GDI_SHAPES_ELLIPSE_GEOM_H_
 #define QVIS_GDI_SHAPES_ELLIPSE_GEOM_H_
 

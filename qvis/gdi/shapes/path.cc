@@ -2,7 +2,6 @@
 // path is flattened to integer points figure by figure; filling uses the DC's fill mode over all
 // figures at once, stroking draws each figure as a polyline (closed figures closed) with the
 // selected pen.
-// Owner: gdishapes.
 #include <algorithm>
 #include <cmath>
 #include <numbers>

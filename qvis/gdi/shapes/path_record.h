@@ -1,6 +1,5 @@
 // Recording of curved figures into a DC's open path: ellipses and elliptic arcs become cubic
 // Bezier pieces, pies and chords add their straight sides and close the figure.
-// Owner: gdishapes.
 #ifndef QVIS_GDI_SHAPES_PATH_RECORD_H_
 #define QVIS_GDI_SHAPES_PATH_RECORD_H_
 

@@ -1,4 +1,4 @@
-// Interior-then-outline painting of closed curved shapes. Owner: gdishapes.
+// Interior-then-outline painting of closed curved shapes.
 #include "qvis/gdi/shapes/shape_paint.h"
 
 #include <algorithm>

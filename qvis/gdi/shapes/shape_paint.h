@@ -1,7 +1,6 @@
 // Painting helpers shared by the closed curved shapes (Ellipse, RoundRect, Pie, Chord): an
 // interior given as rows or as a region painted with the brush, then the outline with the pen,
 // so that a wide outline and the interior never paint the same pixel.
-// Owner: gdishapes.
 #ifndef QVIS_GDI_SHAPES_SHAPE_PAINT_H_
 #define QVIS_GDI_SHAPES_SHAPE_PAINT_H_
 

@@ -1,7 +1,6 @@
 // Geometric pen stroker. Pixel centres sit on integer coordinates; a pen of width w covers the
 // band w/2 to each side of the centre line, so an even width gets its extra pixel on the side
 // of the smaller coordinate (the scan converter takes centres on left and top edges).
-// Owner: gdishapes.
 #include "qvis/gdi/shapes/wide_pen.h"
 
 #include <algorithm>

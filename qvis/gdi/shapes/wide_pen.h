@@ -1,7 +1,6 @@
 // Geometric (wide) pen stroking: a polyline becomes a set of consistently oriented polygons
 // (segment bodies, caps, joins) whose union, filled by winding, is the painted outline, so every
 // pixel is painted once. Also the round dot that caps and round joins are made of.
-// Owner: gdishapes.
 #ifndef QVIS_GDI_SHAPES_WIDE_PEN_H_
 #define QVIS_GDI_SHAPES_WIDE_PEN_H_
 

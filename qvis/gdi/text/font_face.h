@@ -1,6 +1,6 @@
 // FontFace: a logical font (LOGFONTA) realised on a system face through fontconfig and FreeType:
 // cell metrics as GDI reports them, integer advances, monochrome glyph masks (rotated by the
-// escapement) and glyph outlines for paths. Owner: gditext.
+// escapement) and glyph outlines for paths.
 #ifndef QVIS_GDI_TEXT_FONT_FACE_H_
 #define QVIS_GDI_TEXT_FONT_FACE_H_
 

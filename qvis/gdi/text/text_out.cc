@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "qvis/compat/int_math.h"
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
@@ -114,7 +115,7 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   std::int64_t pen = 0;
   std::int64_t extent = 0;
   for (int i = 0; i < n; ++i) {
-    t.pen[static_cast<std::size_t>(i)] = static_cast<int>(std::clamp<std::int64_t>(pen, INT32_MIN, INT32_MAX));
+    t.pen[static_cast<std::size_t>(i)] = SaturateToInt(pen);
     // Upright glyphs advance by their hinted widths; turned text is laid out with the
     // extent widths, as the platform does.
     pen += dx != nullptr ? dx[i] : esc == 0 ? face->Advance(text[i]) : face->ExtentAdvance(text[i]);
@@ -249,10 +250,6 @@ std::int64_t TextWidth(FontFace* face, const unsigned char* text, std::size_t n)
   return width;
 }
 
-int Saturate(std::int64_t v) {
-  return static_cast<int>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX));
-}
-
 }  // namespace
 
 BOOL TextOutA(HDC dc, int x, int y, const char* text, int length) {
@@ -292,7 +289,7 @@ BOOL GetTextExtentPointA(HDC dc, const char* text, int length, CSize* size) {
   }
   FontFace* face = FontFace::ForFont(dc->font);
   if (face == nullptr) return FALSE;
-  *size = CSize(Saturate(TextWidth(face, reinterpret_cast<const unsigned char*>(text),
+  *size = CSize(SaturateToInt(TextWidth(face, reinterpret_cast<const unsigned char*>(text),
                                    static_cast<std::size_t>(length))),
                 face->metrics().height);
   return TRUE;
@@ -396,9 +393,9 @@ int DrawTextA(HDC dc, const char* text, int length, CRect* rect, UINT format) {
   const std::int64_t total = static_cast<std::int64_t>(lines.size()) * line_height;
 
   if ((format & DT_CALCRECT) != 0) {
-    rect->right = Saturate(static_cast<std::int64_t>(rect->left) + widest);
-    rect->bottom = Saturate(static_cast<std::int64_t>(rect->top) + total);
-    return Saturate(total);
+    rect->right = SaturateToInt(static_cast<std::int64_t>(rect->left) + widest);
+    rect->bottom = SaturateToInt(static_cast<std::int64_t>(rect->top) + total);
+    return SaturateToInt(total);
   }
 
   std::int64_t top = rect->top;
@@ -422,11 +419,11 @@ int DrawTextA(HDC dc, const char* text, int length, CRect* rect, UINT format) {
     }
     std::int64_t y = top + static_cast<std::int64_t>(i) * line_height;
     if (y > INT32_MAX) break;
-    DrawRun(*dc, Saturate(x), Saturate(y), TA_LEFT | TA_TOP,
+    DrawRun(*dc, SaturateToInt(x), SaturateToInt(y), TA_LEFT | TA_TOP,
             reinterpret_cast<const unsigned char*>(lines[i].data()), static_cast<int>(lines[i].size()),
             nullptr, clip, nullptr);
   }
-  return Saturate(top - rect->top + total);
+  return SaturateToInt(top - rect->top + total);
 }
 
 }  // namespace qvis::gdi

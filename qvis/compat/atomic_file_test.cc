@@ -1,0 +1,242 @@
+// Tests of the atomic file writer and of CFile/CArchive writing through it: writes that fail
+// for real (file-size limit, /dev/full, a folder that refuses new files, a missing folder) leave
+// the old file byte-for-byte as it was, leave no temporary file behind and say why and where.
+#include "qvis/compat/atomic_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "qvis/compat/archive.h"
+#include "qvis/compat/exceptions.h"
+#include "qvis/compat/failing_writes_test_support.h"
+
+namespace {
+
+using qvis::AtomicFile;
+using qvis::WriteFileAtomically;
+using qvis::testing_support::FileSizeLimit;
+using qvis::testing_support::FolderEntries;
+using qvis::testing_support::ReadBytes;
+using qvis::testing_support::RunUnprivileged;
+using qvis::testing_support::WriteBytes;
+
+// Each test gets a fresh folder of its own.
+class AtomicFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = ::testing::TempDir() + "qvis_atomic_" + std::to_string(::getpid()) + "_" +
+           ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::filesystem::remove_all(dir_);
+    std::filesystem::create_directories(dir_);
+  }
+  void TearDown() override {
+    std::filesystem::permissions(dir_, std::filesystem::perms::owner_all);
+    std::filesystem::remove_all(dir_);
+  }
+  std::string Path(const std::string& name) const { return dir_ + "/" + name; }
+
+  // An existing file with recognisable content.
+  std::vector<unsigned char> MakeOld(const std::string& path, size_t size = 300) {
+    std::vector<unsigned char> old(size);
+    for (size_t i = 0; i < size; ++i) old[i] = static_cast<unsigned char>(i * 7 + 3);
+    WriteBytes(path, old);
+    return old;
+  }
+
+  std::string dir_;
+};
+
+std::vector<unsigned char> Payload(size_t size) {
+  std::vector<unsigned char> v(size);
+  for (size_t i = 0; i < size; ++i) v[i] = static_cast<unsigned char>(i * 13 + 1);
+  return v;
+}
+
+TEST_F(AtomicFileTest, ReplacesTheFileWholeAndLeavesNothingElse) {
+  const std::string path = Path("design.qvd");
+  MakeOld(path, 5000);
+  const auto data = Payload(1234);
+  ::chmod(path.c_str(), 0640);
+  WriteFileAtomically(path, data.data(), data.size());
+  EXPECT_EQ(ReadBytes(path), data);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"design.qvd"});
+  struct stat st {};
+  ASSERT_EQ(::stat(path.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0640u) << "the new file keeps the old one's permissions";
+}
+
+TEST_F(AtomicFileTest, AbandonedOrUncommittedWritesKeepTheOldFile) {
+  const std::string path = Path("keep.bin");
+  const auto old = MakeOld(path);
+  {
+    AtomicFile f(path);
+    const auto data = Payload(100);
+    f.Write(data.data(), data.size());
+    EXPECT_FALSE(f.temp_path().empty());
+    EXPECT_EQ(ReadBytes(path), old) << "nothing reaches the target before Commit";
+  }  // destroyed without Commit
+  EXPECT_EQ(ReadBytes(path), old);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"keep.bin"});
+}
+
+TEST_F(AtomicFileTest, FileSizeLimitFailsTheWriteAndKeepsTheOldFile) {
+  const std::string path = Path("limited.bin");
+  const auto old = MakeOld(path);
+  const auto data = Payload(64 * 1024);
+  {
+    FileSizeLimit limit(4096);
+    ASSERT_TRUE(limit.active());
+    try {
+      WriteFileAtomically(path, data.data(), data.size());
+      ADD_FAILURE() << "a write past the file-size limit succeeded";
+    } catch (const CFileException& e) {
+      EXPECT_EQ(e.m_cause, CFileException::diskFull);
+      EXPECT_EQ(e.m_strFileName.str(), path);
+      EXPECT_NE(std::string(e.what()).find(path), std::string::npos) << e.what();
+    }
+  }
+  EXPECT_EQ(ReadBytes(path), old);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"limited.bin"});
+}
+
+TEST_F(AtomicFileTest, ArchiveOverCFileKeepsTheOldFileWhenTheLimitIsHit) {
+  const std::string path = Path("archive.bin");
+  const auto old = MakeOld(path);
+  {
+    FileSizeLimit limit(2048);
+    ASSERT_TRUE(limit.active());
+    EXPECT_THROW(
+        {
+          CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+          CArchive ar(&file, CArchive::store, 512);
+          for (int i = 0; i < 4096; ++i) ar << i;
+          ar.Close();
+          file.Close();
+        },
+        CFileException);
+  }
+  EXPECT_EQ(ReadBytes(path), old);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"archive.bin"});
+}
+
+TEST_F(AtomicFileTest, CFileWithoutCloseNeverReplacesAndCloseDoes) {
+  const std::string path = Path("cfile.bin");
+  const auto old = MakeOld(path);
+  const int v = 0x01020304;
+  {
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    file.Write(&v, sizeof v);
+  }  // an exception unwinding past the file looks like this
+  EXPECT_EQ(ReadBytes(path), old);
+  {
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    file.Write(&v, sizeof v);
+    file.Close();
+  }
+  EXPECT_EQ(ReadBytes(path), (std::vector<unsigned char>{4, 3, 2, 1}));
+  // Updating in place (no truncation) appends to a copy, committed on Close.
+  {
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite);
+    file.Write(&v, sizeof v);
+    file.Close();
+  }
+  EXPECT_EQ(ReadBytes(path), (std::vector<unsigned char>{4, 3, 2, 1, 4, 3, 2, 1}));
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"cfile.bin"});
+}
+
+TEST_F(AtomicFileTest, DevFullFailsWithDiskFullAndStaysADevice) {
+  struct stat before {};
+  if (::stat("/dev/full", &before) != 0 || !S_ISCHR(before.st_mode)) {
+    GTEST_SKIP() << "this system has no /dev/full";
+  }
+  const auto data = Payload(100);
+  try {
+    WriteFileAtomically("/dev/full", data.data(), data.size());
+    ADD_FAILURE() << "a write to /dev/full succeeded";
+  } catch (const CFileException& e) {
+    EXPECT_EQ(e.m_cause, CFileException::diskFull) << e.what();
+    EXPECT_EQ(e.m_strFileName.str(), "/dev/full");
+  }
+  EXPECT_THROW(
+      {
+        CFile file("/dev/full", CFile::modeCreate | CFile::modeWrite);
+        CArchive ar(&file, CArchive::store);
+        ar << 1.0;
+        ar.Close();
+      },
+      CFileException);
+  struct stat after {};
+  ASSERT_EQ(::stat("/dev/full", &after), 0);
+  EXPECT_TRUE(S_ISCHR(after.st_mode)) << "the device was replaced by a file";
+  EXPECT_EQ(after.st_rdev, before.st_rdev);
+}
+
+TEST_F(AtomicFileTest, MissingFolderFailsWithTheCauseAndCreatesNothing) {
+  const std::string path = Path("no/such/folder/x.bin");
+  const auto data = Payload(10);
+  try {
+    WriteFileAtomically(path, data.data(), data.size());
+    ADD_FAILURE() << "a write into a missing folder succeeded";
+  } catch (const CFileException& e) {
+    EXPECT_EQ(e.m_cause, CFileException::fileNotFound) << e.what();
+    EXPECT_EQ(e.m_strFileName.str(), path);
+  }
+  EXPECT_TRUE(FolderEntries(dir_).empty());
+  CFileException* error = nullptr;
+  CFile file;
+  EXPECT_FALSE(file.Open(path.c_str(), CFile::modeCreate | CFile::modeWrite, &error));
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->m_cause, CFileException::fileNotFound);
+  delete error;
+}
+
+// A folder that refuses new files: even where the file itself could be overwritten in place,
+// the write fails and the file keeps its bytes (half-writing it in place is what is prevented).
+TEST_F(AtomicFileTest, ReadOnlyFolderFailsAndKeepsTheOldFile) {
+  const std::string path = Path("locked.bin");
+  const auto old = MakeOld(path);
+  ::chmod(path.c_str(), 0666);
+  ::chmod(dir_.c_str(), 0555);
+  const int code = RunUnprivileged([&] {
+    const auto data = Payload(5000);
+    try {
+      WriteFileAtomically(path, data.data(), data.size());
+    } catch (const CFileException& e) {
+      return e.m_cause == CFileException::accessDenied && e.m_strFileName.str() == path ? 0 : 2;
+    }
+    return 1;
+  });
+  if (code == qvis::testing_support::kCannotDropPrivileges) {
+    GTEST_SKIP() << "cannot run a child as an unprivileged user, and root ignores folder "
+                    "permissions";
+  }
+  EXPECT_EQ(code, 0) << "1: the write succeeded; 2: wrong cause or path; other: child failed";
+  EXPECT_EQ(ReadBytes(path), old);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"locked.bin"});
+}
+
+TEST_F(AtomicFileTest, SymbolicLinkIsFollowedAndKept) {
+  const std::string real = Path("real.bin");
+  const std::string link = Path("link.bin");
+  MakeOld(real);
+  ASSERT_EQ(::symlink("real.bin", link.c_str()), 0);
+  const auto data = Payload(50);
+  WriteFileAtomically(link, data.data(), data.size());
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(ReadBytes(real), data);
+  EXPECT_EQ(FolderEntries(dir_), (std::vector<std::string>{"link.bin", "real.bin"}));
+}
+
+TEST_F(AtomicFileTest, AFolderIsNeverReplaced) {
+  const auto data = Payload(5);
+  EXPECT_THROW(WriteFileAtomically(dir_, data.data(), data.size()), CFileException);
+  EXPECT_TRUE(std::filesystem::is_directory(dir_));
+  EXPECT_THROW(WriteFileAtomically("", data.data(), data.size()), CFileException);
+}
+
+}  // namespace

@@ -1,7 +1,6 @@
 // Start-up and shut-down of the surface's translucent (GP_) drawing path, with a seam that
 // lets a test make the start fail. The surface starts it in its constructor and keeps the
 // token; the GP_ members draw only while at least one start-up is alive.
-// Owner: render.
 #ifndef QVIS_RENDER_ALPHA_STARTUP_H_
 #define QVIS_RENDER_ALPHA_STARTUP_H_
 

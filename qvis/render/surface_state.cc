@@ -1,6 +1,7 @@
 // CQVIS_GDI: state, set-up and tear-down, modes, and the preparation of pens, brushes and fonts.
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "qvis/compat/archive.h"
 #include "qvis/compat/message_box.h"
@@ -87,6 +88,11 @@ void CQVIS_GDI::SetHandles(qvis::HWND hwnd, qvis::HDC drawing, qvis::HDC origin)
   m_hWnd = hwnd;
   m_hDC = drawing;
   m_hOriginDC = origin;
+}
+
+void CQVIS_GDI::SetWindowLink(const qvis::KeyStateSource* keys, qvis::RedrawHandler redraw) {
+  key_states_ = keys;
+  redraw_ = std::move(redraw);
 }
 
 void CQVIS_GDI::InitGDIPlus() {

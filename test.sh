@@ -21,6 +21,15 @@ run_suite() {
 run_suite release -DCMAKE_BUILD_TYPE=Release
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   run_suite asan -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DQVIS_SANITIZE=address;undefined"
+# The multi-window test under ThreadSanitizer: two windows on two threads, each with its own
+# design, share nothing. Only that test binary is built.
+echo "== tsan: configure and build the multi-window test"
+cmake -S . -B build/tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVIS_BUILD_TESTS=ON \
+  -DQVIS_WERROR=${werror} -DQVIS_SANITIZE=thread >/dev/null
+cmake --build build/tsan -j "${jobs}" --target qvis_integration_test
+echo "== tsan: test"
+TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+  build/tsan/tests/qvis_integration_test --gtest_filter='WindowStateTest.*'
 # The archive and metafile readers under libFuzzer, each for a bounded time (about 20 s), when
 # clang is installed; the replay drivers above already run their seed corpora in every build.
 if command -v clang++ >/dev/null 2>&1; then

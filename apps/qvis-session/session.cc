@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <sstream>
 
 #include "qvis/compat/exceptions.h"
@@ -86,8 +87,7 @@ int SessionDesign::ZoomAll(double width, double height, bool /*flag*/, double ma
 }
 
 SessionWindow::SessionWindow(const HostDocument* document) : document_(document) {
-  delete m_pDesign;
-  m_pDesign = new SessionDesign(document);
+  SetDesign(std::make_unique<SessionDesign>(document));
 }
 
 void SessionWindow::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {

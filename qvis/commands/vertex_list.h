@@ -5,6 +5,9 @@
 #ifndef QVIS_COMMANDS_VERTEX_LIST_H_
 #define QVIS_COMMANDS_VERTEX_LIST_H_
 
+#include <memory>
+#include <type_traits>
+
 #include "qvis/commands/construction.h"
 #include "qvis/commands/rubber_band.h"
 #include "qvis/compat/carray.h"
@@ -115,7 +118,10 @@ struct VertexListFlow {
   static void AddPoint(Cmd& c, double x, double y, Make&& make) {
     if (!c.m_pPointList) c.m_pPointList = new typename Owned::List;
     if (Owned::IsLast(c.m_pPointList, x, y)) return;
-    c.m_pPointList->Add(make());
+    // The vertex is held until the list has taken it: a failed Add frees it.
+    std::unique_ptr<std::remove_pointer_t<decltype(make())>> vertex(make());
+    c.m_pPointList->Add(vertex.get());
+    vertex.release();
   }
 
   static int MouseDown(Cmd& c, unsigned flags, double x, double y) {

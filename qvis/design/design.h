@@ -4,6 +4,8 @@
 #ifndef QVIS_DESIGN_DESIGN_H_
 #define QVIS_DESIGN_DESIGN_H_
 
+#include <memory>
+
 #include "qvis/compat/archive.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/design/max_region_info.h"
@@ -153,6 +155,13 @@ class CQVIS_Design {
   CQVIS_DrawPointCmd* m_pSetOriginCmd;
 
  private:
+  // Owned: what this design made (surface, render buffer, managers, commands). The public
+  // pointers above observe these objects; a failed construction frees what it made.
+  struct Owned;
+  struct OwnedDeleter {
+    void operator()(Owned* owned) const;
+  };
+  std::unique_ptr<Owned, OwnedDeleter> owned_;
   // False for a copy made by the copy constructor: it shares, and never deletes, the
   // surface, the buffer and the interaction objects of its source.
   bool owns_objects_ = true;

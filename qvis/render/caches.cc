@@ -1,6 +1,8 @@
 // The pen, brush and font caches of the drawing surface.
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <utility>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/render/object_caches.h"
@@ -153,9 +155,11 @@ CFont* CQVIS_Font::CreateFontA(const CString& face, int height, int escapement, 
   std::memcpy(lf.lfFaceName, m_strFace.GetString(), n);
   lf.lfFaceName[n] = '\0';
 
-  delete m_pFont;
-  m_pFont = new CFont;
-  m_pFont->CreateFontIndirectA(&lf);
+  // The new font is made before the old one goes: a failed allocation leaves the old font
+  // (and no dangling pointer) behind.
+  auto font = std::make_unique<CFont>();
+  font->CreateFontIndirectA(&lf);
+  delete std::exchange(m_pFont, font.release());
   return m_pFont;
 }
 
@@ -183,9 +187,11 @@ CFont* CQVIS_FontMgr::CreateFontA(const CString& face, int height, int escapemen
   if (CFont* found = Find(face, height, escapement, italic, underline, weight, strikeOut)) {
     return found;
   }
-  auto* record = new CQVIS_Font;
-  m_pArrFonts->Add(record);
-  return record->CreateFontA(face, height, escapement, italic, underline, weight, strikeOut);
+  auto record = std::make_unique<CQVIS_Font>();
+  CFont* font = record->CreateFontA(face, height, escapement, italic, underline, weight, strikeOut);
+  m_pArrFonts->Add(record.get());
+  record.release();  // the list owns it now
+  return font;
 }
 
 void CQVIS_FontMgr::Clear() {

@@ -6,6 +6,7 @@
 #define QVIS_RENDER_SURFACE_H_
 
 #include <cstdint>
+#include <memory>
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
@@ -506,6 +507,12 @@ class CQVIS_GDI {
   UINT_PTR m_nGdiplusToken = 0;      // token of the translucent path's start-up
 
  private:
+  // The objects behind m_pCoords and the three caches: owned here, observed through the
+  // public pointers, so that a failed construction frees what it made.
+  std::unique_ptr<CQVIS_Coords> coords_;
+  std::unique_ptr<CQVIS_PenMgr> pen_mgr_;
+  std::unique_ptr<CQVIS_BrushMgr> brush_mgr_;
+  std::unique_ptr<CQVIS_FontMgr> font_mgr_;
   const qvis::KeyStateSource* key_states_ = nullptr;  // the window's port; not owned
   qvis::RedrawHandler redraw_;
 

@@ -3,6 +3,9 @@
 // the design's managers and commands in a fixed order.
 #include "qvis/window/drawing_window.h"
 
+#include <memory>
+#include <utility>
+
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/redraw.h"
 #include "qvis/compat/win32_names.h"
@@ -61,11 +64,20 @@ void StartCommand(CQVIS_Design* design, Cmd* cmd, Setup&& setup) {
 
 }  // namespace
 
-CQVIS_Wnd::CQVIS_Wnd() : m_pDesign(new CQVIS_Design), m_nInitLayerID(1) {}
+CQVIS_Wnd::CQVIS_Wnd()
+    : m_pDesign(nullptr), m_nInitLayerID(1), design_(std::make_unique<CQVIS_Design>()) {
+  m_pDesign = design_.get();
+}
 
 CQVIS_Wnd::~CQVIS_Wnd() {
   if (m_pPort != nullptr) m_pPort->Bind(nullptr);
-  delete m_pDesign;
+  m_pDesign = nullptr;  // design_ deletes it with everything it owns
+}
+
+void CQVIS_Wnd::SetDesign(std::unique_ptr<CQVIS_Design> design) {
+  if (design == nullptr) return;
+  design_ = std::move(design);
+  m_pDesign = design_.get();
 }
 
 BOOL CQVIS_Wnd::Create(qvis::WindowPort* port) {

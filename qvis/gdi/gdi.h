@@ -102,6 +102,9 @@ HGDIOBJ GetStockObject(int index);
 // GetObjectType returns the type of a live object as Win32 numbers it: 1 pen, 2 brush, 6 font,
 // 7 bitmap, 8 region. A null, deleted or made-up handle returns 0.
 DWORD GetObjectType(HGDIOBJ object);
+// IsSelected tells whether a live object is selected into a DC now (a cache keeps such objects).
+// Stock, null, deleted and made-up handles: false.
+bool IsSelected(HGDIOBJ object);
 // GetCurrentPen / GetCurrentBrush / GetCurrentFont / GetCurrentBitmap return what is selected
 // in the DC (null for a null DC).
 HPEN GetCurrentPen(HDC dc);

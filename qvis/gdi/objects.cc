@@ -241,6 +241,14 @@ FontData* AsFont(HGDIOBJ o) { return Checked<FontData>(o, ObjectKind::kFont); }
 BitmapData* AsBitmap(HGDIOBJ o) { return Checked<BitmapData>(o, ObjectKind::kBitmap); }
 RegionData* AsRegion(HGDIOBJ o) { return Checked<RegionData>(o, ObjectKind::kRegion); }
 
+bool IsSelected(HGDIOBJ handle) {
+  if (handle == nullptr) return false;
+  ObjectRegistry& r = ObjectRegistry::Get();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  const ObjectRecord* o = r.Find(handle);
+  return o != nullptr && !o->stock && o->select_count > 0;
+}
+
 DWORD GetObjectType(HGDIOBJ handle) {
   const ObjectRecord* o = Lookup(handle);
   if (o == nullptr) return 0;

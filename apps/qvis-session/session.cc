@@ -649,6 +649,7 @@ void Session::Output(const Words& w) {
     out_ << document_.Listing();
     return;
   }
+  if (!files_allowed_) throw ScriptError("'" + verb + "' reads or writes a file; files are off");
   const std::string path = Resolve(w[1]);
   if (verb == "snapshot") {
     port_->PaintIfNeeded();

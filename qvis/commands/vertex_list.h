@@ -86,10 +86,13 @@ struct VertexListFlow {
   // of losing them), inactive, progress 0, anchor and cursor at the origin.
   static void Init(Cmd& c) {
     c.m_nInfoStep = 0;
+    // Both new lists exist before the old ones go: a failed allocation changes nothing.
+    auto points = std::make_unique<typename Owned::List>();
+    auto backup = std::make_unique<typename Owned::List>();
     Owned::Destroy(c.m_pPointList);
     Owned::Destroy(c.m_pBackupList);
-    c.m_pPointList = new typename Owned::List;
-    c.m_pBackupList = new typename Owned::List;
+    c.m_pPointList = points.release();
+    c.m_pBackupList = backup.release();
     c.m_nActive = 0;
     c.m_dAnchorX = c.m_dAnchorY = 0.0;
     c.m_dCursorX = c.m_dCursorY = 0.0;

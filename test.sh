@@ -28,15 +28,26 @@ bash scripts/consumer_test.sh build/release
 echo "== consumer: passed in $((SECONDS - consumer_start)) s"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   run_suite asan -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DQVIS_SANITIZE=address;undefined"
-# The archive and metafile readers under libFuzzer, each for a bounded time (about 20 s), when
-# clang is installed; the replay drivers above already run their seed corpora in every build.
+# The multi-window test under ThreadSanitizer: two windows on two threads, each with its own
+# design, share nothing. Only that test binary is built.
+echo "== tsan: configure and build the multi-window test"
+cmake -S . -B build/tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVIS_BUILD_TESTS=ON \
+  -DQVIS_WERROR=${werror} -DQVIS_SANITIZE=thread >/dev/null
+cmake --build build/tsan -j "${jobs}" --target qvis_integration_test
+echo "== tsan: test"
+TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+  build/tsan/tests/qvis_integration_test --gtest_filter='WindowStateTest.*'
+# Every reader under libFuzzer (archive records, design file, metafile, session script), each
+# for a bounded time (about 20 s), when clang is installed; the replay drivers above already
+# run their seed corpora in every build. scripts/fuzz.sh SECONDS runs them for longer.
 if command -v clang++ >/dev/null 2>&1; then
   echo "== fuzz: configure and build"
   CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DQVIS_BUILD_TESTS=ON -DQVIS_BUILD_FUZZ=ON >/dev/null
-  cmake --build build/fuzz -j "${jobs}" --target archive_fuzz design_file_fuzz emf_fuzz
+  cmake --build build/fuzz -j "${jobs}" --target archive_fuzz design_file_fuzz emf_fuzz \
+    session_script_fuzz
   echo "== fuzz: test"
-  ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf)_fuzz$'
+  ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf|session_script)_fuzz$'
 else
   echo "== fuzz: skipped (clang++ is not installed; the seed replays ran in both suites)"
 fi

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -534,8 +535,9 @@ class CountingDesign : public CQVIS_Design {
 class CountingWindow : public CQVIS_Wnd {
  public:
   CountingWindow() {
-    delete m_pDesign;
-    m_pDesign = design = new CountingDesign;
+    auto counting = std::make_unique<CountingDesign>();
+    design = counting.get();
+    SetDesign(std::move(counting));
   }
   CountingDesign* design;
 };

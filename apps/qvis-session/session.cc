@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <sstream>
 
 #include "qvis/compat/atomic_file.h"
@@ -87,8 +88,7 @@ int SessionDesign::ZoomAll(double width, double height, bool /*flag*/, double ma
 }
 
 SessionWindow::SessionWindow(const HostDocument* document) : document_(document) {
-  delete m_pDesign;
-  m_pDesign = new SessionDesign(document);
+  SetDesign(std::make_unique<SessionDesign>(document));
 }
 
 void SessionWindow::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
@@ -650,6 +650,7 @@ void Session::Output(const Words& w) {
     out_ << document_.Listing();
     return;
   }
+  if (!files_allowed_) throw ScriptError("'" + verb + "' reads or writes a file; files are off");
   const std::string path = Resolve(w[1]);
   if (verb == "snapshot") {
     port_->PaintIfNeeded();

@@ -79,6 +79,10 @@ class Session {
   int RunScript(const std::string& text, const std::string& name, std::ostream& err);
   // RunLine: one line; throws ScriptError for a line that cannot run.
   void RunLine(const std::string& line);
+  // AllowFiles: with false, the lines that read or write a file (snapshot, save, load, list to a
+  // file) are refused as ScriptError instead of touching the file system; the fuzz target runs
+  // untrusted scripts so. On by default.
+  void AllowFiles(bool allow) { files_allowed_ = allow; }
 
   HeadlessPort& port() { return *port_; }
   SessionWindow& window() { return *window_; }
@@ -118,6 +122,7 @@ class Session {
   std::map<std::string, CommandSettings> settings_;  // by command name
   std::string command_ = "select";
   std::vector<std::string> written_;
+  bool files_allowed_ = true;
 };
 
 }  // namespace qvis::session

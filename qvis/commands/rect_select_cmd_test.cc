@@ -64,7 +64,7 @@ class SelectCmdTest : public ::testing::Test {
  protected:
   Canvas canvas{120, 100, 4.0};
   testing::Pixels background = canvas.Snapshot();
-  testing::Buttons buttons;
+  testing::Buttons buttons{canvas.surface()};
   CQVIS_DrawSelectCmd select{canvas.surface()};
   int Changed() const { return Canvas::CountDiff(canvas.Snapshot(), background); }
 };

@@ -3,11 +3,16 @@
 #include "qvis/commands/rubber_band.h"
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/win32_names.h"
+#include "qvis/render/surface.h"
 
 using qvis::RubberBand;
 
 namespace {
-bool LeftButtonHeld() { return (qvis::GetAsyncKeyState(VK_LBUTTON) & 0x8000) != 0; }
+// LeftButtonHeld: whether the left button is held now in the window the surface is shown in.
+bool LeftButtonHeld(const CQVIS_GDI* surface) {
+  const qvis::KeyStateSource* keys = surface != nullptr ? surface->GetKeyStates() : nullptr;
+  return (qvis::GetAsyncKeyState(keys, VK_LBUTTON) & 0x8000) != 0;
+}
 }  // namespace
 
 CQVIS_DrawSelectCmd::CQVIS_DrawSelectCmd(CQVIS_GDI* pSurface) : m_pSurface(pSurface) { Init(); }
@@ -60,7 +65,7 @@ int CQVIS_DrawSelectCmd::MouseDown(unsigned int nFlags, double x, double y) {
 }
 
 int CQVIS_DrawSelectCmd::MouseMove(double x, double y) {
-  if (!m_nActive || !LeftButtonHeld()) return qvis::kNotHandled;
+  if (!m_nActive || !LeftButtonHeld(m_pSurface)) return qvis::kNotHandled;
   RubberBand::DragBox(*this, x, y);
   return qvis::kHandled;
 }

@@ -96,12 +96,17 @@ class Canvas {
   std::unique_ptr<CQVIS_GDI> surface_;
 };
 
-// Buttons: a key-state source whose left and right buttons tests press and release. Installs
-// itself for its lifetime.
+// Buttons: a key-state source whose left and right buttons tests press and release. Given a
+// surface, it is that surface's window key state for its lifetime (the surface must outlive it).
 class Buttons : public KeyStateSource {
  public:
-  Buttons() : previous_(SetKeyStateSource(this)) {}
-  ~Buttons() override { SetKeyStateSource(previous_); }
+  Buttons() = default;
+  explicit Buttons(CQVIS_GDI* surface) : surface_(surface) {
+    surface_->SetWindowLink(this, surface_->GetRedrawHandler());
+  }
+  ~Buttons() override {
+    if (surface_ != nullptr) surface_->SetWindowLink(nullptr, surface_->GetRedrawHandler());
+  }
   Buttons(const Buttons&) = delete;
   Buttons& operator=(const Buttons&) = delete;
 
@@ -113,7 +118,7 @@ class Buttons : public KeyStateSource {
 
  private:
   bool Down(int vk) const { return (vk == VK_LBUTTON && left) || (vk == VK_RBUTTON && right); }
-  KeyStateSource* previous_;
+  CQVIS_GDI* surface_ = nullptr;
 };
 
 }  // namespace qvis::testing

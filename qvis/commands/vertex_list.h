@@ -5,6 +5,9 @@
 #ifndef QVIS_COMMANDS_VERTEX_LIST_H_
 #define QVIS_COMMANDS_VERTEX_LIST_H_
 
+#include <memory>
+#include <type_traits>
+
 #include "qvis/commands/construction.h"
 #include "qvis/commands/rubber_band.h"
 #include "qvis/compat/carray.h"
@@ -83,10 +86,13 @@ struct VertexListFlow {
   // of losing them), inactive, progress 0, anchor and cursor at the origin.
   static void Init(Cmd& c) {
     c.m_nInfoStep = 0;
+    // Both new lists exist before the old ones go: a failed allocation changes nothing.
+    auto points = std::make_unique<typename Owned::List>();
+    auto backup = std::make_unique<typename Owned::List>();
     Owned::Destroy(c.m_pPointList);
     Owned::Destroy(c.m_pBackupList);
-    c.m_pPointList = new typename Owned::List;
-    c.m_pBackupList = new typename Owned::List;
+    c.m_pPointList = points.release();
+    c.m_pBackupList = backup.release();
     c.m_nActive = 0;
     c.m_dAnchorX = c.m_dAnchorY = 0.0;
     c.m_dCursorX = c.m_dCursorY = 0.0;
@@ -115,7 +121,10 @@ struct VertexListFlow {
   static void AddPoint(Cmd& c, double x, double y, Make&& make) {
     if (!c.m_pPointList) c.m_pPointList = new typename Owned::List;
     if (Owned::IsLast(c.m_pPointList, x, y)) return;
-    c.m_pPointList->Add(make());
+    // The vertex is held until the list has taken it: a failed Add frees it.
+    std::unique_ptr<std::remove_pointer_t<decltype(make())>> vertex(make());
+    c.m_pPointList->Add(vertex.get());
+    vertex.release();
   }
 
   static int MouseDown(Cmd& c, unsigned flags, double x, double y) {

@@ -225,7 +225,9 @@ TEST(XorConventionTest, RectangleCommandRestoresBackground) {
 TEST(XorConventionTest, SelectCommandRestoresBackground) {
   testing::Buttons buttons;
   CheckRestores<CQVIS_DrawSelectCmd>(
-      "select", nullptr, [&](CQVIS_DrawSelectCmd& c, Rng& rng, Harness&) {
+      "select",
+      [&](CQVIS_DrawSelectCmd& c) { c.m_pSurface->SetWindowLink(&buttons, nullptr); },
+      [&](CQVIS_DrawSelectCmd& c, Rng& rng, Harness&) {
         if (rng.Chance(0.4)) {
           buttons.left = rng.Chance(0.7);
         } else if (rng.Chance(0.3)) {

@@ -13,6 +13,7 @@
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/message_box.h"
+#include "qvis/compat/redraw.h"
 #include "qvis/compat/win32_names.h"
 
 namespace {
@@ -222,14 +223,25 @@ class FakeKeys : public qvis::KeyStateSource {
   short AsyncKeyState(int vk) const override { return vk == VK_LBUTTON ? short(0x8000) : 0; }
 };
 
-TEST(PlatformHooksTest, KeyStateAndMessageBoxGoThroughTheInstalledHooks) {
-  EXPECT_EQ(qvis::GetKeyState(VK_SHIFT), 0);
+TEST(PlatformHooksTest, KeyStateAsksTheGivenSourceAndMessageBoxTheHook) {
+  EXPECT_EQ(qvis::GetKeyState(nullptr, VK_SHIFT), 0);
+  EXPECT_EQ(qvis::GetAsyncKeyState(nullptr, VK_LBUTTON), 0);
   FakeKeys keys;
-  qvis::KeyStateSource* old = qvis::SetKeyStateSource(&keys);
-  EXPECT_NE(qvis::GetKeyState(VK_SHIFT) & 0x8000, 0);
-  EXPECT_EQ(qvis::GetKeyState(VK_CONTROL), 0);
-  EXPECT_NE(qvis::GetAsyncKeyState(VK_LBUTTON) & 0x8000, 0);
-  qvis::SetKeyStateSource(old);
+  EXPECT_NE(qvis::GetKeyState(&keys, VK_SHIFT) & 0x8000, 0);
+  EXPECT_EQ(qvis::GetKeyState(&keys, VK_CONTROL), 0);
+  EXPECT_NE(qvis::GetAsyncKeyState(&keys, VK_LBUTTON) & 0x8000, 0);
+  EXPECT_EQ(qvis::GetAsyncKeyState(&keys, VK_SHIFT), 0);
+
+  int redraws = 0;
+  const qvis::RedrawHandler redraw = [&](qvis::HWND, UINT flags) {
+    redraws += static_cast<int>(flags);
+    return TRUE;
+  };
+  const qvis::HWND some_window = reinterpret_cast<qvis::HWND>(&keys);  // compared with null only
+  EXPECT_EQ(qvis::RedrawWindow(redraw, nullptr, 1), 0);
+  EXPECT_EQ(qvis::RedrawWindow(qvis::RedrawHandler(), some_window, 1), 0);
+  EXPECT_EQ(qvis::RedrawWindow(redraw, some_window, 0x105), TRUE);
+  EXPECT_EQ(redraws, 0x105);
 
   std::string seen;
   auto prev = qvis::SetMessageBoxHandler([&](const char* t) { seen = t; return IDOK; });

@@ -1,5 +1,6 @@
-// Keyboard and mouse-button state as the active window port keeps it. The zoom box, the select
-// command and the mouse pan ask whether a button or key is held; the port (or a test) answers.
+// Keyboard and mouse-button state as a window port keeps it. The zoom box, the select command
+// and the mouse pan ask whether a button is held in the window they are shown in; each port
+// (or a test) answers for its own window. Nothing here is process-wide.
 #ifndef QVIS_COMPAT_KEY_STATE_H_
 #define QVIS_COMPAT_KEY_STATE_H_
 
@@ -7,7 +8,7 @@
 
 namespace qvis {
 
-// KeyStateSource: what a window port implements to answer key-state questions.
+// KeyStateSource: what a window port implements to answer key-state questions for its window.
 class QVIS_API KeyStateSource {
  public:
   virtual ~KeyStateSource() = default;
@@ -18,14 +19,14 @@ class QVIS_API KeyStateSource {
   virtual short AsyncKeyState(int virtual_key) const = 0;
 };
 
-// SetKeyStateSource installs the source that answers; null restores "nothing is down".
-// Returns the previous source. Not thread-safe: everything runs on the window's thread.
-QVIS_API KeyStateSource* SetKeyStateSource(KeyStateSource* source);
-QVIS_API KeyStateSource* GetKeyStateSource();
-
-// GetKeyState and GetAsyncKeyState ask the installed source; with none, every key is up (0).
-QVIS_API short GetKeyState(int virtual_key);
-QVIS_API short GetAsyncKeyState(int virtual_key);
+// GetKeyState and GetAsyncKeyState ask `source`, the key state of one window; a null source
+// (no window) answers that every key is up (0).
+inline short GetKeyState(const KeyStateSource* source, int virtual_key) {
+  return source != nullptr ? source->KeyState(virtual_key) : 0;
+}
+inline short GetAsyncKeyState(const KeyStateSource* source, int virtual_key) {
+  return source != nullptr ? source->AsyncKeyState(virtual_key) : 0;
+}
 
 }  // namespace qvis
 

@@ -1,5 +1,6 @@
-// The one user-visible message of the library goes through this hook, so a window port can show
-// it in its own message box and a test can catch it. With no handler the text goes to stderr.
+// The one user-visible message of the library goes through this hook, so a host can show it in
+// its own message box and a test can catch it. With no handler the text goes to stderr. The hook
+// is the host's and process-wide (it is not a window's); setting and showing are thread-safe.
 #ifndef QVIS_COMPAT_MESSAGE_BOX_H_
 #define QVIS_COMPAT_MESSAGE_BOX_H_
 

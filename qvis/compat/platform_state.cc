@@ -1,37 +1,38 @@
-// Process-wide hooks of the compat layer: the key-state source and the message box handler.
+// The host's message box hook: the one process-wide setting of the compat layer. It is guarded,
+// so that windows on different threads may show a message while the host swaps the handler.
 #include <cstdio>
+#include <mutex>
 #include <utility>
 
-#include "qvis/compat/key_state.h"
 #include "qvis/compat/message_box.h"
 
 namespace qvis {
 namespace {
-KeyStateSource* g_key_source = nullptr;
-MessageBoxHandler& Handler() {
-  static MessageBoxHandler handler;
-  return handler;
+struct MessageBoxHook {
+  std::mutex mutex;
+  MessageBoxHandler handler;
+};
+MessageBoxHook& Hook() {
+  static MessageBoxHook hook;
+  return hook;
 }
 }  // namespace
 
-KeyStateSource* SetKeyStateSource(KeyStateSource* source) {
-  return std::exchange(g_key_source, source);
-}
-KeyStateSource* GetKeyStateSource() { return g_key_source; }
-
-short GetKeyState(int virtual_key) {
-  return g_key_source ? g_key_source->KeyState(virtual_key) : 0;
-}
-short GetAsyncKeyState(int virtual_key) {
-  return g_key_source ? g_key_source->AsyncKeyState(virtual_key) : 0;
-}
-
 MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler) {
-  return std::exchange(Handler(), std::move(handler));
+  MessageBoxHook& hook = Hook();
+  std::lock_guard<std::mutex> lock(hook.mutex);
+  return std::exchange(hook.handler, std::move(handler));
 }
 
 int ShowMessageBox(const char* text) {
-  if (Handler()) return Handler()(text ? text : "");
+  MessageBoxHandler handler;
+  {
+    MessageBoxHook& hook = Hook();
+    std::lock_guard<std::mutex> lock(hook.mutex);
+    handler = hook.handler;
+  }
+  // The handler runs outside the lock: it may show a modal box or set another handler.
+  if (handler) return handler(text ? text : "");
   std::fprintf(stderr, "%s\n", text ? text : "");
   return 1;
 }

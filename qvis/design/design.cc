@@ -3,6 +3,8 @@
 #include "qvis/design/design.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "qvis/coords/zoom_range.h"
 #include "qvis/design/design_objects.h"
@@ -25,13 +27,48 @@ constexpr double kZoomStep = 1.2;
 // Every drawing command is reset to red when the layer changes.
 constexpr COLORREF kLayerColor = 0x0000FF;
 
+// Make creates the object behind `observer` when there is none yet: owned by `owner`.
+template <class T, class... Args>
+void Make(std::unique_ptr<T>& owner, T*& observer, Args&&... args) {
+  if (observer != nullptr) return;
+  owner = std::make_unique<T>(std::forward<Args>(args)...);
+  observer = owner.get();
+}
+
+// Drop forgets the observer and destroys what the design made for it.
 template <class T>
-void DeleteAndNull(T*& p) {
-  delete p;
-  p = nullptr;
+void Drop(std::unique_ptr<T>& owner, T*& observer) {
+  observer = nullptr;
+  owner.reset();
 }
 
 }  // namespace
+
+// The surface and the buffer come first, so that the interaction objects, which draw on them,
+// are destroyed before them.
+struct CQVIS_Design::Owned {
+  std::unique_ptr<CQVIS_GDI> surface;
+  std::unique_ptr<qvis::RenderBuffer> render_buffer;
+  std::unique_ptr<CQVIS_GridSnapMgr> grid_snap;
+  std::unique_ptr<CQVIS_ZoomMgr> zoom;
+  std::unique_ptr<CQVIS_MousePanMgr> mouse_pan;
+  std::unique_ptr<CQVIS_CursorMgr> cursor;
+  std::unique_ptr<CQVIS_DrawSelectCmd> select;
+  std::unique_ptr<CQVIS_DrawLineCmd> line;
+  std::unique_ptr<CQVIS_DrawCircleCmd> circle;
+  std::unique_ptr<CQVIS_Draw3PCircleCmd> circle3p;
+  std::unique_ptr<CQVIS_DrawArcCmd> arc;
+  std::unique_ptr<CQVIS_DrawFlashCircleCmd> flash_circle;
+  std::unique_ptr<CQVIS_DrawFlashRectCmd> flash_rect;
+  std::unique_ptr<CQVIS_DrawRectCmd> rect;
+  std::unique_ptr<CQVIS_DrawPolygonCmd> polygon;
+  std::unique_ptr<CQVIS_DrawFlashObroundCmd> flash_obround;
+  std::unique_ptr<CQVIS_DrawFlashPolygonCmd> flash_polygon;
+  std::unique_ptr<CQVIS_DrawSelectCmd> capture;
+  std::unique_ptr<CQVIS_DrawPointCmd> set_origin;
+};
+
+void CQVIS_Design::OwnedDeleter::operator()(Owned* owned) const { delete owned; }
 
 CQVIS_Design::CQVIS_Design()
     : m_nUnit(kUnitMm),
@@ -40,9 +77,9 @@ CQVIS_Design::CQVIS_Design()
       m_dMouseWorldY(0.0),
       m_nMouseScreenX(0),
       m_nMouseScreenY(0),
-      m_pSurface(new CQVIS_GDI),
+      m_pSurface(nullptr),
       m_pCoords(nullptr),
-      m_pRenderBuffer(new qvis::RenderBuffer),
+      m_pRenderBuffer(nullptr),
       m_pGridSnapMgr(nullptr),
       m_pZoomMgr(nullptr),
       m_pMousePanMgr(nullptr),
@@ -59,7 +96,10 @@ CQVIS_Design::CQVIS_Design()
       m_pDrawFlashObroundCmd(nullptr),
       m_pDrawFlashPolygonCmd(nullptr),
       m_pCaptureCmd(nullptr),
-      m_pSetOriginCmd(nullptr) {
+      m_pSetOriginCmd(nullptr),
+      owned_(new Owned) {
+  Make(owned_->surface, m_pSurface);
+  Make(owned_->render_buffer, m_pRenderBuffer);
   m_pCoords = m_pSurface->GetCoords();
   Init();
 }
@@ -101,31 +141,31 @@ CQVIS_Design& CQVIS_Design::operator=(const CQVIS_Design& other) {
 }
 
 CQVIS_Design::~CQVIS_Design() {
-  if (!owns_objects_) return;
   Release();
-  delete m_pRenderBuffer;
-  delete m_pSurface;
+  // owned_ goes last: the surface and the buffer (and whatever a copy made for itself).
 }
 
 void CQVIS_Design::Init() {
   CQVIS_GDI* s = m_pSurface;
-  if (!m_pGridSnapMgr) m_pGridSnapMgr = new CQVIS_GridSnapMgr(s);
-  if (!m_pZoomMgr) m_pZoomMgr = new CQVIS_ZoomMgr(s);
-  if (!m_pMousePanMgr) m_pMousePanMgr = new CQVIS_MousePanMgr(s);
-  if (!m_pCursorMgr) m_pCursorMgr = new CQVIS_CursorMgr(s);
-  if (!m_pSelectCmd) m_pSelectCmd = new CQVIS_DrawSelectCmd(s);
-  if (!m_pDrawLineCmd) m_pDrawLineCmd = new CQVIS_DrawLineCmd(s);
-  if (!m_pDrawCircleCmd) m_pDrawCircleCmd = new CQVIS_DrawCircleCmd(s);
-  if (!m_pDraw3PCircleCmd) m_pDraw3PCircleCmd = new CQVIS_Draw3PCircleCmd(s);
-  if (!m_pDrawArcCmd) m_pDrawArcCmd = new CQVIS_DrawArcCmd(s);
-  if (!m_pDrawFlashCircleCmd) m_pDrawFlashCircleCmd = new CQVIS_DrawFlashCircleCmd(s);
-  if (!m_pDrawFlashRectCmd) m_pDrawFlashRectCmd = new CQVIS_DrawFlashRectCmd(s);
-  if (!m_pDrawRectCmd) m_pDrawRectCmd = new CQVIS_DrawRectCmd(s);
-  if (!m_pDrawPolygonCmd) m_pDrawPolygonCmd = new CQVIS_DrawPolygonCmd(s);
-  if (!m_pDrawFlashObroundCmd) m_pDrawFlashObroundCmd = new CQVIS_DrawFlashObroundCmd(s);
-  if (!m_pDrawFlashPolygonCmd) m_pDrawFlashPolygonCmd = new CQVIS_DrawFlashPolygonCmd(s);
-  if (!m_pCaptureCmd) m_pCaptureCmd = new CQVIS_DrawSelectCmd(s);
-  if (!m_pSetOriginCmd) m_pSetOriginCmd = new CQVIS_DrawPointCmd(s);
+  if (!owned_) owned_.reset(new Owned);  // a copy owns what it makes for itself
+  Owned& o = *owned_;
+  Make(o.grid_snap, m_pGridSnapMgr, s);
+  Make(o.zoom, m_pZoomMgr, s);
+  Make(o.mouse_pan, m_pMousePanMgr, s);
+  Make(o.cursor, m_pCursorMgr, s);
+  Make(o.select, m_pSelectCmd, s);
+  Make(o.line, m_pDrawLineCmd, s);
+  Make(o.circle, m_pDrawCircleCmd, s);
+  Make(o.circle3p, m_pDraw3PCircleCmd, s);
+  Make(o.arc, m_pDrawArcCmd, s);
+  Make(o.flash_circle, m_pDrawFlashCircleCmd, s);
+  Make(o.flash_rect, m_pDrawFlashRectCmd, s);
+  Make(o.rect, m_pDrawRectCmd, s);
+  Make(o.polygon, m_pDrawPolygonCmd, s);
+  Make(o.flash_obround, m_pDrawFlashObroundCmd, s);
+  Make(o.flash_polygon, m_pDrawFlashPolygonCmd, s);
+  Make(o.capture, m_pCaptureCmd, s);
+  Make(o.set_origin, m_pSetOriginCmd, s);
 
   ShareSurfaceDCs();
 
@@ -176,24 +216,27 @@ void CQVIS_Design::ShareSurfaceDCs() {
 }
 
 void CQVIS_Design::Release() {
-  if (!owns_objects_) return;
-  DeleteAndNull(m_pGridSnapMgr);
-  DeleteAndNull(m_pZoomMgr);
-  DeleteAndNull(m_pMousePanMgr);
-  DeleteAndNull(m_pCursorMgr);
-  DeleteAndNull(m_pSelectCmd);
-  DeleteAndNull(m_pDrawLineCmd);
-  DeleteAndNull(m_pDrawCircleCmd);
-  DeleteAndNull(m_pDraw3PCircleCmd);
-  DeleteAndNull(m_pDrawArcCmd);
-  DeleteAndNull(m_pDrawFlashCircleCmd);
-  DeleteAndNull(m_pDrawFlashRectCmd);
-  DeleteAndNull(m_pDrawRectCmd);
-  DeleteAndNull(m_pDrawPolygonCmd);
-  DeleteAndNull(m_pDrawFlashObroundCmd);
-  DeleteAndNull(m_pDrawFlashPolygonCmd);
-  DeleteAndNull(m_pCaptureCmd);
-  DeleteAndNull(m_pSetOriginCmd);
+  // A copy shares its source's objects and releases none of them; the design deletes only
+  // what it made (an object a host put in one of the pointers stays the host's).
+  if (!owns_objects_ || !owned_) return;
+  Owned& o = *owned_;
+  Drop(o.grid_snap, m_pGridSnapMgr);
+  Drop(o.zoom, m_pZoomMgr);
+  Drop(o.mouse_pan, m_pMousePanMgr);
+  Drop(o.cursor, m_pCursorMgr);
+  Drop(o.select, m_pSelectCmd);
+  Drop(o.line, m_pDrawLineCmd);
+  Drop(o.circle, m_pDrawCircleCmd);
+  Drop(o.circle3p, m_pDraw3PCircleCmd);
+  Drop(o.arc, m_pDrawArcCmd);
+  Drop(o.flash_circle, m_pDrawFlashCircleCmd);
+  Drop(o.flash_rect, m_pDrawFlashRectCmd);
+  Drop(o.rect, m_pDrawRectCmd);
+  Drop(o.polygon, m_pDrawPolygonCmd);
+  Drop(o.flash_obround, m_pDrawFlashObroundCmd);
+  Drop(o.flash_polygon, m_pDrawFlashPolygonCmd);
+  Drop(o.capture, m_pCaptureCmd);
+  Drop(o.set_origin, m_pSetOriginCmd);
 }
 
 void CQVIS_Design::Clone(const CQVIS_Design* src) {

@@ -4,7 +4,7 @@
 #ifndef QVIS_DESIGN_DESIGN_H_
 #define QVIS_DESIGN_DESIGN_H_
 
-#include "qvis/compat/export.h"
+#include <memory>
 
 #include "qvis/compat/archive.h"
 #include "qvis/compat/cstring.h"
@@ -160,6 +160,13 @@ class QVIS_API CQVIS_Design {
   CQVIS_DrawPointCmd* m_pSetOriginCmd;
 
  private:
+  // Owned: what this design made (surface, render buffer, managers, commands). The public
+  // pointers above observe these objects; a failed construction frees what it made.
+  struct Owned;
+  struct OwnedDeleter {
+    void operator()(Owned* owned) const;
+  };
+  std::unique_ptr<Owned, OwnedDeleter> owned_;
   // False for a copy made by the copy constructor: it shares, and never deletes, the
   // surface, the buffer and the interaction objects of its source.
   bool owns_objects_ = true;

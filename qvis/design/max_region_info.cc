@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <vector>
+#include <memory>
 
 #include "qvis/coords/unit_mgr.h"
 #include "qvis/geometry/kernel.h"
@@ -304,7 +305,8 @@ void CQVIS_MaxRegionInfoDB::Release() { Init(); }
 void CQVIS_MaxRegionInfoDB::Add(double x1, double y1, double x2, double y2,
                                 double margin) {
   if (margin == 0 && x1 == x2 && y1 == y2) return;
-  auto* r = new CQVIS_MaxRegionInfo;
+  auto owned = std::make_unique<CQVIS_MaxRegionInfo>();
+  CQVIS_MaxRegionInfo* r = owned.get();
   r->Put(x1, y1);
   r->Put(x2, y2);
   r->m_bValid = 1;
@@ -314,6 +316,7 @@ void CQVIS_MaxRegionInfoDB::Add(double x1, double y1, double x2, double y2,
   // stack overflow; storing is what both evidently intend, and it is why
   // MergeAll keeps its merged region and loading keeps the valid regions.)
   Base::Add(r);
+  owned.release();  // the list owns it now
 }
 
 void CQVIS_MaxRegionInfoDB::Add(CQVIS_MaxRegionInfo* r) {

@@ -69,7 +69,8 @@ int CQVIS_MousePanMgr::MouseDown(unsigned int nFlags, double x, double y) {
 
 int CQVIS_MousePanMgr::MouseMove(double x, double y, int nHideLine) {
   if (!m_nActive) return qvis::kNotHandled;
-  if ((qvis::GetAsyncKeyState(VK_RBUTTON) & 0x8000) == 0) return qvis::kNotHandled;
+  const qvis::KeyStateSource* keys = m_pSurface != nullptr ? m_pSurface->GetKeyStates() : nullptr;
+  if ((qvis::GetAsyncKeyState(keys, VK_RBUTTON) & 0x8000) == 0) return qvis::kNotHandled;
   // The line is erased with the flag it was drawn with, so hiding it never strands it.
   RubberBand::Update(*this, [&] {
     m_nHideLine = nHideLine;
@@ -120,7 +121,7 @@ int CQVIS_MousePanMgr::Scroll(long x, long y, int nMode) {
     coords->m_dViewX = qvis::PanView(coords->m_dViewX, dx / coords->m_dZoom);
     coords->m_dViewY = qvis::PanView(coords->m_dViewY, dy / coords->m_dZoom);
   }
-  if (m_hWnd) qvis::RedrawWindow(m_hWnd, kRedrawNow);
+  if (m_hWnd && m_pSurface) qvis::RedrawWindow(m_pSurface->GetRedrawHandler(), m_hWnd, kRedrawNow);
   ++m_nScrollCount;
   m_nLastX = static_cast<LONG>(x);
   m_nLastY = static_cast<LONG>(y);

@@ -18,27 +18,23 @@ using testing::Canvas;
 class MousePanTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    previous_ = SetRedrawHandler([this](HWND, UINT flags) {
+    canvas.surface()->SetWindowLink(&buttons, [this](HWND, UINT flags) {
       ++redraws;
       last_flags = flags;
       return 1;
     });
   }
-  void TearDown() override { SetRedrawHandler(previous_); }
   int Changed() const { return Canvas::CountDiff(canvas.Snapshot(), background); }
   CQVIS_Coords* coords() { return canvas.surface()->GetCoords(); }
 
   Canvas canvas{120, 100, 2.0};
   testing::Pixels background = canvas.Snapshot();
-  testing::Buttons buttons;
+  testing::Buttons buttons{canvas.surface()};
   CQVIS_MousePanMgr pan{canvas.surface()};
   // A window handle is only compared with null and handed to the redraw hook.
   HWND window = reinterpret_cast<HWND>(&pan);
   int redraws = 0;
   UINT last_flags = 0;
-
- private:
-  RedrawHandler previous_;
 };
 
 TEST_F(MousePanTest, ScrollModes) {
@@ -133,7 +129,7 @@ TEST(MousePanXorTest, RandomDragsLeaveNothingBehind) {
   for (unsigned seed = 1; seed <= 8; ++seed) {
     testing::Canvas canvas(120, 100, 4.0);
     const testing::Pixels background = canvas.Snapshot();
-    testing::Buttons buttons;
+    testing::Buttons buttons(canvas.surface());
     CQVIS_MousePanMgr pan(canvas.surface());
     std::mt19937 rng(seed);
     auto coord = [&] { return static_cast<int>(rng() % 70) * 0.5 - 2.0; };

@@ -18,15 +18,25 @@ constexpr int kMaxSide = 8192;
 
 RenderBuffer::RenderBuffer() {
   back_dc_ = gdi::CreateCompatibleDC(nullptr);
-  Resize(0, 0);
+  try {
+    Resize(0, 0);
+  } catch (...) {
+    Free();  // the destructor does not run for a constructor that throws
+    throw;
+  }
 }
 
-RenderBuffer::~RenderBuffer() {
+RenderBuffer::~RenderBuffer() { Free(); }
+
+void RenderBuffer::Free() {
   if (back_dc_ != nullptr && original_bitmap_ != nullptr) {
     gdi::SelectObject(back_dc_, original_bitmap_);
   }
   if (back_bitmap_ != nullptr) gdi::DeleteObject(reinterpret_cast<HGDIOBJ>(back_bitmap_));
   if (back_dc_ != nullptr) gdi::DeleteDC(back_dc_);
+  back_bitmap_ = nullptr;
+  back_dc_ = nullptr;
+  original_bitmap_ = nullptr;
 }
 
 void RenderBuffer::Attach(HWND window, HDC front, int width, int height) {

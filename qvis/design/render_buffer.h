@@ -44,6 +44,8 @@ class QVIS_API RenderBuffer {
 
  private:
   void Resize(int width, int height);
+  // Free deletes the back buffer and its DC (the destructor, and a constructor that throws).
+  void Free();
 
   HWND window_ = nullptr;
   HDC front_dc_ = nullptr;

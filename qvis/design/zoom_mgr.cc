@@ -3,6 +3,7 @@
 #include "qvis/commands/rubber_band.h"
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/win32_names.h"
+#include "qvis/render/surface.h"
 
 using qvis::RubberBand;
 
@@ -58,7 +59,8 @@ int CQVIS_ZoomMgr::MouseDown(unsigned int nFlags, double x, double y) {
 
 int CQVIS_ZoomMgr::MouseMove(double x, double y) {
   if (!m_nActive) return qvis::kNotHandled;
-  if ((qvis::GetAsyncKeyState(VK_LBUTTON) & 0x8000) == 0) return qvis::kNotHandled;
+  const qvis::KeyStateSource* keys = m_pSurface != nullptr ? m_pSurface->GetKeyStates() : nullptr;
+  if ((qvis::GetAsyncKeyState(keys, VK_LBUTTON) & 0x8000) == 0) return qvis::kNotHandled;
   RubberBand::DragBox(*this, x, y);
   return qvis::kHandled;
 }

@@ -19,7 +19,7 @@ class ZoomMgrTest : public ::testing::Test {
   int Changed() const { return Canvas::CountDiff(canvas.Snapshot(), background); }
   Canvas canvas{120, 100, 4.0};
   testing::Pixels background = canvas.Snapshot();
-  testing::Buttons buttons;
+  testing::Buttons buttons{canvas.surface()};
   CQVIS_ZoomMgr zoom{canvas.surface()};
 };
 
@@ -130,7 +130,7 @@ TEST(ZoomMgrXorTest, RandomGesturesLeaveNothingBehind) {
   for (unsigned seed = 1; seed <= 8; ++seed) {
     testing::Canvas canvas(120, 100, 4.0);
     const testing::Pixels background = canvas.Snapshot();
-    testing::Buttons buttons;
+    testing::Buttons buttons(canvas.surface());
     CQVIS_ZoomMgr zoom(canvas.surface());
     std::mt19937 rng(seed);
     auto coord = [&] { return static_cast<int>(rng() % 70) * 0.5 - 2.0; };

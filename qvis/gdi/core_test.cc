@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -59,6 +60,55 @@ TEST(GdiObjectsTest, SelectReturnsThePreviousObjectAndRefusesBadOnes) {
   EXPECT_EQ(GetStockObject(-1), nullptr);
   EXPECT_EQ(GetStockObject(9), nullptr);
   EXPECT_EQ(GetStockObject(1000), nullptr);
+}
+
+// A deleted handle stays refused after its memory (or its table slot) holds a new object, and
+// a made-up handle is refused without being read.
+TEST(GdiObjectsTest, StaleAndMadeUpHandlesAreRefused) {
+  Canvas c(8, 8);
+  HPEN stale = CreatePen(PS_SOLID, 1, 0x0000FF);
+  HBRUSH stale_brush = CreateSolidBrush(0x00FF00);
+  ASSERT_TRUE(DeleteObject(stale));
+  ASSERT_TRUE(DeleteObject(stale_brush));
+  // New objects of the same kinds and sizes, created and deleted in turn, take the freed
+  // memory and, sooner or later, the freed slots.
+  std::vector<HGDIOBJ> made;
+  for (int i = 0; i < 300; ++i) {
+    HPEN pen = CreatePen(PS_SOLID, 1, 0x0000FF);
+    HBRUSH brush = CreateSolidBrush(0x00FF00);
+    ASSERT_NE(pen, stale) << i;
+    ASSERT_NE(reinterpret_cast<HGDIOBJ>(brush), reinterpret_cast<HGDIOBJ>(stale_brush)) << i;
+    EXPECT_EQ(SelectObject(c.dc, stale), nullptr) << i;
+    EXPECT_EQ(SelectObject(c.dc, stale_brush), nullptr) << i;
+    EXPECT_EQ(GetObjectType(stale), 0u);
+    EXPECT_EQ(GetObjectType(pen), 1u);
+    EXPECT_EQ(GetObjectType(brush), 2u);
+    made.push_back(pen);
+    made.push_back(brush);
+    if (i % 3 != 0) {
+      EXPECT_TRUE(DeleteObject(pen));
+      EXPECT_TRUE(DeleteObject(brush));
+    }
+  }
+  EXPECT_FALSE(DeleteObject(stale));
+  EXPECT_EQ(GetCurrentPen(c.dc), GetStockObject(BLACK_PEN));
+  EXPECT_EQ(GetCurrentBrush(c.dc), GetStockObject(WHITE_BRUSH));
+  // Every handle ever given out is distinct; the ones deleted are refused.
+  for (std::size_t i = 0; i < made.size(); ++i) {
+    for (std::size_t j = i + 1; j < made.size(); ++j) ASSERT_NE(made[i], made[j]);
+    const bool alive = (i / 2) % 3 == 0;
+    EXPECT_EQ(DeleteObject(made[i]), alive ? TRUE : FALSE) << i;
+  }
+  // Values that were never handles: nothing is read through them.
+  int local = 0;
+  for (HGDIOBJ fake : {reinterpret_cast<HGDIOBJ>(&local), reinterpret_cast<HGDIOBJ>(std::uintptr_t{1}),
+                       reinterpret_cast<HGDIOBJ>(std::uintptr_t{0x7FFFFFF0}),
+                       reinterpret_cast<HGDIOBJ>(~std::uintptr_t{0} << 4)}) {
+    EXPECT_EQ(SelectObject(c.dc, fake), nullptr);
+    EXPECT_FALSE(DeleteObject(fake));
+    EXPECT_EQ(GetObjectType(fake), 0u);
+    EXPECT_EQ(BitmapPixels(reinterpret_cast<HBITMAP>(fake)).bits, nullptr);
+  }
 }
 
 TEST(GdiObjectsTest, DeletingSelectedObjectsIsDeferredUntilDeselected) {

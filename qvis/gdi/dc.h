@@ -17,8 +17,26 @@
 
 namespace qvis::gdi {
 
+// ObjectRecord: the engine's part of every graphics object: its kind, its handle (given when it
+// is registered) and the bookkeeping of selection. select_count and delete_pending change only
+// under the object table's lock.
+struct ObjectRecord {
+  explicit ObjectRecord(ObjectKind k) : kind(k) {}
+  ObjectRecord(const ObjectRecord&) = delete;
+  ObjectRecord& operator=(const ObjectRecord&) = delete;
+  virtual ~ObjectRecord() = default;
+
+  const ObjectKind kind;
+  HGDIOBJ handle = nullptr;     // the handle the table gave it; dead once it is unregistered
+  int select_count = 0;         // how many DCs have it selected
+  bool delete_pending = false;  // deleted while selected: freed on the last deselection
+  bool stock = false;           // a stock object: never freed
+};
+
 // PenData: a cosmetic or geometric pen.
-struct PenData final : Pen {
+struct PenData final : ObjectRecord {
+  PenData() : ObjectRecord(ObjectKind::kPen) {}
+  HPEN Handle() const { return reinterpret_cast<HPEN>(handle); }
   int style = 0;            // PS_SOLID .. PS_ALTERNATE (the low four bits)
   bool geometric = false;   // PS_GEOMETRIC, or CreatePen with a width above 1
   int width = 1;            // pixels; cosmetic pens draw 1 pixel whatever the width
@@ -35,7 +53,9 @@ struct PenData final : Pen {
 };
 
 // BrushData: solid, hatched or hollow.
-struct BrushData final : Brush {
+struct BrushData final : ObjectRecord {
+  BrushData() : ObjectRecord(ObjectKind::kBrush) {}
+  HBRUSH Handle() const { return reinterpret_cast<HBRUSH>(handle); }
   UINT style = 0;           // BS_SOLID 0, BS_NULL 1, BS_HATCHED 2
   COLORREF color = 0;
   int hatch = 0;            // HS_HORIZONTAL 0 .. HS_DIAGCROSS 5
@@ -43,14 +63,18 @@ struct BrushData final : Brush {
 };
 
 // FontData: the logical font; the text code keeps its rasteriser state in `engine_cache`.
-struct FontData final : Font {
+struct FontData final : ObjectRecord {
+  FontData() : ObjectRecord(ObjectKind::kFont) {}
+  HFONT Handle() const { return reinterpret_cast<HFONT>(handle); }
   LOGFONTA logfont;
   std::shared_ptr<void> engine_cache;
 };
 
 // BitmapData: a 32-bpp (0x00RRGGBB words, top-down) or 1-bpp (MSB first, 1 = white, rows
 // padded to 32 bits) bitmap.
-struct BitmapData final : Bitmap {
+struct BitmapData final : ObjectRecord {
+  BitmapData() : ObjectRecord(ObjectKind::kBitmap) {}
+  HBITMAP Handle() const { return reinterpret_cast<HBITMAP>(handle); }
   int width = 0;
   int height = 0;
   int bpp = 32;
@@ -66,7 +90,9 @@ struct BitmapData final : Bitmap {
 };
 
 // RegionData: a region object.
-struct RegionData final : Region {
+struct RegionData final : ObjectRecord {
+  RegionData() : ObjectRecord(ObjectKind::kRegion) {}
+  HRGN Handle() const { return reinterpret_cast<HRGN>(handle); }
   SpanRegion shape;
 };
 
@@ -139,22 +165,24 @@ struct DeviceContext {
 };
 
 // ---------------------------------------------------------------------------------------------
-// Object registry and typed access. Handles are checked against the live objects, so a stale or
-// foreign handle is refused instead of being read.
+// Object table and typed access. A handle is looked up in the table, never dereferenced, so a
+// stale, reused or made-up handle is refused instead of being read.
 
-// IsLive tells whether the object was created and not yet deleted (or is a stock object).
-bool IsLive(const GdiObject* object);
-// Register records a new object as live; Unregister forgets it (before it is freed or parked).
-void Register(GdiObject* object);
-void Unregister(GdiObject* object);
+// IsLive tells whether the handle names an object created and not yet deleted (or a stock one).
+bool IsLive(HGDIOBJ handle);
+// Register enters a new object in the table and gives it its handle; Unregister takes it out
+// (its handle is dead from then on, whatever later takes the slot). Register throws
+// std::bad_alloc when the table cannot grow (the object is then not entered).
+void Register(ObjectRecord* object);
+void Unregister(ObjectRecord* object);
 
-// AsPen / AsBrush / AsFont / AsBitmap / AsRegion return the typed record of a live object of
-// that kind, null for null, dead or other objects.
-PenData* AsPen(const void* object);
-BrushData* AsBrush(const void* object);
-FontData* AsFont(const void* object);
-BitmapData* AsBitmap(const void* object);
-RegionData* AsRegion(const void* object);
+// AsPen / AsBrush / AsFont / AsBitmap / AsRegion return the record of a live object of that
+// kind, null for null, dead, made-up or other objects.
+PenData* AsPen(HGDIOBJ handle);
+BrushData* AsBrush(HGDIOBJ handle);
+FontData* AsFont(HGDIOBJ handle);
+BitmapData* AsBitmap(HGDIOBJ handle);
+RegionData* AsRegion(HGDIOBJ handle);
 
 // ---------------------------------------------------------------------------------------------
 // Drawing helpers shared by the core, shapes and text code.

@@ -21,50 +21,20 @@
 namespace qvis::gdi {
 
 // ---------------------------------------------------------------------------------------------
-// Graphics objects. Handles (HPEN, HBRUSH, ...) point at these; the engine derives its own
-// records from them (qvis/gdi/dc.h). They exist here only so that a pen, brush, font, bitmap or
-// region handle converts to HGDIOBJ as in Win32; hosts never look inside.
+// Graphics objects. A pen, brush, font, bitmap or region handle is opaque: it names a slot of the
+// engine's object table together with the generation of the object in that slot, dressed as a
+// pointer to one of these empty types so that it converts to HGDIOBJ as in Win32. Nothing is
+// ever read through it: a handle whose object was deleted stays refused even after the slot
+// holds a new object. Hosts and the engine never look inside these types.
 
 enum class ObjectKind : std::uint8_t { kPen, kBrush, kFont, kBitmap, kRegion };
 
-struct QVIS_API GdiObject {
-  GdiObject(const GdiObject&) = delete;
-  GdiObject& operator=(const GdiObject&) = delete;
-
-  const ObjectKind kind;
-  // Engine bookkeeping: how many DCs have the object selected, whether DeleteObject was called
-  // while it was selected (then it is freed on the last deselection), and whether it is a stock
-  // object (never freed).
-  int select_count = 0;
-  bool delete_pending = false;
-  bool stock = false;
-
- protected:
-  explicit GdiObject(ObjectKind k) : kind(k) {}
-  virtual ~GdiObject() = default;
-  friend struct ObjectRegistry;
-};
-
-struct Pen : GdiObject {
- protected:
-  Pen() : GdiObject(ObjectKind::kPen) {}
-};
-struct Brush : GdiObject {
- protected:
-  Brush() : GdiObject(ObjectKind::kBrush) {}
-};
-struct Font : GdiObject {
- protected:
-  Font() : GdiObject(ObjectKind::kFont) {}
-};
-struct Bitmap : GdiObject {
- protected:
-  Bitmap() : GdiObject(ObjectKind::kBitmap) {}
-};
-struct Region : GdiObject {
- protected:
-  Region() : GdiObject(ObjectKind::kRegion) {}
-};
+struct GdiObject {};
+struct Pen : GdiObject {};
+struct Brush : GdiObject {};
+struct Font : GdiObject {};
+struct Bitmap : GdiObject {};
+struct Region : GdiObject {};
 
 // ---------------------------------------------------------------------------------------------
 // Records passed to the API.
@@ -130,6 +100,12 @@ QVIS_API BOOL DeleteObject(HGDIOBJ object);
 // GetStockObject returns the shared stock object with the given index (WHITE_BRUSH 0 ..
 // NULL_BRUSH 5, WHITE_PEN 6, BLACK_PEN 7, NULL_PEN 8, the fonts 10..17). Unknown index: null.
 QVIS_API HGDIOBJ GetStockObject(int index);
+// GetObjectType returns the type of a live object as Win32 numbers it: 1 pen, 2 brush, 6 font,
+// 7 bitmap, 8 region. A null, deleted or made-up handle returns 0.
+DWORD GetObjectType(HGDIOBJ object);
+// IsSelected tells whether a live object is selected into a DC now (a cache keeps such objects).
+// Stock, null, deleted and made-up handles: false.
+bool IsSelected(HGDIOBJ object);
 // GetCurrentPen / GetCurrentBrush / GetCurrentFont / GetCurrentBitmap return what is selected
 // in the DC (null for a null DC).
 QVIS_API HPEN GetCurrentPen(HDC dc);

@@ -4,9 +4,11 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <mutex>
+#include <memory>
 #include <new>
-#include <unordered_set>
+#include <vector>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
@@ -14,17 +16,84 @@
 
 namespace qvis::gdi {
 
-// ObjectRegistry: the set of live objects. Handles are raw pointers, so the registry is what
-// lets a stale handle be refused rather than read.
+// ObjectRegistry: the table of live objects. A handle is (generation << kIndexBits | slot + 1)
+// shifted left by kHandleShift, so it is never null and never a small integer; a slot's
+// generation grows each time its object is unregistered, so an old handle to the slot no longer
+// matches. Freed slots are reused oldest first, which keeps a slot's generations far apart.
+// Every access holds the mutex, which also guards the objects' selection counts.
 struct ObjectRegistry {
   static ObjectRegistry& Get() {
     static ObjectRegistry* registry = new ObjectRegistry;  // never destroyed: outlives statics
     return *registry;
   }
-  static void Destroy(GdiObject* object) { delete object; }
+
+  static constexpr int kHandleShift = 4;
+  static constexpr int kIndexBits = sizeof(std::uintptr_t) >= 8 ? 28 : 20;
+  static constexpr std::uintptr_t kIndexMask = (std::uintptr_t{1} << kIndexBits) - 1;
+  static constexpr int kGenerationBits =
+      static_cast<int>(sizeof(std::uintptr_t) * 8) - kIndexBits - kHandleShift;
+  static constexpr std::uintptr_t kGenerationMask =
+      (std::uintptr_t{1} << kGenerationBits) - 1;
+
+  struct Slot {
+    ObjectRecord* object = nullptr;
+    std::uintptr_t generation = 0;
+  };
+
+  static HGDIOBJ Encode(std::size_t index, std::uintptr_t generation) {
+    const std::uintptr_t value =
+        ((generation & kGenerationMask) << kIndexBits | (index + 1)) << kHandleShift;
+    return reinterpret_cast<HGDIOBJ>(value);
+  }
+
+  // Find: the object a handle names, or null. Call with the mutex held.
+  ObjectRecord* Find(HGDIOBJ handle) const {
+    const std::uintptr_t value = reinterpret_cast<std::uintptr_t>(handle);
+    if (value == 0 || (value & ((std::uintptr_t{1} << kHandleShift) - 1)) != 0) return nullptr;
+    const std::uintptr_t bits = value >> kHandleShift;
+    const std::uintptr_t index_plus_one = bits & kIndexMask;
+    if (index_plus_one == 0 || index_plus_one > slots.size()) return nullptr;
+    const Slot& slot = slots[index_plus_one - 1];
+    if (slot.object == nullptr || ((bits >> kIndexBits) & kGenerationMask) != slot.generation) {
+      return nullptr;
+    }
+    return slot.object;
+  }
+
+  void Add(ObjectRecord* object) {
+    std::size_t index;
+    if (!free_slots.empty()) {
+      index = free_slots.front();
+      free_slots.pop_front();
+    } else {
+      if (slots.size() >= kIndexMask) throw std::bad_alloc();
+      slots.emplace_back();
+      index = slots.size() - 1;
+    }
+    slots[index].object = object;
+    object->handle = Encode(index, slots[index].generation);
+  }
+
+  void Remove(ObjectRecord* object) {
+    const std::uintptr_t bits = reinterpret_cast<std::uintptr_t>(object->handle) >> kHandleShift;
+    const std::uintptr_t index_plus_one = bits & kIndexMask;
+    if (index_plus_one == 0 || index_plus_one > slots.size()) return;
+    Slot& slot = slots[index_plus_one - 1];
+    if (slot.object != object) return;
+    slot.object = nullptr;
+    slot.generation = (slot.generation + 1) & kGenerationMask;
+    // The slot goes back for reuse only if the list can take it; otherwise it stays retired.
+    try {
+      free_slots.push_back(index_plus_one - 1);
+    } catch (const std::bad_alloc&) {
+    }
+  }
+
+  static void Destroy(ObjectRecord* object) { delete object; }
 
   std::mutex mutex;
-  std::unordered_set<const GdiObject*> live;
+  std::vector<Slot> slots;
+  std::deque<std::size_t> free_slots;
 };
 
 namespace {
@@ -37,10 +106,10 @@ constexpr int kDefaultBitmapIndex = 21;  // the 1x1 monochrome bitmap of a new m
 
 template <typename T>
 T* MakeStock() {
-  T* object = new T;
+  auto object = std::make_unique<T>();
   object->stock = true;
-  Register(object);
-  return object;
+  Register(object.get());
+  return object.release();
 }
 
 PenData* StockPen(int style, COLORREF color) {
@@ -66,30 +135,27 @@ FontData* StockFont(LONG height, LONG weight, BYTE pitch, const char* face) {
   return font;
 }
 
-BitmapData* NewBitmap(int width, int height, int bpp) {
+std::unique_ptr<BitmapData> NewBitmap(int width, int height, int bpp) {
   if (width < 0 || height < 0) return nullptr;
   std::int64_t stride = bpp == 32 ? std::int64_t{width} * 4 : ((std::int64_t{width} + 31) / 32) * 4;
   std::int64_t bytes = stride * height;
   if (bytes > kMaxBitmapBytes) return nullptr;
-  auto* bitmap = new BitmapData;
+  auto bitmap = std::make_unique<BitmapData>();
   bitmap->width = width;
   bitmap->height = height;
   bitmap->bpp = bpp;
   bitmap->stride = static_cast<std::ptrdiff_t>(stride);
   if (bytes > 0) {
     bitmap->bits.reset(new (std::nothrow) std::uint8_t[static_cast<std::size_t>(bytes)]);
-    if (!bitmap->bits) {
-      delete bitmap;
-      return nullptr;
-    }
+    if (!bitmap->bits) return nullptr;
     std::memset(bitmap->bits.get(), 0, static_cast<std::size_t>(bytes));
   }
   return bitmap;
 }
 
-const std::array<GdiObject*, kStockCount>& StockObjects() {
-  static const std::array<GdiObject*, kStockCount> stock = [] {
-    std::array<GdiObject*, kStockCount> s{};
+const std::array<ObjectRecord*, kStockCount>& StockObjects() {
+  static const std::array<ObjectRecord*, kStockCount> stock = [] {
+    std::array<ObjectRecord*, kStockCount> s{};
     s[0] = StockBrush(BS_SOLID, 0xFFFFFF);
     s[1] = StockBrush(BS_SOLID, 0xC0C0C0);
     s[2] = StockBrush(BS_SOLID, 0x808080);
@@ -106,66 +172,95 @@ const std::array<GdiObject*, kStockCount>& StockObjects() {
     s[14] = StockFont(16, 700, 2, "Sans");       // device default
     s[16] = StockFont(16, 400, 1, "Monospace");  // system fixed
     s[17] = StockFont(-11, 400, 2, "Sans");      // default GUI
-    BitmapData* bitmap = NewBitmap(1, 1, 1);
+    std::unique_ptr<BitmapData> bitmap = NewBitmap(1, 1, 1);
     bitmap->stock = true;
-    Register(bitmap);
-    s[kDefaultBitmapIndex] = bitmap;
+    Register(bitmap.get());
+    s[kDefaultBitmapIndex] = bitmap.release();
     return s;
   }();
   return stock;
 }
 
 // Release drops one selection of an object, freeing it when it was deleted meanwhile. Returns
-// the object, or null when it has just been freed.
-GdiObject* Release(GdiObject* object) {
-  if (object == nullptr || object->stock) return object;
-  if (object->select_count > 0) --object->select_count;
-  if (object->select_count == 0 && object->delete_pending) {
-    ObjectRegistry::Destroy(object);
-    return nullptr;
+// the handle the object had, or null when it has just been freed.
+HGDIOBJ Release(ObjectRecord* object) {
+  if (object == nullptr) return nullptr;
+  if (object->stock) return object->handle;
+  ObjectRegistry& r = ObjectRegistry::Get();
+  {
+    std::lock_guard<std::mutex> lock(r.mutex);
+    if (object->select_count > 0) --object->select_count;
+    if (object->select_count != 0 || !object->delete_pending) return object->handle;
   }
-  return object;
+  ObjectRegistry::Destroy(object);
+  return nullptr;
 }
 
-void Hold(GdiObject* object) {
-  if (object != nullptr && !object->stock) ++object->select_count;
+void Hold(ObjectRecord* object) {
+  if (object == nullptr || object->stock) return;
+  ObjectRegistry& r = ObjectRegistry::Get();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  ++object->select_count;
+}
+
+ObjectRecord* Lookup(HGDIOBJ handle) {
+  if (handle == nullptr) return nullptr;
+  ObjectRegistry& r = ObjectRegistry::Get();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  return r.Find(handle);
 }
 
 template <typename T>
-T* Checked(const void* object, ObjectKind kind) {
-  auto* o = static_cast<const GdiObject*>(object);
-  if (o == nullptr || !IsLive(o) || o->kind != kind) return nullptr;
-  return static_cast<T*>(const_cast<GdiObject*>(o));
+T* Checked(HGDIOBJ handle, ObjectKind kind) {
+  ObjectRecord* o = Lookup(handle);
+  if (o == nullptr || o->kind != kind) return nullptr;
+  return static_cast<T*>(o);
 }
 
 }  // namespace
 
 // --- Registry ---------------------------------------------------------------------------------
 
-bool IsLive(const GdiObject* object) {
-  if (object == nullptr) return false;
+bool IsLive(HGDIOBJ handle) { return Lookup(handle) != nullptr; }
+
+void Register(ObjectRecord* object) {
   auto& r = ObjectRegistry::Get();
   std::lock_guard<std::mutex> lock(r.mutex);
-  return r.live.count(object) != 0;
+  r.Add(object);
 }
 
-void Register(GdiObject* object) {
+void Unregister(ObjectRecord* object) {
   auto& r = ObjectRegistry::Get();
   std::lock_guard<std::mutex> lock(r.mutex);
-  r.live.insert(object);
+  r.Remove(object);
 }
 
-void Unregister(GdiObject* object) {
-  auto& r = ObjectRegistry::Get();
+PenData* AsPen(HGDIOBJ o) { return Checked<PenData>(o, ObjectKind::kPen); }
+BrushData* AsBrush(HGDIOBJ o) { return Checked<BrushData>(o, ObjectKind::kBrush); }
+FontData* AsFont(HGDIOBJ o) { return Checked<FontData>(o, ObjectKind::kFont); }
+BitmapData* AsBitmap(HGDIOBJ o) { return Checked<BitmapData>(o, ObjectKind::kBitmap); }
+RegionData* AsRegion(HGDIOBJ o) { return Checked<RegionData>(o, ObjectKind::kRegion); }
+
+bool IsSelected(HGDIOBJ handle) {
+  if (handle == nullptr) return false;
+  ObjectRegistry& r = ObjectRegistry::Get();
   std::lock_guard<std::mutex> lock(r.mutex);
-  r.live.erase(object);
+  const ObjectRecord* o = r.Find(handle);
+  return o != nullptr && !o->stock && o->select_count > 0;
 }
 
-PenData* AsPen(const void* o) { return Checked<PenData>(o, ObjectKind::kPen); }
-BrushData* AsBrush(const void* o) { return Checked<BrushData>(o, ObjectKind::kBrush); }
-FontData* AsFont(const void* o) { return Checked<FontData>(o, ObjectKind::kFont); }
-BitmapData* AsBitmap(const void* o) { return Checked<BitmapData>(o, ObjectKind::kBitmap); }
-RegionData* AsRegion(const void* o) { return Checked<RegionData>(o, ObjectKind::kRegion); }
+DWORD GetObjectType(HGDIOBJ handle) {
+  const ObjectRecord* o = Lookup(handle);
+  if (o == nullptr) return 0;
+  switch (o->kind) {
+    case ObjectKind::kPen: return 1;
+    case ObjectKind::kBrush: return 2;
+    case ObjectKind::kFont: return 6;
+    case ObjectKind::kBitmap: return 7;
+    case ObjectKind::kRegion: return 8;
+  }
+  return 0;
+}
 
 // --- Device contexts ----------------------------------------------------------------------------
 
@@ -193,30 +288,32 @@ BOOL DeleteDC(HDC dc) {
   return TRUE;
 }
 
-HGDIOBJ SelectObject(HDC dc, HGDIOBJ object) {
-  if (dc == nullptr || object == nullptr || !IsLive(object)) return nullptr;
+HGDIOBJ SelectObject(HDC dc, HGDIOBJ handle) {
+  if (dc == nullptr) return nullptr;
+  ObjectRecord* object = Lookup(handle);
+  if (object == nullptr) return nullptr;
   switch (object->kind) {
     case ObjectKind::kPen: {
-      GdiObject* old = dc->pen;
+      ObjectRecord* old = dc->pen;
       dc->pen = static_cast<PenData*>(object);
       Hold(object);
       return Release(old);
     }
     case ObjectKind::kBrush: {
-      GdiObject* old = dc->brush;
+      ObjectRecord* old = dc->brush;
       dc->brush = static_cast<BrushData*>(object);
       Hold(object);
       return Release(old);
     }
     case ObjectKind::kFont: {
-      GdiObject* old = dc->font;
+      ObjectRecord* old = dc->font;
       dc->font = static_cast<FontData*>(object);
       Hold(object);
       return Release(old);
     }
     case ObjectKind::kBitmap: {
       auto* bitmap = static_cast<BitmapData*>(object);
-      if (bitmap == dc->bitmap) return object;
+      if (bitmap == dc->bitmap) return handle;
       if (!bitmap->stock && bitmap->selected_in != nullptr) return nullptr;
       BitmapData* old = dc->bitmap;
       if (old->selected_in == dc) old->selected_in = nullptr;
@@ -226,34 +323,42 @@ HGDIOBJ SelectObject(HDC dc, HGDIOBJ object) {
       return Release(old);
     }
     case ObjectKind::kRegion: {
-      int kind = SelectClipRgn(dc, static_cast<RegionData*>(object));
+      int kind = SelectClipRgn(dc, static_cast<RegionData*>(object)->Handle());
       return reinterpret_cast<HGDIOBJ>(static_cast<std::intptr_t>(kind));
     }
   }
   return nullptr;
 }
 
-BOOL DeleteObject(HGDIOBJ object) {
-  if (object == nullptr || !IsLive(object)) return FALSE;
-  if (object->stock) return TRUE;
-  Unregister(object);
-  if (object->select_count > 0) {
-    object->delete_pending = true;
-  } else {
-    ObjectRegistry::Destroy(object);
+BOOL DeleteObject(HGDIOBJ handle) {
+  if (handle == nullptr) return FALSE;
+  ObjectRecord* object = nullptr;
+  {
+    auto& r = ObjectRegistry::Get();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    object = r.Find(handle);
+    if (object == nullptr) return FALSE;
+    if (object->stock) return TRUE;
+    r.Remove(object);
+    if (object->select_count > 0) {
+      object->delete_pending = true;
+      return TRUE;
+    }
   }
+  ObjectRegistry::Destroy(object);
   return TRUE;
 }
 
 HGDIOBJ GetStockObject(int index) {
   if (index < 0 || index >= kStockCount) return nullptr;
-  return StockObjects()[index];
+  const ObjectRecord* object = StockObjects()[static_cast<std::size_t>(index)];
+  return object != nullptr ? object->handle : nullptr;
 }
 
-HPEN GetCurrentPen(HDC dc) { return dc ? dc->pen : nullptr; }
-HBRUSH GetCurrentBrush(HDC dc) { return dc ? dc->brush : nullptr; }
-HFONT GetCurrentFont(HDC dc) { return dc ? dc->font : nullptr; }
-HBITMAP GetCurrentBitmap(HDC dc) { return dc ? dc->bitmap : nullptr; }
+HPEN GetCurrentPen(HDC dc) { return dc && dc->pen ? dc->pen->Handle() : nullptr; }
+HBRUSH GetCurrentBrush(HDC dc) { return dc && dc->brush ? dc->brush->Handle() : nullptr; }
+HFONT GetCurrentFont(HDC dc) { return dc && dc->font ? dc->font->Handle() : nullptr; }
+HBITMAP GetCurrentBitmap(HDC dc) { return dc && dc->bitmap ? dc->bitmap->Handle() : nullptr; }
 
 // --- DC state -----------------------------------------------------------------------------------
 
@@ -364,15 +469,15 @@ void PathData::CloseFigure() {
 
 HPEN CreatePen(int style, int width, COLORREF color) {
   if (style < PS_SOLID || style > PS_INSIDEFRAME) return nullptr;
-  auto* pen = new PenData;
+  auto pen = std::make_unique<PenData>();
   pen->style = style;
   pen->width = width < 1 ? 1 : width;
   pen->geometric = width > 1;
   pen->color = color & 0xFFFFFF;
   // Wide pens made here draw their dashed styles solid.
   if (pen->geometric && style >= PS_DASH && style <= PS_DASHDOTDOT) pen->style = PS_SOLID;
-  Register(pen);
-  return pen;
+  Register(pen.get());
+  return pen.release()->Handle();
 }
 
 HPEN ExtCreatePen(DWORD style, DWORD width, const LOGBRUSH* brush, DWORD style_count,
@@ -389,7 +494,7 @@ HPEN ExtCreatePen(DWORD style, DWORD width, const LOGBRUSH* brush, DWORD style_c
     return nullptr;
   }
   if (type == PS_COSMETIC && width != 1) return nullptr;
-  auto* pen = new PenData;
+  auto pen = std::make_unique<PenData>();
   pen->style = kind;
   pen->geometric = type == PS_GEOMETRIC;
   pen->width = static_cast<int>(width > 0x7FFFFFFFu ? 0x7FFFFFFFu : width);
@@ -401,40 +506,40 @@ HPEN ExtCreatePen(DWORD style, DWORD width, const LOGBRUSH* brush, DWORD style_c
   pen->hatch = static_cast<int>(brush->lbHatch % 6);
   if (brush->lbStyle == BS_NULL) pen->style = PS_NULL;
   if (kind == PS_USERSTYLE) pen->user_style.assign(style_entries, style_entries + style_count);
-  Register(pen);
-  return pen;
+  Register(pen.get());
+  return pen.release()->Handle();
 }
 
 HBRUSH CreateSolidBrush(COLORREF color) {
-  auto* brush = new BrushData;
+  auto brush = std::make_unique<BrushData>();
   brush->style = BS_SOLID;
   brush->color = color & 0xFFFFFF;
-  Register(brush);
-  return brush;
+  Register(brush.get());
+  return brush.release()->Handle();
 }
 
 HBRUSH CreateHatchBrush(int hatch, COLORREF color) {
   if (hatch < HS_HORIZONTAL || hatch > HS_DIAGCROSS) return nullptr;
-  auto* brush = new BrushData;
+  auto brush = std::make_unique<BrushData>();
   brush->style = BS_HATCHED;
   brush->color = color & 0xFFFFFF;
   brush->hatch = hatch;
-  Register(brush);
-  return brush;
+  Register(brush.get());
+  return brush.release()->Handle();
 }
 
 HFONT CreateFontIndirectA(const LOGFONTA* logfont) {
   if (logfont == nullptr) return nullptr;
-  auto* font = new FontData;
+  auto font = std::make_unique<FontData>();
   font->logfont = *logfont;
   font->logfont.lfFaceName[kFaceNameSize - 1] = '\0';
-  Register(font);
-  return font;
+  Register(font.get());
+  return font.release()->Handle();
 }
 
 HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bits_per_pixel, const void* bits) {
   if (planes != 1 || (bits_per_pixel != 1 && bits_per_pixel != 32)) return nullptr;
-  BitmapData* bitmap = NewBitmap(width, height, static_cast<int>(bits_per_pixel));
+  std::unique_ptr<BitmapData> bitmap = NewBitmap(width, height, static_cast<int>(bits_per_pixel));
   if (bitmap == nullptr) return nullptr;
   if (bits != nullptr && bitmap->bits) {
     auto* src = static_cast<const std::uint8_t*>(bits);
@@ -453,8 +558,8 @@ HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bits_per_pixel, co
       }
     }
   }
-  Register(bitmap);
-  return bitmap;
+  Register(bitmap.get());
+  return bitmap.release()->Handle();
 }
 
 HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height) {

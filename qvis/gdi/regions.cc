@@ -1,6 +1,7 @@
 // Region objects: creation, combination, queries, painting, and the DC's clip region.
 #include <algorithm>
 #include <climits>
+#include <memory>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
@@ -24,10 +25,10 @@ int KindResult(RegionKind kind) {
 }
 
 HRGN NewRegion(SpanRegion shape) {
-  auto* region = new RegionData;
+  auto region = std::make_unique<RegionData>();
   region->shape = std::move(shape);
-  Register(region);
-  return region;
+  Register(region.get());
+  return region.release()->Handle();
 }
 
 IRect Normalized(int left, int top, int right, int bottom) {

@@ -1,5 +1,6 @@
 // CQVIS_Math: arc length, arc bounding box and arc flattening.
 #include <cmath>
+#include <memory>
 
 #include "qvis/geometry/kernel.h"
 #include "qvis/geometry/tolerance.h"
@@ -8,6 +9,13 @@
 namespace {
 
 constexpr double kPi = qvis::tol::kPi;
+
+// AddPoint appends a new point the list owns; a failed Add frees the point and rethrows.
+void AddPoint(CExPtrArray<DPoint*, DPoint*>* pts, double x, double y) {
+  auto point = std::make_unique<DPoint>(x, y);
+  pts->Add(point.get());
+  point.release();
+}
 
 // RegionAngle returns the y-up angle in radians of (x, y) about (cx, cy) as the arc box uses it:
 // atan of the slope, plus pi on the left half, and a fixed quarter turn straight above or below.
@@ -40,7 +48,7 @@ void AppendArcPoint(double cx, double cy, double r, double a, CExPtrArray<DPoint
     c = std::cos(a * qvis::tol::kDegToRad);
     s = std::sin(a * qvis::tol::kDegToRad);
   }
-  pts->Add(new DPoint(cx + r * c, cy - r * s));
+  AddPoint(pts, cx + r * c, cy - r * s);
 }
 
 }  // namespace
@@ -102,7 +110,7 @@ void CQVIS_Math::MakeArcToLine(double cx, double cy, double r, double start, dou
 void CQVIS_Math::MakeArcToLineC(double cx, double cy, double r, double xs, double ys, double xe,
                                 double ye, double n, CExPtrArray<DPoint*, DPoint*>* pts) {
   if (std::fabs(xs - xe) < qvis::tol::kSame && std::fabs(ys - ye) < qvis::tol::kSame) {
-    pts->Add(new DPoint(xs, ys));
+    AddPoint(pts, xs, ys);
     return;
   }
   if (r <= 0) return;

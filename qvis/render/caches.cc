@@ -1,8 +1,12 @@
 // The pen, brush and font caches of the drawing surface.
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <memory>
+#include <utility>
 
 #include "qvis/compat/win32_names.h"
+#include "qvis/gdi/gdi.h"
 #include "qvis/render/object_caches.h"
 
 namespace qvis {
@@ -17,14 +21,28 @@ void SetACP(int codePage) { g_code_page_override = codePage; }
 
 // ----- Pens ----------------------------------------------------------------------------------
 
+namespace {
+
+// Selected: whether a cached wrapper's object is selected into some DC (then it is pinned).
+bool Selected(const qvis::GdiObjectWrapper* object) {
+  return object != nullptr && qvis::gdi::IsSelected(object->GetSafeHandle());
+}
+
+}  // namespace
+
 CPen* CQVIS_PenMgr::CreatePen(int style, int endCap, int width, COLORREF color) {
   if (style < 0 || style >= kStyles) return nullptr;
   // Widths below 2 share the 1-pixel key: the request, not the result, is the key, so the end
   // cap still separates two equal-looking cosmetic pens.
   const int key_width = width >= 2 ? width : 1;
-  ByColor& by_color = m_mapPens[style][endCap][key_width];
-  auto it = by_color.find(color);
-  if (it != by_color.end()) return it->second.get();
+  if (auto cap = m_mapPens[style].find(endCap); cap != m_mapPens[style].end()) {
+    if (auto w = cap->second.find(key_width); w != cap->second.end()) {
+      if (auto it = w->second.find(color); it != w->second.end()) {
+        it->second.last_use = ++clock_;
+        return it->second.pen.get();
+      }
+    }
+  }
 
   auto pen = std::make_shared<CPen>();
   if (key_width >= 2) {
@@ -36,9 +54,44 @@ CPen* CQVIS_PenMgr::CreatePen(int style, int endCap, int width, COLORREF color) 
   } else {
     pen->CreatePen(style, 1, color);
   }
+  MakeRoom();
   CPen* result = pen.get();
-  by_color.emplace(color, std::move(pen));
+  m_mapPens[style][endCap][key_width].emplace(color, Entry{std::move(pen), ++clock_});
+  ++held_;
   return result;
+}
+
+void CQVIS_PenMgr::MakeRoom() {
+  while (held_ >= kCapacity) {
+    // The oldest unselected pen: a scan, which runs only when a new key meets a full cache.
+    ByColor* oldest_table = nullptr;
+    ByColor::iterator oldest;
+    for (ByEndCap& table : m_mapPens) {
+      for (auto& [cap, by_width] : table) {
+        for (auto& [w, by_color] : by_width) {
+          for (auto it = by_color.begin(); it != by_color.end(); ++it) {
+            if (Selected(it->second.pen.get())) continue;
+            if (oldest_table == nullptr || it->second.last_use < oldest->second.last_use) {
+              oldest_table = &by_color;
+              oldest = it;
+            }
+          }
+        }
+      }
+    }
+    if (oldest_table == nullptr) return;  // every pen is selected: grow
+    oldest_table->erase(oldest);
+    --held_;
+    // Empty tables go too, so that Count keeps counting end caps in use.
+    for (ByEndCap& table : m_mapPens) {
+      for (auto cap = table.begin(); cap != table.end();) {
+        for (auto w = cap->second.begin(); w != cap->second.end();) {
+          w = w->second.empty() ? cap->second.erase(w) : std::next(w);
+        }
+        cap = cap->second.empty() ? table.erase(cap) : std::next(cap);
+      }
+    }
+  }
 }
 
 int CQVIS_PenMgr::Count(int style) const {
@@ -52,27 +105,21 @@ int CQVIS_PenMgr::Count() const {
   return n;
 }
 
-int CQVIS_PenMgr::PenCount() const {
-  int n = 0;
-  for (const ByEndCap& table : m_mapPens) {
-    for (const auto& [cap, by_width] : table) {
-      for (const auto& [width, by_color] : by_width) n += static_cast<int>(by_color.size());
-    }
-  }
-  return n;
-}
+int CQVIS_PenMgr::PenCount() const { return held_; }
 
 void CQVIS_PenMgr::Clear() {
   for (ByEndCap& table : m_mapPens) table.clear();
+  held_ = 0;
 }
 
 // ----- Brushes -------------------------------------------------------------------------------
 
 CBrush* CQVIS_BrushMgr::CreateBrush(int style, COLORREF color) {
   if (style < 0 || style >= kStyles) return nullptr;
-  auto& table = m_mapBrushes[style];
-  auto it = table.find(color);
-  if (it != table.end()) return it->second.get();
+  if (auto it = m_mapBrushes[style].find(color); it != m_mapBrushes[style].end()) {
+    it->second.last_use = ++clock_;
+    return it->second.brush.get();
+  }
 
   auto brush = std::make_shared<CBrush>();
   if (style == 6) {
@@ -83,9 +130,30 @@ CBrush* CQVIS_BrushMgr::CreateBrush(int style, COLORREF color) {
   } else {
     brush->CreateHatchBrush(style, color);
   }
+  MakeRoom();
   CBrush* result = brush.get();
-  table.emplace(color, std::move(brush));
+  m_mapBrushes[style].emplace(color, Entry{std::move(brush), ++clock_});
+  ++held_;
   return result;
+}
+
+void CQVIS_BrushMgr::MakeRoom() {
+  while (held_ >= kCapacity) {
+    std::map<COLORREF, Entry>* oldest_table = nullptr;
+    std::map<COLORREF, Entry>::iterator oldest;
+    for (auto& table : m_mapBrushes) {
+      for (auto it = table.begin(); it != table.end(); ++it) {
+        if (Selected(it->second.brush.get())) continue;
+        if (oldest_table == nullptr || it->second.last_use < oldest->second.last_use) {
+          oldest_table = &table;
+          oldest = it;
+        }
+      }
+    }
+    if (oldest_table == nullptr) return;  // every brush is selected: grow
+    oldest_table->erase(oldest);
+    --held_;
+  }
 }
 
 int CQVIS_BrushMgr::Count(int style) const {
@@ -101,6 +169,7 @@ int CQVIS_BrushMgr::Count() const {
 
 void CQVIS_BrushMgr::Clear() {
   for (auto& table : m_mapBrushes) table.clear();
+  held_ = 0;
 }
 
 // ----- Fonts ---------------------------------------------------------------------------------
@@ -153,9 +222,11 @@ CFont* CQVIS_Font::CreateFontA(const CString& face, int height, int escapement, 
   std::memcpy(lf.lfFaceName, m_strFace.GetString(), n);
   lf.lfFaceName[n] = '\0';
 
-  delete m_pFont;
-  m_pFont = new CFont;
-  m_pFont->CreateFontIndirectA(&lf);
+  // The new font is made before the old one goes: a failed allocation leaves the old font
+  // (and no dangling pointer) behind.
+  auto font = std::make_unique<CFont>();
+  font->CreateFontIndirectA(&lf);
+  delete std::exchange(m_pFont, font.release());
   return m_pFont;
 }
 
@@ -180,12 +251,38 @@ CFont* CQVIS_FontMgr::Find(const CString& face, int height, int escapement, char
 
 CFont* CQVIS_FontMgr::CreateFontA(const CString& face, int height, int escapement, char italic,
                                   char underline, long weight, char strikeOut) {
-  if (CFont* found = Find(face, height, escapement, italic, underline, weight, strikeOut)) {
-    return found;
+  const INT_PTR n = m_pArrFonts->GetSize();
+  for (INT_PTR i = 0; i < n; ++i) {
+    CQVIS_Font* font = m_pArrFonts->GetAt(i);
+    if (font->IsSame(face, height, escapement, italic, underline, weight, strikeOut)) {
+      last_use_[static_cast<size_t>(i)] = ++clock_;
+      return font->m_pFont;
+    }
   }
-  auto* record = new CQVIS_Font;
-  m_pArrFonts->Add(record);
-  return record->CreateFontA(face, height, escapement, italic, underline, weight, strikeOut);
+  auto record = std::make_unique<CQVIS_Font>();
+  CFont* font = record->CreateFontA(face, height, escapement, italic, underline, weight, strikeOut);
+  MakeRoom();
+  last_use_.reserve(last_use_.size() + 1);  // so that the push below cannot throw
+  m_pArrFonts->Add(record.get());
+  record.release();  // the list owns it now
+  last_use_.push_back(++clock_);
+  return font;
+}
+
+void CQVIS_FontMgr::MakeRoom() {
+  while (m_pArrFonts->GetSize() >= kCapacity) {
+    INT_PTR oldest = -1;
+    for (INT_PTR i = 0; i < m_pArrFonts->GetSize(); ++i) {
+      if (Selected(m_pArrFonts->GetAt(i)->m_pFont)) continue;
+      if (oldest < 0 || last_use_[static_cast<size_t>(i)] < last_use_[static_cast<size_t>(oldest)]) {
+        oldest = i;
+      }
+    }
+    if (oldest < 0) return;  // every font is selected: grow
+    delete m_pArrFonts->GetAt(oldest);
+    m_pArrFonts->RemoveAt(oldest);
+    last_use_.erase(last_use_.begin() + oldest);
+  }
 }
 
 void CQVIS_FontMgr::Clear() {
@@ -193,6 +290,7 @@ void CQVIS_FontMgr::Clear() {
   for (INT_PTR i = 0; i < n; ++i) delete m_pArrFonts->GetAt(i);
   m_pArrFonts->RemoveAll();
   m_pArrFonts->FreeExtra();
+  last_use_.clear();
 }
 
 int CQVIS_FontMgr::GetCount() const { return static_cast<int>(m_pArrFonts->GetSize()); }

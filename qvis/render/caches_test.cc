@@ -154,3 +154,70 @@ TEST(FontCacheTest, CharacterSetFollowsTheCodePage) {
 }
 
 }  // namespace
+
+namespace {
+
+// The three caches hold at most kCapacity objects: a new key beyond that evicts the least
+// recently used object, never one selected into a DC. An evicted object's handle is dead (the
+// device layer refuses it); a kept one is still live.
+TEST(CacheBoundTest, PensAreEvictedLeastRecentlyUsedFirstAndSelectedOnesArePinned) {
+  Canvas canvas(4, 4);
+  CQVIS_PenMgr pens;
+  const COLORREF red = 0x0000FF;
+  CPen* selected = pens.CreatePen(0, 0, 2, red);
+  const qvis::HGDIOBJ selected_handle = selected->m_hObject;
+  qvis::gdi::SelectObject(canvas.dc(), selected_handle);
+  const qvis::HGDIOBJ oldest = pens.CreatePen(0, 0, 3, red)->m_hObject;
+  const qvis::HGDIOBJ touched = pens.CreatePen(0, 0, 4, red)->m_hObject;
+  // Fill the cache, using the "touched" pen again near the end so that it is recent.
+  for (int w = 5; w < CQVIS_PenMgr::kCapacity + 2; ++w) pens.CreatePen(0, 0, w, red);
+  EXPECT_EQ(pens.PenCount(), CQVIS_PenMgr::kCapacity);
+  EXPECT_EQ(pens.CreatePen(0, 0, 4, red)->m_hObject, touched);
+  for (int w = 1000; w < 1000 + 5 * CQVIS_PenMgr::kCapacity; ++w) {
+    pens.CreatePen(0, 0, w, red);
+    pens.CreatePen(0, 0, 4, red);  // kept in use all along
+    ASSERT_LE(pens.PenCount(), CQVIS_PenMgr::kCapacity);
+  }
+  EXPECT_EQ(qvis::gdi::GetObjectType(oldest), 0u);          // evicted: its handle is dead
+  EXPECT_EQ(qvis::gdi::GetObjectType(touched), 1u);         // in use: kept
+  EXPECT_EQ(pens.CreatePen(0, 0, 4, red)->m_hObject, touched);
+  EXPECT_EQ(qvis::gdi::GetObjectType(selected_handle), 1u);  // selected: pinned
+  EXPECT_EQ(pens.CreatePen(0, 0, 2, red), selected);
+  EXPECT_EQ(pens.Count(0), 1);  // one end cap in use, whatever was evicted
+  // Once deselected it may go like any other.
+  qvis::gdi::SelectObject(canvas.dc(), qvis::gdi::GetStockObject(BLACK_PEN));
+  for (int w = 3000; w < 3000 + CQVIS_PenMgr::kCapacity; ++w) pens.CreatePen(0, 0, w, red);
+  EXPECT_EQ(qvis::gdi::GetObjectType(selected_handle), 0u);
+  EXPECT_EQ(pens.PenCount(), CQVIS_PenMgr::kCapacity);
+}
+
+TEST(CacheBoundTest, BrushesAndFontsAreBoundedTheSameWay) {
+  Canvas canvas(4, 4);
+  CQVIS_BrushMgr brushes;
+  CBrush* kept = brushes.CreateBrush(6, 0x123456);
+  qvis::gdi::SelectObject(canvas.dc(), kept->m_hObject);
+  const qvis::HGDIOBJ first = brushes.CreateBrush(6, 0)->m_hObject;
+  for (COLORREF c = 1; c < 4 * CQVIS_BrushMgr::kCapacity; ++c) {
+    brushes.CreateBrush(c % 2 == 0 ? 6 : HS_CROSS, c);
+    ASSERT_LE(brushes.Count(), CQVIS_BrushMgr::kCapacity);
+  }
+  EXPECT_EQ(brushes.Count(), CQVIS_BrushMgr::kCapacity);
+  EXPECT_EQ(qvis::gdi::GetObjectType(first), 0u);
+  EXPECT_EQ(brushes.CreateBrush(6, 0x123456), kept);
+  EXPECT_EQ(qvis::gdi::GetObjectType(kept->m_hObject), 2u);
+
+  CQVIS_FontMgr fonts;
+  CFont* label = fonts.CreateFontA("Arial", 12, 0, 0, 0, 400, 0);
+  qvis::gdi::SelectObject(canvas.dc(), label->m_hObject);
+  const qvis::HGDIOBJ first_font = fonts.CreateFontA("Arial", 13, 0, 0, 0, 400, 0)->m_hObject;
+  for (int h = 14; h < 14 + 3 * CQVIS_FontMgr::kCapacity; ++h) {
+    fonts.CreateFontA("Arial", h, 0, 0, 0, 400, 0);
+    ASSERT_LE(fonts.GetCount(), CQVIS_FontMgr::kCapacity);
+  }
+  EXPECT_EQ(fonts.GetCount(), CQVIS_FontMgr::kCapacity);
+  EXPECT_EQ(qvis::gdi::GetObjectType(first_font), 0u);
+  EXPECT_EQ(fonts.CreateFontA("Arial", 12, 0, 0, 0, 400, 0), label);
+  EXPECT_EQ(fonts.GetAt(0)->m_pFont, label);  // the survivors keep their creation order
+}
+
+}  // namespace

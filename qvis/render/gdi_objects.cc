@@ -11,9 +11,8 @@ HGDIOBJ AsGdiObject(HFONT font) { return font; }
 HGDIOBJ AsGdiObject(HBITMAP bitmap) { return bitmap; }
 HGDIOBJ AsGdiObject(HRGN region) { return region; }
 HBRUSH AsBrush(HGDIOBJ object) {
-  return object != nullptr && object->kind == gdi::ObjectKind::kBrush
-             ? static_cast<HBRUSH>(object)
-             : nullptr;
+  // A handle is opaque (never read through), so the conversion asks the object table.
+  return gdi::GetObjectType(object) == 2 ? reinterpret_cast<HBRUSH>(object) : nullptr;
 }
 
 GdiObjectWrapper::~GdiObjectWrapper() { DeleteObject(); }

@@ -1,14 +1,20 @@
 // CQVIS_PenMgr, CQVIS_BrushMgr, CQVIS_FontMgr and CQVIS_Font: the caches that turn the drawing
 // surface's many pen, brush and font requests into lookups. Each makes a device-layer object on
-// the first request for a key and returns the same object afterwards; nothing is evicted.
+// the first request for a key and returns the same object afterwards. Each holds at most
+// kCapacity objects: a new key beyond that evicts the least recently used object that no DC
+// has selected (selected ones are pinned; if every one is selected the cache grows), so a zoom
+// that makes a new pen width or font height at every step does not grow memory. An object
+// returned earlier stays valid until the next request for a new key may evict it.
 // Owned by CQVIS_GDI (one of each).
 #ifndef QVIS_RENDER_OBJECT_CACHES_H_
 #define QVIS_RENDER_OBJECT_CACHES_H_
 
 #include "qvis/compat/export.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "qvis/compat/carray.h"
 #include "qvis/compat/cstring.h"
@@ -51,12 +57,22 @@ class QVIS_API CQVIS_PenMgr {
   void Clear();
 
   static constexpr int kStyles = 6;
+  // kCapacity: the most pens held while some are not selected.
+  static constexpr int kCapacity = 256;
 
  private:
-  using ByColor = std::map<COLORREF, std::shared_ptr<CPen>>;
+  struct Entry {
+    std::shared_ptr<CPen> pen;
+    std::uint64_t last_use = 0;
+  };
+  using ByColor = std::map<COLORREF, Entry>;
   using ByWidth = std::map<int, ByColor>;
   using ByEndCap = std::map<int, ByWidth>;
+  // MakeRoom evicts least recently used unselected pens until one more fits.
+  void MakeRoom();
   ByEndCap m_mapPens[kStyles];
+  std::uint64_t clock_ = 0;  // use counter: last_use values grow with every request
+  int held_ = 0;             // pens held, all tables
 };
 
 // CQVIS_BrushMgr: brushes keyed by (style 0..9, colour). Style 6 is solid, 7 the stock hollow
@@ -78,9 +94,19 @@ class QVIS_API CQVIS_BrushMgr {
   void Clear();
 
   static constexpr int kStyles = 10;
+  // kCapacity: the most brushes held while some are not selected.
+  static constexpr int kCapacity = 256;
 
  private:
-  std::map<COLORREF, std::shared_ptr<CBrush>> m_mapBrushes[kStyles];
+  struct Entry {
+    std::shared_ptr<CBrush> brush;
+    std::uint64_t last_use = 0;
+  };
+  // MakeRoom evicts least recently used unselected brushes until one more fits.
+  void MakeRoom();
+  std::map<COLORREF, Entry> m_mapBrushes[kStyles];
+  std::uint64_t clock_ = 0;
+  int held_ = 0;
 };
 
 // CQVIS_Font: one cached font and the key it was made from.
@@ -129,7 +155,8 @@ class QVIS_API CQVIS_FontMgr {
   // Find returns the font of the first record for which IsSame holds, or null.
   CFont* Find(const CString& face, int height, int escapement, char italic, char underline,
               long weight, char strikeOut) const;
-  // CreateFontA returns Find's font, or appends a new record and makes its font.
+  // CreateFontA returns Find's font, or appends a new record and makes its font (evicting the
+  // least recently used unselected record when kCapacity are held).
   CFont* CreateFontA(const CString& face, int height, int escapement, char italic,
                      char underline, long weight, char strikeOut);
   // Clear destroys every record and its font.
@@ -138,8 +165,15 @@ class QVIS_API CQVIS_FontMgr {
   int GetCount() const;
   CQVIS_Font* GetAt(int i) const;
 
+  // kCapacity: the most fonts held while some are not selected (each holds a rasteriser face).
+  static constexpr int kCapacity = 32;
+
  private:
+  // MakeRoom evicts least recently used unselected records until one more fits.
+  void MakeRoom();
   CArray<CQVIS_Font*, CQVIS_Font*>* m_pArrFonts = nullptr;  // owned, as are its records
+  std::vector<std::uint64_t> last_use_;  // parallel to m_pArrFonts
+  std::uint64_t clock_ = 0;
 };
 
 #endif  // QVIS_RENDER_OBJECT_CACHES_H_

@@ -8,10 +8,13 @@
 #include "qvis/compat/export.h"
 
 #include <cstdint>
+#include <memory>
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/handles.h"
+#include "qvis/compat/key_state.h"
+#include "qvis/compat/redraw.h"
 #include "qvis/compat/types.h"
 
 class CArchive;
@@ -60,6 +63,14 @@ class QVIS_API CQVIS_GDI {
   void SetCDC(CDC* dc) { m_pDC = dc; }
   // SetHandles stores the window, the drawing DC and the origin DC at once (nulls allowed).
   void SetHandles(qvis::HWND hwnd, qvis::HDC drawing, qvis::HDC origin);
+
+  // SetWindowLink: the key state and the immediate repaint of the window the surface's design
+  // is shown in. The window sets them when it is created over a port and clears them (null,
+  // empty) when the port goes away; without them every key is up and repaints are ignored.
+  // Copies and assignment leave them as they are: they belong to one window.
+  void SetWindowLink(const qvis::KeyStateSource* keys, qvis::RedrawHandler redraw);
+  const qvis::KeyStateSource* GetKeyStates() const { return key_states_; }
+  const qvis::RedrawHandler& GetRedrawHandler() const { return redraw_; }
 
   qvis::HWND GetHWND() const { return m_hWnd; }
   qvis::HDC GetHDC() const { return m_hDC; }
@@ -498,6 +509,15 @@ class QVIS_API CQVIS_GDI {
   UINT_PTR m_nGdiplusToken = 0;      // token of the translucent path's start-up
 
  private:
+  // The objects behind m_pCoords and the three caches: owned here, observed through the
+  // public pointers, so that a failed construction frees what it made.
+  std::unique_ptr<CQVIS_Coords> coords_;
+  std::unique_ptr<CQVIS_PenMgr> pen_mgr_;
+  std::unique_ptr<CQVIS_BrushMgr> brush_mgr_;
+  std::unique_ptr<CQVIS_FontMgr> font_mgr_;
+  const qvis::KeyStateSource* key_states_ = nullptr;  // the window's port; not owned
+  qvis::RedrawHandler redraw_;
+
   void SelectPen(int style, int endCap, int width, COLORREF color, qvis::HDC hdc);
   void SelectBrush(int style, COLORREF color, qvis::HDC hdc);
   void SelectCachedFont(qvis::HDC dc, int height, double angle, const CString& face, char italic,

@@ -1,6 +1,8 @@
 // CQVIS_GDI: state, set-up and tear-down, modes, and the preparation of pens, brushes and fonts.
 #include <cmath>
 #include <cstdint>
+#include <memory>
+#include <utility>
 
 #include "qvis/compat/archive.h"
 #include "qvis/compat/message_box.h"
@@ -23,11 +25,15 @@ constexpr char kStartFailedText[] = "GDI+ initialization failed.";
 
 int CQVIS_GDI::m_nVersion = 1;
 
-CQVIS_GDI::CQVIS_GDI() {
-  m_pCoords = new CQVIS_Coords;
-  m_pPenMgr = new CQVIS_PenMgr;
-  m_pBrushMgr = new CQVIS_BrushMgr;
-  m_pFontMgr = new CQVIS_FontMgr;
+CQVIS_GDI::CQVIS_GDI()
+    : coords_(std::make_unique<CQVIS_Coords>()),
+      pen_mgr_(std::make_unique<CQVIS_PenMgr>()),
+      brush_mgr_(std::make_unique<CQVIS_BrushMgr>()),
+      font_mgr_(std::make_unique<CQVIS_FontMgr>()) {
+  m_pCoords = coords_.get();
+  m_pPenMgr = pen_mgr_.get();
+  m_pBrushMgr = brush_mgr_.get();
+  m_pFontMgr = font_mgr_.get();
   m_strXORTextFace = "Arial";
   // The translucent path cannot fail to start here, but a host (or a test) that makes it fail
   // sees the message and keeps a working surface: only the GP_ members stay blank.
@@ -37,27 +43,21 @@ CQVIS_GDI::CQVIS_GDI() {
 CQVIS_GDI::CQVIS_GDI(const CQVIS_GDI& other) : CQVIS_GDI() { *this = other; }
 
 CQVIS_GDI::~CQVIS_GDI() {
-  delete m_pCoords;
+  // The caches release their objects as the owners go; the coordinate system goes with them.
   m_pCoords = nullptr;
-  m_pPenMgr->Clear();
-  delete m_pPenMgr;
   m_pPenMgr = nullptr;
-  m_pBrushMgr->Clear();
-  delete m_pBrushMgr;
   m_pBrushMgr = nullptr;
-  m_pFontMgr->Clear();
-  delete m_pFontMgr;
   m_pFontMgr = nullptr;
   qvis::AlphaShutdown(m_nGdiplusToken);
 }
 
 CQVIS_GDI& CQVIS_GDI::operator=(const CQVIS_GDI& other) {
   if (this == &other) return *this;
+  auto coords = std::make_unique<CQVIS_Coords>(*other.m_pCoords);  // a throw changes nothing
   m_crBkColor = other.m_crBkColor;
   m_dTextSizeUnit = other.m_dTextSizeUnit;
-  auto* coords = new CQVIS_Coords(*other.m_pCoords);
-  delete m_pCoords;
-  m_pCoords = coords;
+  coords_ = std::move(coords);
+  m_pCoords = coords_.get();
   return *this;
 }
 
@@ -87,6 +87,11 @@ void CQVIS_GDI::SetHandles(qvis::HWND hwnd, qvis::HDC drawing, qvis::HDC origin)
   m_hWnd = hwnd;
   m_hDC = drawing;
   m_hOriginDC = origin;
+}
+
+void CQVIS_GDI::SetWindowLink(const qvis::KeyStateSource* keys, qvis::RedrawHandler redraw) {
+  key_states_ = keys;
+  redraw_ = std::move(redraw);
 }
 
 void CQVIS_GDI::InitGDIPlus() {

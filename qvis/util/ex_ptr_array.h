@@ -5,6 +5,7 @@
 #ifndef QVIS_UTIL_EX_PTR_ARRAY_H_
 #define QVIS_UTIL_EX_PTR_ARRAY_H_
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -148,14 +149,25 @@ class CExPtrArray : public CArray<TYPE, ARG_TYPE> {
                      const int& to) {
     if (to < from) return false;
     if (from < 0 || to >= this->GetSize()) throw CInvalidArgException();
-    // Inserted back to front at the end `dest` had on entry, so the block
-    // keeps its order; `dest` may be this array itself.
-    const INT_PTR insert_at = dest.GetSize();
-    for (int k = to; k >= from; --k) {
-      TYPE p = this->GetData()[k];
-      dest.InsertAt(insert_at, p);
-      this->RemoveAt(k);
+    // The block is copied out first, so that `dest` may be this array itself (the block then
+    // moves to the end, in order). A failed allocation leaves both arrays as they were.
+    const std::vector<TYPE> block(this->GetData() + from, this->GetData() + to + 1);
+    const INT_PTR count = static_cast<INT_PTR>(block.size());
+    if (&dest == this) {
+      std::vector<TYPE> order(this->GetData(), this->GetData() + from);
+      order.insert(order.end(), this->GetData() + to + 1, this->GetData() + this->GetSize());
+      order.insert(order.end(), block.begin(), block.end());
+      std::copy(order.begin(), order.end(), this->GetData());
+      return true;
     }
+    const INT_PTR old_size = dest.GetSize();
+    try {
+      for (const TYPE& p : block) dest.Add(p);
+    } catch (...) {
+      dest.SetSize(old_size);
+      throw;
+    }
+    this->RemoveAt(from, count);
     return true;
   }
 

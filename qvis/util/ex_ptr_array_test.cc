@@ -141,11 +141,18 @@ TEST_F(ExPtrArrayTest, MoveElementToAppendsTheBlockInOrder) {
   EXPECT_THROW(a.MoveElementTo(dest, 1, 2), CInvalidArgException);
   EXPECT_THROW(a.MoveElementTo(dest, -1, 0), CInvalidArgException);
   EXPECT_EQ(Ids(a), (std::vector<int>{0, 4}));
-  // Moving within the same array keeps every element exactly once.
+  // Moving within the same array takes the block to the end, in its order: a front block, a
+  // middle one, a one-element one, and the whole array (which stays as it is).
   EXPECT_TRUE(dest.MoveElementTo(dest, 0, 1));
-  std::vector<int> sorted = Ids(dest);
-  std::sort(sorted.begin(), sorted.end());
-  EXPECT_EQ(sorted, (std::vector<int>{1, 2, 3, 5}));
+  EXPECT_EQ(Ids(dest), (std::vector<int>{2, 3, 5, 1}));
+  EXPECT_TRUE(dest.MoveElementTo(dest, 1, 2));
+  EXPECT_EQ(Ids(dest), (std::vector<int>{2, 1, 3, 5}));
+  EXPECT_TRUE(dest.MoveElementTo(dest, 0, 0));
+  EXPECT_EQ(Ids(dest), (std::vector<int>{1, 3, 5, 2}));
+  EXPECT_TRUE(dest.MoveElementTo(dest, 0, 3));
+  EXPECT_EQ(Ids(dest), (std::vector<int>{1, 3, 5, 2}));
+  EXPECT_THROW(dest.MoveElementTo(dest, 2, 4), CInvalidArgException);
+  EXPECT_EQ(Ids(dest), (std::vector<int>{1, 3, 5, 2}));
   EXPECT_TRUE(dead_.empty());
 }
 

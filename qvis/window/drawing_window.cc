@@ -3,6 +3,9 @@
 // the design's managers and commands in a fixed order.
 #include "qvis/window/drawing_window.h"
 
+#include <memory>
+#include <utility>
+
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/redraw.h"
 #include "qvis/compat/win32_names.h"
@@ -27,9 +30,14 @@ constexpr double kZoomAllFill = 0.02;
 constexpr double kDefaultTrackWidth = 0.4;
 constexpr COLORREF kCommandRed = 0x0000FF;
 
-bool IsDown(int virtual_key) { return (qvis::GetKeyState(virtual_key) & 0x8000) != 0; }
-bool IsAsyncDown(int virtual_key) {
-  return (qvis::GetAsyncKeyState(virtual_key) & 0x8000) != 0;
+// IsDown, IsAsyncDown: whether a key is held in the window's own port (no port: no).
+bool IsDown(const qvis::WindowPort* port, int virtual_key) {
+  const qvis::KeyStateSource* keys = port != nullptr ? port->KeyStates() : nullptr;
+  return (qvis::GetKeyState(keys, virtual_key) & 0x8000) != 0;
+}
+bool IsAsyncDown(const qvis::WindowPort* port, int virtual_key) {
+  const qvis::KeyStateSource* keys = port != nullptr ? port->KeyStates() : nullptr;
+  return (qvis::GetAsyncKeyState(keys, virtual_key) & 0x8000) != 0;
 }
 
 CPoint PointFromLParam(LPARAM lp) {
@@ -57,26 +65,40 @@ void StartCommand(CQVIS_Design* design, Cmd* cmd, Setup&& setup) {
 
 }  // namespace
 
-CQVIS_Wnd::CQVIS_Wnd() : m_pDesign(new CQVIS_Design), m_nInitLayerID(1) {}
+CQVIS_Wnd::CQVIS_Wnd()
+    : m_pDesign(nullptr), m_nInitLayerID(1), design_(std::make_unique<CQVIS_Design>()) {
+  m_pDesign = design_.get();
+}
 
 CQVIS_Wnd::~CQVIS_Wnd() {
   if (m_pPort != nullptr) m_pPort->Bind(nullptr);
-  delete m_pDesign;
+  m_pDesign = nullptr;  // design_ deletes it with everything it owns
+}
+
+void CQVIS_Wnd::SetDesign(std::unique_ptr<CQVIS_Design> design) {
+  if (design == nullptr) return;
+  design_ = std::move(design);
+  m_pDesign = design_.get();
 }
 
 BOOL CQVIS_Wnd::Create(qvis::WindowPort* port) {
   if (port == nullptr || m_pPort != nullptr) return FALSE;
-  // The layers below the window (the mouse pan) repaint a window through this hook; every
-  // window handle is a port, so the one handler serves all windows.
-  qvis::SetRedrawHandler([](qvis::HWND hwnd, UINT) -> BOOL {
-    hwnd->RedrawNow();
-    return TRUE;
-  });
   m_pPort = port;
   port->Bind(this);
+  // The layers below the window (the zoom box, selection, the mouse pan) read this port's keys
+  // and repaint through it: the link lives on this window's surface, nowhere else.
+  if (m_pDesign != nullptr && m_pDesign->m_pSurface != nullptr) {
+    m_pDesign->m_pSurface->SetWindowLink(port->KeyStates(), [port](qvis::HWND, UINT) -> BOOL {
+      port->RedrawNow();
+      return TRUE;
+    });
+  }
   if (WindowProc(WM_CREATE, 0, 0) == -1) {
     port->Bind(nullptr);
     m_pPort = nullptr;
+    if (m_pDesign != nullptr && m_pDesign->m_pSurface != nullptr) {
+      m_pDesign->m_pSurface->SetWindowLink(nullptr, nullptr);
+    }
     return FALSE;
   }
   const CRect client = port->GetClientRect();
@@ -89,6 +111,7 @@ void CQVIS_Wnd::DetachPort() {
   if (m_pPort != nullptr) m_pPort->Bind(nullptr);
   m_pPort = nullptr;
   if (m_pDesign == nullptr || m_pDesign->m_pSurface == nullptr) return;
+  m_pDesign->m_pSurface->SetWindowLink(nullptr, nullptr);
   // Nothing may draw into the port's front buffer once the port is gone: the rubber bands
   // fall back to the back buffer, which the design owns.
   m_pDesign->m_pRenderBuffer->Attach(nullptr, nullptr, 0, 0);
@@ -186,8 +209,8 @@ LRESULT CQVIS_Wnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 
 BOOL CQVIS_Wnd::PreTranslateMessage(qvis::MSG* pMsg) {
   if (pMsg == nullptr) return FALSE;
-  const bool escape = IsDown(VK_ESCAPE);
-  const bool enter = IsDown(VK_RETURN);
+  const bool escape = IsDown(m_pPort, VK_ESCAPE);
+  const bool enter = IsDown(m_pPort, VK_RETURN);
   if (escape || enter) {
     if (escape) OnKeyDown(VK_ESCAPE, 1, 0);
     if (enter) OnKeyDown(VK_RETURN, 1, 0);
@@ -195,7 +218,7 @@ BOOL CQVIS_Wnd::PreTranslateMessage(qvis::MSG* pMsg) {
     return TRUE;
   }
   // Alt+1 fits the design whatever the message is, as long as it carries the "1" key.
-  if (IsDown(VK_MENU) && pMsg->wParam == 0x31) OnZoomZoomall();
+  if (IsDown(m_pPort, VK_MENU) && pMsg->wParam == 0x31) OnZoomZoomall();
   if (pMsg->message == WM_CHAR) {
     if (pMsg->wParam == '+') {
       OnZoomZoomin();
@@ -278,7 +301,7 @@ void CQVIS_Wnd::OnMouseMove(UINT /*nFlags*/, CPoint point) {
 
   if (CQVIS_MousePanMgr* pan = d->m_pMousePanMgr) {
     // A release outside the window never reached us: the pan ends without its last scroll.
-    if (pan->IsActived() && !IsAsyncDown(VK_RBUTTON)) pan->m_nActive = 0;
+    if (pan->IsActived() && !IsAsyncDown(m_pPort, VK_RBUTTON)) pan->m_nActive = 0;
     if (pan->IsActived()) pan->MouseMove(wx, wy, 0);
   }
   if (d->m_pZoomMgr && d->m_pZoomMgr->IsActived()) d->m_pZoomMgr->MouseMove(wx, wy);
@@ -303,7 +326,7 @@ BOOL CQVIS_Wnd::OnMouseWheel(UINT /*nFlags*/, short zDelta, CPoint pt) {
   CQVIS_Coords* c = m_pDesign->m_pCoords;
   const double wx = c->ScreenXToWorld(p.x);
   const double wy = c->ScreenYToWorld(p.y);
-  const double factor = IsAsyncDown(VK_SHIFT) ? kWheelShiftFactor : kWheelFactor;
+  const double factor = IsAsyncDown(m_pPort, VK_SHIFT) ? kWheelShiftFactor : kWheelFactor;
   if (zDelta == 0) return static_cast<BOOL>(Default());
   // A notch that would take the zoom out of its range does nothing (the view stays usable).
   const bool zoomed = qvis::ZoomWithinRange(*c, [&](CQVIS_Coords& view) {

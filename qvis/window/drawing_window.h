@@ -5,7 +5,7 @@
 #ifndef QVIS_WINDOW_DRAWING_WINDOW_H_
 #define QVIS_WINDOW_DRAWING_WINDOW_H_
 
-#include "qvis/compat/export.h"
+#include <memory>
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
@@ -100,6 +100,10 @@ class QVIS_API CQVIS_Wnd {
   int m_nInitLayerID;
 
  protected:
+  // SetDesign: a derived window replaces the design it was constructed with (before Create):
+  // the window owns the new one and deletes the old one. m_pDesign observes the design; it is
+  // never deleted by hand. A null design is ignored.
+  void SetDesign(std::unique_ptr<CQVIS_Design> design);
   // Default: the platform's default processing of the message being handled.
   LRESULT Default();
   // Invalidate: asks for a repaint of the whole client area (with erase).
@@ -114,6 +118,8 @@ class QVIS_API CQVIS_Wnd {
  private:
   // The message WindowProc is handling, for Default.
   qvis::MSG current_;
+  // The design: owned here, observed through m_pDesign.
+  std::unique_ptr<CQVIS_Design> design_;
 };
 
 #endif  // QVIS_WINDOW_DRAWING_WINDOW_H_

@@ -8,6 +8,7 @@
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/handles.h"
+#include "qvis/compat/key_state.h"
 #include "qvis/compat/types.h"
 
 class CQVIS_Wnd;
@@ -51,6 +52,11 @@ class QVIS_API WindowPort {
 
   // DefaultProc: the platform's default processing of a message the window passes on.
   virtual LRESULT DefaultProc(const MSG& msg) = 0;
+
+  // KeyStates: the key and mouse-button state of this port's window, which the window and its
+  // design's managers and commands ask (GetKeyState, GetAsyncKeyState). Each port keeps its
+  // own; it lives as long as the port.
+  virtual const KeyStateSource* KeyStates() const = 0;
 };
 
 // PackPointLParam: a client or screen point as the LPARAM of a mouse or size message (x in the

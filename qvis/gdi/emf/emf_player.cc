@@ -197,8 +197,8 @@ class Player {
   Attributes Capture() const {
     Attributes a;
     a.map = map_;
-    a.pen = dc_.pen;
-    a.brush = dc_.brush;
+    a.pen = dc_.pen != nullptr ? dc_.pen->handle : nullptr;
+    a.brush = dc_.brush != nullptr ? dc_.brush->handle : nullptr;
     a.rop2 = dc_.rop2;
     a.bk_mode = dc_.bk_mode;
     a.bk_color = dc_.bk_color;

@@ -41,19 +41,20 @@ GoldenRule ParseGoldenRule(std::string_view text, std::string* error) {
   std::istringstream words(line);
   std::string kind;
   words >> kind;
-  if (kind == "exact") return rule;
-  if (kind == "report") {
-    rule.kind = GoldenRule::Kind::kReport;
+  std::string extra;
+  if (kind == "exact" && !(words >> extra)) return rule;
+  if (kind == "ours" && !(words >> extra)) {
+    rule.kind = GoldenRule::Kind::kOurs;
     return rule;
   }
-  if (kind == "agreement") {
+  if (kind == "budget") {
     std::string value;
     words >> value;
     char* stop = nullptr;
-    double percent = std::strtod(value.c_str(), &stop);
-    if (!value.empty() && *stop == '\0' && percent >= 0.0 && percent <= 100.0) {
-      rule.kind = GoldenRule::Kind::kAgreement;
-      rule.min_agreement = percent;
+    const long long pixels = std::strtoll(value.c_str(), &stop, 10);
+    if (!value.empty() && *stop == '\0' && pixels >= 0 && !(words >> extra)) {
+      rule.kind = GoldenRule::Kind::kBudget;
+      rule.budget = pixels;
       return rule;
     }
   }

@@ -136,23 +136,28 @@ TEST(GoldenCompareTest, RulesComeFromTheSceneComment) {
   struct Row {
     const char* text;
     GoldenRule::Kind kind;
-    double min;
+    long long budget;
     bool error;
   } rows[] = {
-      {"canvas 1 1 0\n", GoldenRule::Kind::kExact, 100, false},
-      {"# golden: exact\ncanvas 1 1 0\n", GoldenRule::Kind::kExact, 100, false},
-      {"# golden: report\n", GoldenRule::Kind::kReport, 100, false},
-      {"# wide pens\n# golden: agreement 99.5\n", GoldenRule::Kind::kAgreement, 99.5, false},
-      {"# golden: agreement\n", GoldenRule::Kind::kExact, 100, true},
-      {"# golden: agreement 101\n", GoldenRule::Kind::kExact, 100, true},
-      {"# golden: agreement 9x\n", GoldenRule::Kind::kExact, 100, true},
-      {"# golden: roughly\n", GoldenRule::Kind::kExact, 100, true},
+      {"canvas 1 1 0\n", GoldenRule::Kind::kExact, 0, false},
+      {"# golden: exact\ncanvas 1 1 0\n", GoldenRule::Kind::kExact, 0, false},
+      {"# golden: ours\n", GoldenRule::Kind::kOurs, 0, false},
+      {"# wide pens\n# golden: budget 14\n", GoldenRule::Kind::kBudget, 14, false},
+      {"# golden: budget 0\n", GoldenRule::Kind::kBudget, 0, false},
+      {"# golden: budget\n", GoldenRule::Kind::kExact, 0, true},
+      {"# golden: budget -3\n", GoldenRule::Kind::kExact, 0, true},
+      {"# golden: budget 9x\n", GoldenRule::Kind::kExact, 0, true},
+      {"# golden: budget 2.5\n", GoldenRule::Kind::kExact, 0, true},
+      {"# golden: budget 3 4\n", GoldenRule::Kind::kExact, 0, true},
+      {"# golden: agreement 99\n", GoldenRule::Kind::kExact, 0, true},  // shares are gone
+      {"# golden: report\n", GoldenRule::Kind::kExact, 0, true},        // so is report-only
+      {"# golden: roughly\n", GoldenRule::Kind::kExact, 0, true},
   };
   for (const Row& row : rows) {
     std::string error;
     GoldenRule rule = ParseGoldenRule(row.text, &error);
     EXPECT_EQ(rule.kind, row.kind) << row.text;
-    EXPECT_DOUBLE_EQ(rule.min_agreement, row.min) << row.text;
+    EXPECT_EQ(rule.budget, row.budget) << row.text;
     EXPECT_EQ(!error.empty(), row.error) << row.text;
   }
 }

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 #include <numbers>
+#include <memory>
 #include <vector>
 
 #include "qvis/compat/win32_names.h"
@@ -123,7 +124,7 @@ BOOL RoundRect(HDC dc, int left, int top, int right, int bottom, int width, int 
 
 HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
   const Box64 box = NormalizedBox(left, top, right, bottom);
-  auto* region = new RegionData;
+  auto region = std::make_unique<RegionData>();
   if (box.Width() - 1 > kMaxSteppedEllipse || box.Height() - 1 > kMaxSteppedEllipse) {
     // Too big to step: the flattened ellipse, kept within kRegionReach of the origin (a region
     // holds a band per row, and rows that far out are never on a bitmap).
@@ -147,12 +148,12 @@ HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
     const int n = static_cast<int>(fx.size());
     if (n >= 3) scanner.Fill(fx.data(), &n, 1, FillRule::kWinding, reach, builder);
     region->shape = builder.Build();
-    Register(region);
-    return region;
+    Register(region.get());
+    return region.release()->Handle();
   }
   region->shape = RowsToRegion(RoundRows(box, box.Width(), box.Height()), kEverywhere);
-  Register(region);
-  return region;
+  Register(region.get());
+  return region.release()->Handle();
 }
 
 }  // namespace qvis::gdi

@@ -44,6 +44,13 @@ constexpr int kBoldWeight = 600;
 // Horizontal shear of synthesised italics (x += y / 4, about 14 degrees).
 constexpr FT_Fixed kObliqueShear = 0x4000;
 
+// FaceMutex: FreeType lets threads share a library only when the creation and destruction of
+// faces are serialised; glyph work on distinct faces needs no lock.
+std::mutex& FaceMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
 FT_Library Library() {
   static FT_Library library = nullptr;
   static std::once_flag once;
@@ -143,7 +150,10 @@ struct FontFace::Impl {
   bool rotated = false;
 
   ~Impl() {
-    if (face != nullptr) FT_Done_Face(face);
+    if (face != nullptr) {
+      std::lock_guard<std::mutex> lock(FaceMutex());
+      FT_Done_Face(face);
+    }
   }
 
   // Glyphs are hinted for monochrome output (stems snapped to whole pixels) before any
@@ -178,7 +188,12 @@ std::unique_ptr<FontFace> FontFace::Realize(const LOGFONTA& lf) {
   FaceChoice choice;
   if (!ChooseFace(lf, &choice)) return nullptr;
   auto impl = std::make_unique<Impl>();
-  if (FT_New_Face(library, choice.file.c_str(), choice.index, &impl->face) != 0) {
+  FT_Error opened = 0;
+  {
+    std::lock_guard<std::mutex> lock(FaceMutex());
+    opened = FT_New_Face(library, choice.file.c_str(), choice.index, &impl->face);
+  }
+  if (opened != 0) {
     impl->face = nullptr;
     return nullptr;
   }
@@ -257,8 +272,9 @@ std::unique_ptr<FontFace> FontFace::Realize(const LOGFONTA& lf) {
 
 FontFace* FontFace::ForFont(FontData* font) {
   if (font == nullptr) {
-    // A DC without a selected font draws with a plain bold sans face of 16-pixel cells.
-    static std::unique_ptr<FontFace> fallback = [] {
+    // A DC without a selected font draws with a plain bold sans face of 16-pixel cells. Each
+    // thread has its own: a face caches glyphs and may not be shared between threads.
+    static thread_local std::unique_ptr<FontFace> fallback = [] {
       LOGFONTA lf;
       lf.lfHeight = kDefaultCellHeight;
       lf.lfWeight = FW_BOLD;

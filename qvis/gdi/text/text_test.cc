@@ -408,9 +408,10 @@ TEST(TextTest, TextInAnOpenPathBecomesFillableOutlines) {
   SelectObject(c.dc(), black);
   SelectObject(c.dc(), GetStockObject(NULL_PEN));
   ASSERT_TRUE(FillPath(c.dc()));
-  // The filled outlines cover most of the rendered glyphs' pixels (the holes of 'B' and 'o'
-  // stay empty). They are not identical: a path fill takes the pixels whose centres lie
-  // inside, the glyph rasteriser also keeps thin parts that no centre falls in.
+  // The filled outlines cover the rendered glyphs' pixels (the holes of 'B' and 'o' stay
+  // empty) but for a budget of pixels: a path fill takes the pixels whose centres lie inside,
+  // the glyph rasteriser also keeps thin parts that no centre falls in. The budget is the count
+  // measured when it was set (117 of the 549 pixels either inks).
   std::vector<std::uint32_t> filled = c.Pixels();
   int both = 0, either = 0;
   for (std::size_t i = 0; i < filled.size(); ++i) {
@@ -419,7 +420,7 @@ TEST(TextTest, TextInAnOpenPathBecomesFillableOutlines) {
     either += a || b;
   }
   ASSERT_GT(either, 200);
-  EXPECT_GT(static_cast<double>(both) / either, 0.75);
+  EXPECT_LE(either - both, 117) << "of " << either;
   DeleteObject(black);
 }
 

@@ -10,11 +10,9 @@ namespace qvis {
 HeadlessPort::HeadlessPort(int width, int height, CPoint screen_origin)
     : screen_origin_(screen_origin) {
   front_.Resize(width, height, /*keep_pixels=*/false);
-  previous_source_ = SetKeyStateSource(this);
 }
 
 HeadlessPort::~HeadlessPort() {
-  if (GetKeyStateSource() == this) SetKeyStateSource(previous_source_);
   if (wnd_ != nullptr) wnd_->DetachPort();
 }
 

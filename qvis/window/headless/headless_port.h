@@ -22,8 +22,8 @@ namespace qvis {
 class QVIS_API HeadlessPort : public WindowPort, public KeyStateSource {
  public:
   // HeadlessPort: a client area of width x height pixels (negative sizes count as 0), whose
-  // top-left corner sits at `screen_origin` on the simulated screen. The port installs itself
-  // as the key-state source and restores the previous source when it is destroyed.
+  // top-left corner sits at `screen_origin` on the simulated screen. The port keeps the key
+  // state of its own window; nothing is shared with other ports.
   HeadlessPort(int width, int height, CPoint screen_origin = CPoint(0, 0));
   ~HeadlessPort() override;
   HeadlessPort(const HeadlessPort&) = delete;
@@ -42,6 +42,7 @@ class QVIS_API HeadlessPort : public WindowPort, public KeyStateSource {
   HDC FrontDC() override { return front_.dc(); }
   void FrontChanged(const CRect& area) override;
   LRESULT DefaultProc(const MSG& msg) override;
+  const KeyStateSource* KeyStates() const override { return this; }
 
   // KeyStateSource: bit 15 set while a key or button is down.
   short KeyState(int virtual_key) const override;
@@ -106,7 +107,6 @@ class QVIS_API HeadlessPort : public WindowPort, public KeyStateSource {
   std::vector<MSG> parent_messages_;
   std::vector<MSG> default_messages_;
   FrontBuffer front_;
-  KeyStateSource* previous_source_ = nullptr;
 };
 
 }  // namespace qvis

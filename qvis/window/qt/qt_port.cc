@@ -52,11 +52,9 @@ QtWindowPort::QtWindowPort(QWidget* parent) : QWidget(parent) {
   setMouseTracking(true);
   setFocusPolicy(Qt::StrongFocus);
   front_.Resize(width(), height(), /*keep_pixels=*/false);
-  previous_source_ = SetKeyStateSource(this);
 }
 
 QtWindowPort::~QtWindowPort() {
-  if (GetKeyStateSource() == this) SetKeyStateSource(previous_source_);
   if (wnd_ != nullptr) wnd_->DetachPort();
 }
 

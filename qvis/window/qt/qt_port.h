@@ -52,6 +52,7 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   HDC FrontDC() override { return front_.dc(); }
   void FrontChanged(const CRect& area) override;
   LRESULT DefaultProc(const MSG& msg) override;
+  const KeyStateSource* KeyStates() const override { return this; }
 
   // KeyStateSource: buttons and modifiers from Qt, other keys as the events left them.
   short KeyState(int virtual_key) const override;
@@ -81,7 +82,6 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   ParentHandler parent_handler_;
   DefaultHandler default_handler_;
   MessageHook hook_;
-  KeyStateSource* previous_source_ = nullptr;
 };
 
 // VirtualKeyFromQt: the Win32 virtual-key code of a Qt key (letters and digits as their

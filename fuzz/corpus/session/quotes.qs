@@ -1,0 +1,7 @@
+command "flash-rect"
+set size 2 "1"
+click 1 1 # trailing comment
+
+   	
+key r
+key delete

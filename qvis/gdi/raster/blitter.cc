@@ -54,9 +54,25 @@ void SolidBlitter32::Reset(BitmapData* bitmap, std::uint32_t pixel, int rop2) {
   bitmap_ = bitmap;
   pixel_ = pixel;
   fn_ = ChooseRop2Span(rop2);
+  copy_ = rop2 == kRop2CopyPen;
 }
 
 void SolidBlitter32::Blit(const Span* spans, int count) {
+  if (copy_) {
+    // The common case, short spans of one colour: stored here rather than through a call.
+    const std::uint32_t value = pixel_ & 0x00FFFFFFu;
+    for (int i = 0; i < count; ++i) {
+      int x0, x1;
+      if (!ClampSpan(bitmap_, spans[i], &x0, &x1)) continue;
+      std::uint32_t* row = bitmap_->Row32(spans[i].y);
+      if (x1 - x0 <= 32) {
+        for (int x = x0; x < x1; ++x) row[x] = value;
+      } else {
+        fn_(row + x0, x1 - x0, pixel_);
+      }
+    }
+    return;
+  }
   for (int i = 0; i < count; ++i) {
     int x0, x1;
     if (!ClampSpan(bitmap_, spans[i], &x0, &x1)) continue;

@@ -58,6 +58,7 @@ class SolidBlitter32 final : public SpanSink {
   BitmapData* bitmap_ = nullptr;
   std::uint32_t pixel_ = 0;
   Rop2SpanFn fn_ = nullptr;
+  bool copy_ = false;  // R2_COPYPEN: short spans are stored inline
 };
 
 // PatternBlitter32: an 8x8 two-colour pattern aligned to the brush origin on a 32-bpp bitmap.

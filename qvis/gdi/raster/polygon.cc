@@ -11,7 +11,7 @@
 
 namespace qvis::gdi {
 
-// Active edge lists longer than this are sorted with a stable sort rather than by insertion.
+// Active edge lists longer than this are sorted in full rather than by insertion.
 constexpr std::size_t kInsertionSortLimit = 64;
 namespace {
 
@@ -91,57 +91,77 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
   std::sort(edges_.begin(), edges_.end(),
             [](const Edge& a, const Edge& b) { return a.y_top < b.y_top; });
 
-  // Pixel x of an edge on the current row: the first pixel at or right of the crossing.
-  auto pixel_x = [](const Edge& e) { return e.x + (e.rem > 0 ? 1 : 0); };
+  // The active edges are kept as sort keys: the edge's pixel x on the current row (the first
+  // pixel at or right of its crossing) clamped to the clip columns, above the edge's index and,
+  // in the lowest bit, whether it runs downwards.
+  // Clamping changes no span (a span's ends are clamped to the clip anyway, and an edge left of
+  // every visible pixel adds to the winding of all of them whatever its place among the others);
+  // it makes the key a 32-bit number, so the per-row sort compares plain integers. (An edge list
+  // holds far fewer than 2^31 edges: each costs tens of bytes.)
+  const std::int64_t left = clip.left, right = clip.right;
+  auto key_of = [&](std::size_t idx) {
+    const Edge& e = edges_[idx];
+    const std::int64_t px = std::clamp<std::int64_t>(e.x + (e.rem > 0 ? 1 : 0), left, right);
+    return (std::uint64_t{static_cast<std::uint32_t>(px) ^ 0x80000000u} << 32) | (idx << 1) |
+           (e.dir > 0 ? 1u : 0u);
+  };
+  auto dir_of = [](std::uint64_t key) { return (key & 1u) ? 1 : -1; };
+  auto index_of = [](std::uint64_t key) {
+    return static_cast<std::size_t>((key >> 1) & 0x7FFFFFFFu);
+  };
+  auto x_of = [](std::uint64_t key) {
+    return static_cast<int>(static_cast<std::uint32_t>(key >> 32) ^ 0x80000000u);
+  };
+  auto edge_of = [&](std::uint64_t key) -> Edge& {
+    return edges_[index_of(key)];
+  };
   const int mask = rule == FillRule::kAlternate ? 1 : -1;
 
   SpanBatch batch(sink);
   active_.clear();
   std::size_t next = 0;
   int y = edges_.front().y_top;
+  // Whether every active edge is vertical and the first row past the shortest one, kept up to
+  // date as edges come and go.
+  bool all_vertical = true;
+  int run_end = clip.bottom;
   while (next < edges_.size() || !active_.empty()) {
     if (active_.empty()) y = std::max(y, edges_[next].y_top);
     while (next < edges_.size() && edges_[next].y_top <= y) {
-      active_.push_back(static_cast<int>(next++));
-    }
-    // Keep the active edges ordered by their crossing: insertion sort while the list is short
-    // and nearly sorted; a stable sort (the same order for equal crossings) once it is long,
-    // where the outline of a very wide pen can cross most of its edges on every row.
-    if (active_.size() > kInsertionSortLimit) {
-      std::stable_sort(active_.begin(), active_.end(), [&](int a, int b) {
-        return pixel_x(edges_[static_cast<std::size_t>(a)]) <
-               pixel_x(edges_[static_cast<std::size_t>(b)]);
-      });
-    }
-    for (std::size_t i = 1; i < active_.size(); ++i) {
-      const int v = active_[i];
-      const std::int64_t xv = pixel_x(edges_[static_cast<std::size_t>(v)]);
-      std::size_t j = i;
-      while (j > 0 && pixel_x(edges_[static_cast<std::size_t>(active_[j - 1])]) > xv) {
-        active_[j] = active_[j - 1];
-        --j;
-      }
-      active_[j] = v;
-    }
-    // Rows repeat exactly while every active edge is vertical: emit them as one box per span.
-    bool all_vertical = true;
-    int run_end = clip.bottom;
-    for (int idx : active_) {
-      const Edge& e = edges_[static_cast<std::size_t>(idx)];
+      const Edge& e = edges_[next];
       if (e.step != 0 || e.rem_step != 0) all_vertical = false;
       run_end = std::min(run_end, e.y_end);
+      active_.push_back(key_of(next++));
     }
-    if (next < edges_.size()) run_end = std::min(run_end, edges_[next].y_top);
-    const int rows = all_vertical ? std::max(run_end - y, 1) : 1;
+    // Keep the active edges ordered by their crossing: insertion sort while the list is short
+    // and nearly sorted (crossings move little from row to row); a full sort once it is long,
+    // where the outline of a very wide pen can cross most of its edges on every row.
+    if (active_.size() > kInsertionSortLimit) {
+      std::sort(active_.begin(), active_.end());
+    } else {
+      for (std::size_t i = 1; i < active_.size(); ++i) {
+        const std::uint64_t v = active_[i];
+        std::size_t j = i;
+        while (j > 0 && active_[j - 1] > v) {
+          active_[j] = active_[j - 1];
+          --j;
+        }
+        active_[j] = v;
+      }
+    }
+    // Rows repeat exactly while every active edge is vertical: emit them as one box per span.
+    int rows = 1;
+    if (all_vertical) {
+      const int end = next < edges_.size() ? std::min(run_end, edges_[next].y_top) : run_end;
+      rows = std::max(end - y, 1);
+    }
 
     int winding = 0;
     for (std::size_t i = 0; i + 1 < active_.size(); ++i) {
-      winding += edges_[static_cast<std::size_t>(active_[i])].dir;
+      winding += dir_of(active_[i]);
       if ((winding & mask) == 0) continue;
-      const std::int64_t x0 = pixel_x(edges_[static_cast<std::size_t>(active_[i])]);
-      const std::int64_t x1 = pixel_x(edges_[static_cast<std::size_t>(active_[i + 1])]);
-      const int l = SaturateToInt(std::max<std::int64_t>(x0, clip.left));
-      const int r = SaturateToInt(std::min<std::int64_t>(x1, clip.right));
+      const int l = x_of(active_[i]);
+      const int r = x_of(active_[i + 1]);
       if (l >= r) continue;
       if (rows == 1) {
         batch.Add(y, l, r);
@@ -151,20 +171,27 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
       }
     }
     y += rows;
-    // Advance the edges and drop the finished ones.
+    // Advance the edges (a run of several rows has only vertical ones) and drop the finished.
     std::size_t kept = 0;
+    all_vertical = true;
+    run_end = clip.bottom;
     for (std::size_t i = 0; i < active_.size(); ++i) {
-      Edge& e = edges_[static_cast<std::size_t>(active_[i])];
+      const std::uint64_t key = active_[i];
+      Edge& e = edge_of(key);
       if (e.y_end <= y) continue;
-      for (int k = 0; k < rows && (e.step != 0 || e.rem_step != 0); ++k) {
-        e.x += e.step;
-        e.rem += e.rem_step;
-        if (e.rem >= e.den) {
-          e.rem -= e.den;
-          ++e.x;
-        }
+      run_end = std::min(run_end, e.y_end);
+      if (e.step == 0 && e.rem_step == 0) {
+        active_[kept++] = key;  // a vertical edge keeps its key
+        continue;
       }
-      active_[kept++] = active_[i];
+      all_vertical = false;
+      e.x += e.step;
+      e.rem += e.rem_step;
+      if (e.rem >= e.den) {
+        e.rem -= e.den;
+        ++e.x;
+      }
+      active_[kept++] = key_of(index_of(key));
     }
     active_.resize(kept);
     if (y >= clip.bottom) break;

@@ -43,7 +43,7 @@ class PolygonScanner {
   void AddEdge(PointFx a, PointFx b, const IRect& clip);
 
   std::vector<Edge> edges_;
-  std::vector<int> active_;
+  std::vector<std::uint64_t> active_;  // sort keys: clamped pixel x, then edge index
   std::vector<PointFx> fx_;
 };
 

@@ -3,7 +3,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <utility>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace qvis::gdi {
 namespace {
@@ -11,18 +17,34 @@ namespace {
 // Only the colour bits of a 32-bpp pixel are written; the unused top byte stays zero.
 constexpr std::uint32_t kColorBits = 0x00FFFFFFu;
 
-// FillWords stores one word n times. Long runs (frame clears, wide boxes) use the processor's
-// string store where there is one: it writes whole cache lines without reading them first,
-// which is about twice as fast as a vector loop.
+// FillWords stores one word n times: runs of 8 words or more as 16-byte stores (an unaligned
+// head, aligned blocks, and an unaligned tail that may overlap the last block). The processor's
+// string store and the C library's memset were both tried and are slower for a frame clear: for
+// runs this long they stream past the cache, while the frame is about to be drawn on.
 inline void FillWords(std::uint32_t* dst, int n, std::uint32_t value) {
-#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
-  if (n >= 256) {
-    std::size_t count = static_cast<std::size_t>(n);
-    asm volatile("rep stosl" : "+D"(dst), "+c"(count) : "a"(value) : "memory");
+#if defined(__SSE2__)
+  if (n >= 8) {
+    const __m128i v = _mm_set1_epi32(static_cast<int>(value));
+    std::uint32_t* const end = dst + n;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), v);
+    std::uint32_t* p = reinterpret_cast<std::uint32_t*>(
+        (reinterpret_cast<std::uintptr_t>(dst) + 16) & ~std::uintptr_t{15});
+    while (end - p >= 16) {
+      _mm_store_si128(reinterpret_cast<__m128i*>(p), v);
+      _mm_store_si128(reinterpret_cast<__m128i*>(p + 4), v);
+      _mm_store_si128(reinterpret_cast<__m128i*>(p + 8), v);
+      _mm_store_si128(reinterpret_cast<__m128i*>(p + 12), v);
+      p += 16;
+    }
+    while (end - p >= 4) {
+      _mm_store_si128(reinterpret_cast<__m128i*>(p), v);
+      p += 4;
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(end - 4), v);
     return;
   }
 #endif
-  std::fill_n(dst, n, value);
+  for (int i = 0; i < n; ++i) dst[i] = value;
 }
 
 template <int kCode>

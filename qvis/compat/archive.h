@@ -5,14 +5,13 @@
 #ifndef QVIS_COMPAT_ARCHIVE_H_
 #define QVIS_COMPAT_ARCHIVE_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstdint>
 #include <cstdio>
 #include <vector>
 
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/exceptions.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/types.h"
 
 // CFile: a file on disk. Opening failures throw CFileException with the path and the system

@@ -4,10 +4,9 @@
 #ifndef QVIS_DESIGN_DESIGN_H_
 #define QVIS_DESIGN_DESIGN_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/archive.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/design/max_region_info.h"
 
 class CQVIS_GDI;

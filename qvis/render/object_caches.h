@@ -5,13 +5,12 @@
 #ifndef QVIS_RENDER_OBJECT_CACHES_H_
 #define QVIS_RENDER_OBJECT_CACHES_H_
 
-#include "qvis/compat/export.h"
-
 #include <map>
 #include <memory>
 
 #include "qvis/compat/carray.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/types.h"
 #include "qvis/render/gdi_objects.h"
 

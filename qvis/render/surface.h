@@ -5,12 +5,11 @@
 #ifndef QVIS_RENDER_SURFACE_H_
 #define QVIS_RENDER_SURFACE_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstdint>
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

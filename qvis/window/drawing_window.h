@@ -5,10 +5,9 @@
 #ifndef QVIS_WINDOW_DRAWING_WINDOW_H_
 #define QVIS_WINDOW_DRAWING_WINDOW_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

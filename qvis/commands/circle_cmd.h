@@ -3,9 +3,8 @@
 #ifndef QVIS_COMMANDS_CIRCLE_CMD_H_
 #define QVIS_COMMANDS_CIRCLE_CMD_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

@@ -4,7 +4,6 @@
 #define QVIS_COMMANDS_FLASH_CMD_H_
 
 #include "qvis/compat/export.h"
-
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

@@ -4,10 +4,9 @@
 #ifndef QVIS_COMMANDS_LINE_CMD_H_
 #define QVIS_COMMANDS_LINE_CMD_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/carray.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

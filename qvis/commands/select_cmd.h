@@ -5,7 +5,6 @@
 #define QVIS_COMMANDS_SELECT_CMD_H_
 
 #include "qvis/compat/export.h"
-
 #include "qvis/compat/types.h"
 
 class CQVIS_GDI;

@@ -5,8 +5,6 @@
 #ifndef QVIS_COMPAT_ARCHIVE_H_
 #define QVIS_COMPAT_ARCHIVE_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -15,6 +13,7 @@
 #include "qvis/compat/atomic_file.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/exceptions.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/types.h"
 
 // CFile: a file on disk. Opening failures throw CFileException with the path and the system

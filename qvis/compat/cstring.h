@@ -4,11 +4,11 @@
 #ifndef QVIS_COMPAT_CSTRING_H_
 #define QVIS_COMPAT_CSTRING_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstdarg>
 #include <string>
 #include <string_view>
+
+#include "qvis/compat/export.h"
 
 class QVIS_API CString {
  public:

@@ -3,12 +3,11 @@
 #ifndef QVIS_COMPAT_EXCEPTIONS_H_
 #define QVIS_COMPAT_EXCEPTIONS_H_
 
-#include "qvis/compat/export.h"
-
 #include <stdexcept>
 #include <string>
 
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 
 class QVIS_API CException : public std::runtime_error {
  public:

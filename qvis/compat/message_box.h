@@ -4,9 +4,9 @@
 #ifndef QVIS_COMPAT_MESSAGE_BOX_H_
 #define QVIS_COMPAT_MESSAGE_BOX_H_
 
-#include "qvis/compat/export.h"
-
 #include <functional>
+
+#include "qvis/compat/export.h"
 
 namespace qvis {
 

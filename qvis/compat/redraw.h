@@ -5,10 +5,9 @@
 #ifndef QVIS_COMPAT_REDRAW_H_
 #define QVIS_COMPAT_REDRAW_H_
 
-#include "qvis/compat/export.h"
-
 #include <functional>
 
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

@@ -4,9 +4,8 @@
 #ifndef QVIS_COORDS_UNIT_MGR_H_
 #define QVIS_COORDS_UNIT_MGR_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 
 // Unit codes: the same ints are stored in the view coordinates, the design
 // and the design file.

@@ -5,11 +5,10 @@
 #ifndef QVIS_COORDS_VIEW_COORDS_H_
 #define QVIS_COORDS_VIEW_COORDS_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/archive.h"
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/types.h"
 
 // "V"/"World" names take world coordinates, "R"/"Screen" names take pixels

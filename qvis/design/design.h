@@ -8,6 +8,7 @@
 
 #include "qvis/compat/archive.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/design/max_region_info.h"
 
 class CQVIS_GDI;

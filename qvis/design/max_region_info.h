@@ -5,9 +5,8 @@
 #ifndef QVIS_DESIGN_MAX_REGION_INFO_H_
 #define QVIS_DESIGN_MAX_REGION_INFO_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/archive.h"
+#include "qvis/compat/export.h"
 #include "qvis/util/ex_ptr_array.h"
 
 class QVIS_API CQVIS_MaxRegionInfo {

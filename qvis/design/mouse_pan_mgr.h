@@ -5,7 +5,6 @@
 #define QVIS_DESIGN_MOUSE_PAN_MGR_H_
 
 #include "qvis/compat/export.h"
-
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

@@ -4,9 +4,8 @@
 #ifndef QVIS_DESIGN_RENDER_BUFFER_H_
 #define QVIS_DESIGN_RENDER_BUFFER_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/cpoint.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

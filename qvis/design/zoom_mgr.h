@@ -4,7 +4,6 @@
 #define QVIS_DESIGN_ZOOM_MGR_H_
 
 #include "qvis/compat/export.h"
-
 #include "qvis/compat/types.h"
 
 class CQVIS_GDI;

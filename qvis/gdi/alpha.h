@@ -5,11 +5,10 @@
 #ifndef QVIS_GDI_ALPHA_H_
 #define QVIS_GDI_ALPHA_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstdint>
 
 #include "qvis/compat/cpoint.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

@@ -9,12 +9,11 @@
 #ifndef QVIS_GDI_GDI_H_
 #define QVIS_GDI_GDI_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstddef>
 #include <cstdint>
 
 #include "qvis/compat/cpoint.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

@@ -3,12 +3,12 @@
 #ifndef QVIS_GDI_PNG_IO_H_
 #define QVIS_GDI_PNG_IO_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "qvis/compat/export.h"
 
 namespace qvis::gdi {
 

@@ -16,7 +16,6 @@
 #define QVIS_GEOMETRY_KERNEL_H_
 
 #include "qvis/compat/export.h"
-
 #include "qvis/geometry/value_types.h"
 #include "qvis/util/ex_ptr_array.h"
 

@@ -4,9 +4,8 @@
 #ifndef QVIS_GEOMETRY_VALUE_TYPES_H_
 #define QVIS_GEOMETRY_VALUE_TYPES_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/carray.h"
+#include "qvis/compat/export.h"
 
 class CArchive;
 

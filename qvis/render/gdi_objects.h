@@ -4,9 +4,8 @@
 #ifndef QVIS_RENDER_GDI_OBJECTS_H_
 #define QVIS_RENDER_GDI_OBJECTS_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/cpoint.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 #include "qvis/gdi/gdi.h"

@@ -6,7 +6,6 @@
 #define QVIS_RENDER_GRID_SNAP_DISPLAY_H_
 
 #include "qvis/compat/export.h"
-
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

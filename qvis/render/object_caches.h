@@ -18,6 +18,7 @@
 
 #include "qvis/compat/carray.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/types.h"
 #include "qvis/render/gdi_objects.h"
 

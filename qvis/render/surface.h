@@ -5,13 +5,12 @@
 #ifndef QVIS_RENDER_SURFACE_H_
 #define QVIS_RENDER_SURFACE_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstdint>
 #include <memory>
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/redraw.h"

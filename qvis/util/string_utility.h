@@ -4,9 +4,8 @@
 #ifndef QVIS_UTIL_STRING_UTILITY_H_
 #define QVIS_UTIL_STRING_UTILITY_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 
 namespace CQVIS_StringUtility {
 

@@ -9,6 +9,7 @@
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 

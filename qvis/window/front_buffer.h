@@ -4,7 +4,6 @@
 #define QVIS_WINDOW_FRONT_BUFFER_H_
 
 #include "qvis/compat/export.h"
-
 #include "qvis/compat/handles.h"
 
 namespace qvis {

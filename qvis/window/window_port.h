@@ -4,9 +4,8 @@
 #ifndef QVIS_WINDOW_WINDOW_PORT_H_
 #define QVIS_WINDOW_WINDOW_PORT_H_
 
-#include "qvis/compat/export.h"
-
 #include "qvis/compat/cpoint.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/types.h"

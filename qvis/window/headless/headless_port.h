@@ -4,13 +4,12 @@
 #ifndef QVIS_WINDOW_HEADLESS_HEADLESS_PORT_H_
 #define QVIS_WINDOW_HEADLESS_HEADLESS_PORT_H_
 
-#include "qvis/compat/export.h"
-
 #include <array>
 #include <cstdint>
 #include <vector>
 
 #include "qvis/compat/cpoint.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/key_state.h"
 #include "qvis/compat/types.h"

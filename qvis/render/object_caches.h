@@ -9,8 +9,6 @@
 #ifndef QVIS_RENDER_OBJECT_CACHES_H_
 #define QVIS_RENDER_OBJECT_CACHES_H_
 
-#include "qvis/compat/export.h"
-
 #include <cstdint>
 #include <map>
 #include <memory>

@@ -25,8 +25,8 @@ for t in "${targets[@]}"; do
   mkdir -p "$work" "$findings"
   log=build/fuzz/$t.log
   start=$(date +%s)
-  # -fork keeps going after a finding, so that the figures cover the whole time asked for;
-  # every crash, leak, out-of-memory or timeout input lands in $findings.
+  # A run stops at its first finding (crash, leak, out-of-memory or timeout input, saved in
+  # $findings); the "seconds" column then says how long it ran.
   set +e
   "build/fuzz/fuzz/$t" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 \
     -print_final_stats=1 -artifact_prefix="$findings/" "$work" "fuzz/corpus/${corpus[$t]}" \

@@ -3,18 +3,23 @@
 // bar, a context menu on a plain right click, and the design file saved and opened.
 #include <QAction>
 #include <QApplication>
+#include <QBuffer>
+#include <QByteArray>
 #include <QFileDialog>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMessageBox>
 #include <QStatusBar>
 #include <QToolBar>
+#include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <string>
 
 #include "apps/qvis-session/host_document.h"
 #include "apps/qvis-session/session.h"
+#include "qvis/compat/atomic_file.h"
 #include "qvis/compat/exceptions.h"
 #include "qvis/compat/win32_names.h"
 #include "qvis/design/design.h"
@@ -146,7 +151,18 @@ int main(int argc, char** argv) {
   show_state();
   if (snapshot != nullptr) {
     app.processEvents();
-    return port->grab().save(snapshot) ? 0 : 1;
+    // Encoded in memory, then written through the library's atomic writer: a failed write
+    // keeps any old snapshot as it was.
+    QByteArray png;
+    QBuffer buffer(&png);
+    if (!buffer.open(QIODevice::WriteOnly) || !port->grab().save(&buffer, "PNG")) return 1;
+    try {
+      qvis::WriteFileAtomically(snapshot, png.constData(), static_cast<std::size_t>(png.size()));
+    } catch (const CFileException& e) {
+      std::fprintf(stderr, "%s\n", e.what());
+      return 1;
+    }
+    return 0;
   }
   return app.exec();
 }

@@ -3,12 +3,14 @@
 #include "qvis/design/mouse_pan_mgr.h"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 
 #include "gtest/gtest.h"
 #include "qvis/commands/test_canvas.h"
 #include "qvis/compat/redraw.h"
 #include "qvis/coords/view_coords.h"
+#include "qvis/coords/zoom_range.h"
 
 namespace qvis {
 namespace {
@@ -79,6 +81,24 @@ TEST_F(MousePanTest, ScrollDelta) {
   bare.ScrollDelta(3, 3);
   bare.Active(nullptr, nullptr, 1, 1);
   EXPECT_EQ(bare.Scroll(5, 5, 0), 1);
+}
+
+// Pans at the zoom floor with the largest steps a long holds saturate at the view bound: the
+// view stays finite and usable, and a pan back moves it again.
+TEST_F(MousePanTest, HugePansSaturateInsteadOfRunningAway) {
+  coords()->m_dZoom = qvis::kMinZoom;
+  for (int i = 0; i < 1000; ++i) pan.ScrollDelta(-2147483647L, 2147483647L);
+  EXPECT_EQ(coords()->m_dViewX, qvis::kMaxViewOffset);
+  EXPECT_EQ(coords()->m_dViewY, -qvis::kMaxViewOffset);
+  pan.Active(window, coords(), 0, 0);
+  for (int i = 0; i < 1000; ++i) {
+    pan.Scroll((i % 2) ? -2147483647L : 2147483647L, 0, 1);
+  }
+  EXPECT_TRUE(std::isfinite(coords()->m_dViewX));
+  EXPECT_LE(std::fabs(coords()->m_dViewX), qvis::kMaxViewOffset);
+  pan.ScrollDelta(1000, -1000);
+  EXPECT_LT(coords()->m_dViewY, 0.0);
+  EXPECT_GT(coords()->m_dViewY, -qvis::kMaxViewOffset);
 }
 
 TEST_F(MousePanTest, PressMoveAndReleaseDrawTheLine) {

@@ -19,8 +19,8 @@
 #include <vector>
 
 #include "qvis/gdi/png_io.h"
-#include "qvis/gdi/scene/golden_compare.h"
-#include "qvis/gdi/scene/scene_runner.h"
+#include "tests/scene/golden_compare.h"
+#include "tests/scene/scene_runner.h"
 
 namespace qvis::gdi {
 namespace {

@@ -1,5 +1,5 @@
 // Image comparison for the golden tests.
-#include "qvis/gdi/scene/golden_compare.h"
+#include "tests/scene/golden_compare.h"
 
 #include <cstdio>
 #include <cstdlib>

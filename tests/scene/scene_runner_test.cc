@@ -1,11 +1,11 @@
 // The scene runner (syntax, errors, checkpoints) and the golden comparison it feeds.
-#include "qvis/gdi/scene/scene_runner.h"
+#include "tests/scene/scene_runner.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "qvis/gdi/scene/golden_compare.h"
+#include "tests/scene/golden_compare.h"
 
 namespace qvis::gdi {
 namespace {

@@ -1,7 +1,7 @@
 // The scene runner: one line, one GDI call, with the same defaults, names and argument checks
 // as the reference renderer, so that a scene file and the image it produced there can be
 // replayed here pixel for pixel.
-#include "qvis/gdi/scene/scene_runner.h"
+#include "tests/scene/scene_runner.h"
 
 #include <cctype>
 #include <cerrno>

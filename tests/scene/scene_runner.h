@@ -1,9 +1,9 @@
 // The scene runner: draws a small text scene (one GDI call per line: canvas, pen, brush, rop2,
 // line, polygon, regions, paths, text, blits, alpha drawing, checkpoints) through qvis::gdi and
 // returns the pixels. Reference images of the same scenes drawn by real GDI are the device
-// layer's golden fixtures; apps use it to show a scene.
-#ifndef QVIS_GDI_SCENE_SCENE_RUNNER_H_
-#define QVIS_GDI_SCENE_SCENE_RUNNER_H_
+// layer's golden fixtures. A test facility: it is not part of the library.
+#ifndef QVIS_TESTS_SCENE_SCENE_RUNNER_H_
+#define QVIS_TESTS_SCENE_SCENE_RUNNER_H_
 
 #include <cstdint>
 #include <string>
@@ -64,4 +64,4 @@ SceneOutcome RunSceneFile(const std::string& path);
 
 }  // namespace qvis::gdi
 
-#endif  // QVIS_GDI_SCENE_SCENE_RUNNER_H_
+#endif  // QVIS_TESTS_SCENE_SCENE_RUNNER_H_

@@ -1,7 +1,7 @@
 // Comparison of a rendered image with its reference: counts, the first differing pixels and the
 // agreement measure that golden tests report.
-#ifndef QVIS_GDI_SCENE_GOLDEN_COMPARE_H_
-#define QVIS_GDI_SCENE_GOLDEN_COMPARE_H_
+#ifndef QVIS_TESTS_SCENE_GOLDEN_COMPARE_H_
+#define QVIS_TESTS_SCENE_GOLDEN_COMPARE_H_
 
 #include <cstdint>
 #include <string>
@@ -66,4 +66,4 @@ std::string DescribeDifferences(const ImageComparison& comparison);
 
 }  // namespace qvis::gdi
 
-#endif  // QVIS_GDI_SCENE_GOLDEN_COMPARE_H_
+#endif  // QVIS_TESTS_SCENE_GOLDEN_COMPARE_H_

@@ -2,28 +2,25 @@
 # libqvis, the CMake package (find_package(qvis CONFIG), target qvis::qvis) and qvis.pc.
 include(CMakePackageConfigHelpers)
 
-# The public surface: qvis/qvis.h and every header it includes, plus the Win32 macro names.
-# Headers outside this list (raster internals, test canvases, *_internal.h) stay in the tree.
-set(QVIS_PUBLIC_HEADERS
-  qvis/qvis.h
-  qvis/compat/archive.h qvis/compat/carray.h qvis/compat/compat.h qvis/compat/cpoint.h
-  qvis/compat/cstring.h qvis/compat/exceptions.h qvis/compat/handles.h
-  qvis/compat/key_state.h qvis/compat/message_box.h qvis/compat/redraw.h qvis/compat/types.h
-  qvis/compat/win32_names.h
-  qvis/util/ex_ptr_array.h qvis/util/string_utility.h
-  qvis/geometry/distance.h qvis/geometry/kernel.h qvis/geometry/line_outline.h
-  qvis/geometry/num_support.h qvis/geometry/value_types.h
-  qvis/coords/unit_mgr.h qvis/coords/view_coords.h
-  qvis/gdi/alpha.h qvis/gdi/gdi.h qvis/gdi/png_io.h
-  qvis/render/cursor_display.h qvis/render/gdi_objects.h qvis/render/grid_snap_display.h
-  qvis/render/object_caches.h qvis/render/surface.h
-  qvis/commands/arc_cmd.h qvis/commands/circle_cmd.h qvis/commands/flash_cmd.h
-  qvis/commands/line_cmd.h qvis/commands/point_cmd.h qvis/commands/polygon_cmd.h
-  qvis/commands/rect_cmd.h qvis/commands/select_cmd.h
-  qvis/design/design.h qvis/design/max_region_info.h qvis/design/mouse_pan_mgr.h
-  qvis/design/render_buffer.h qvis/design/zoom_mgr.h
-  qvis/window/drawing_window.h qvis/window/front_buffer.h qvis/window/window_port.h
-  qvis/window/headless/headless_port.h)
+# The public surface: qvis/qvis.h, every header it includes (followed to the end, so a header
+# that a public one starts to include is installed with it), the Win32 macro names and the
+# headless port. Headers outside that closure (raster internals, test canvases, *_internal.h)
+# stay in the tree. The generated export header is installed separately below.
+set(_qvis_todo qvis/qvis.h qvis/compat/win32_names.h qvis/window/headless/headless_port.h)
+set(QVIS_PUBLIC_HEADERS "")
+while(_qvis_todo)
+  list(POP_FRONT _qvis_todo _h)
+  if(_h IN_LIST QVIS_PUBLIC_HEADERS OR _h STREQUAL "qvis/compat/export.h"
+     OR NOT EXISTS ${PROJECT_SOURCE_DIR}/${_h})
+    continue()
+  endif()
+  list(APPEND QVIS_PUBLIC_HEADERS ${_h})
+  file(STRINGS ${PROJECT_SOURCE_DIR}/${_h} _incs REGEX "^[ \t]*#[ \t]*include[ \t]+[\"<]qvis/")
+  foreach(_l IN LISTS _incs)
+    string(REGEX REPLACE "^[^\"<]*[\"<](qvis/[^\">]+)[\">].*$" "\\1" _i "${_l}")
+    list(APPEND _qvis_todo ${_i})
+  endforeach()
+endwhile()
 foreach(h IN LISTS QVIS_PUBLIC_HEADERS)
   get_filename_component(_dir ${h} DIRECTORY)
   install(FILES ${PROJECT_SOURCE_DIR}/${h} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${_dir}

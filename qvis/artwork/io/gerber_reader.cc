@@ -667,7 +667,8 @@ class GerberParser {
     const long code = ParseInt(s.substr(1, i - 1), at + 1, "an aperture number from 10",
                                10, 2147483647L);
     if (layer_->apertures.count(static_cast<int>(code))) {
-      Warn(at, "aperture D" + std::to_string(code) + " defined again; the new one replaces it");
+      // Redefinitions are refused: a block could otherwise come to flash itself.
+      Fail(at + 1, "an aperture number not defined before");
     } else if (static_cast<int>(layer_->apertures.size()) >= limits_.max_apertures) {
       Fail(at, "at most " + std::to_string(limits_.max_apertures) + " apertures");
     }
@@ -737,7 +738,6 @@ class GerberParser {
     }
     for (const auto& [n, v] : aperture_attrs_) ap.attributes.push_back({n, v});
     layer_->apertures[static_cast<int>(code)] = std::move(ap);
-    block_cost_.erase(static_cast<int>(code));
   }
 
   void ApertureBlock(std::string_view s, std::size_t at) {
@@ -750,8 +750,8 @@ class GerberParser {
       ap.kind = ApertureKind::kBlock;
       ap.block = std::move(f.objects);
       for (const auto& [n, v] : aperture_attrs_) ap.attributes.push_back({n, v});
-      if (!layer_->apertures.count(f.code) &&
-          static_cast<int>(layer_->apertures.size()) >= limits_.max_apertures) {
+      if (layer_->apertures.count(f.code)) Fail(at, "an aperture number not defined before");
+      if (static_cast<int>(layer_->apertures.size()) >= limits_.max_apertures) {
         Fail(at, "at most " + std::to_string(limits_.max_apertures) + " apertures");
       }
       layer_->apertures[f.code] = std::move(ap);

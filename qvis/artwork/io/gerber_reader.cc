@@ -512,7 +512,7 @@ class GerberParser {
     const std::string_view code = block.substr(0, 2);
     const std::string_view rest = block.substr(2);
     const std::size_t at = offset + 2;
-    if (code == "FS") return FormatSpec(rest, at);
+    if (code == "FS") return CoordinateFormat(rest, at);
     if (code == "MO") {
       if (rest == "MM") units_ = Units::kMillimetre;
       else if (rest == "IN") units_ = Units::kInch;
@@ -580,7 +580,7 @@ class GerberParser {
     Fail(offset, "an extended command (FS, MO, AD, AM, AB, SR, LP, LM, LR, LS, TF, TA, TO, TD)");
   }
 
-  void FormatSpec(std::string_view s, std::size_t at) {
+  void CoordinateFormat(std::string_view s, std::size_t at) {
     std::size_t i = 0;
     zero_mode_ = ZeroMode::kNone;
     bool absolute_set = false;

@@ -1,0 +1,242 @@
+#include "apps/qvis-gerber/cli.h"
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "qvis/artwork/io/excellon_reader.h"
+#include "qvis/artwork/io/gerber_reader.h"
+#include "qvis/artwork/io/gerber_writer.h"
+#include "qvis/artwork/render.h"
+#include "qvis/artwork/shapes.h"
+
+namespace qvis {
+
+namespace {
+
+constexpr double kDefaultDpi = 300.0;
+constexpr int kDefaultBorder = 16;
+// Colours of the second and later layers when several files are drawn.
+constexpr std::uint32_t kLayerColours[] = {0xC83232, 0x3250C8, 0x32A050, 0xC8A032,
+                                           0x9632C8, 0x32A0A0, 0x808080};
+
+const char kUsage[] =
+    "usage:\n"
+    "  qvis-gerber render FILE [FILE...] -o OUT.png [--dpi N] [--origin X,Y] [--size WxH]\n"
+    "                     [--foreground RRGGBB] [--background RRGGBB]\n"
+    "  qvis-gerber info FILE...\n"
+    "  qvis-gerber convert FILE -o OUT [--inch]\n"
+    "\n"
+    "render draws Gerber and Excellon files as layers in the order given. A board point (x, y)\n"
+    "lands at u = (x - X) * N pixels from the left and v = H - (y - Y) * N from the top, where\n"
+    "N is --dpi (default 300), X,Y is --origin in inches (the image's lower-left corner) and\n"
+    "H the image height; a pixel is inked when its centre is inside a dark area, and lines\n"
+    "thinner than a pixel are one pixel wide. Without --origin the board's extent is framed\n"
+    "with a 16-pixel border; without --size the image is as large as that frame. The first\n"
+    "file is drawn in --foreground (default 000000), later ones in their own colours, on\n"
+    "--background (default FFFFFF).\n"
+    "info prints format, units, extent, object counts, apertures and warnings.\n"
+    "convert writes Gerber (millimetres, or --inch) from a Gerber or Excellon file.\n";
+
+bool ParseColour(const std::string& s, std::uint32_t* out) {
+  std::string t = s[0] == '#' ? s.substr(1) : s;
+  if (t.size() != 6) return false;
+  char* end = nullptr;
+  const unsigned long v = std::strtoul(t.c_str(), &end, 16);
+  if (*end != '\0') return false;
+  *out = static_cast<std::uint32_t>(v);
+  return true;
+}
+
+std::string FormatMm(Coord nm) {
+  char buf[64];
+  std::snprintf(buf, sizeof buf, "%.4f mm (%.5f in)", static_cast<double>(nm) / kNmPerMm,
+                static_cast<double>(nm) / kNmPerInch);
+  return buf;
+}
+
+void PrintWarnings(const std::string& path, const ReadResult& r, std::ostream& err) {
+  for (const ReadMessage& w : r.warnings) err << path << ": warning: " << w.ToString() << "\n";
+}
+
+const char* KindName(ApertureKind k) {
+  switch (k) {
+    case ApertureKind::kCircle: return "circle";
+    case ApertureKind::kRectangle: return "rectangle";
+    case ApertureKind::kObround: return "obround";
+    case ApertureKind::kPolygon: return "polygon";
+    case ApertureKind::kMacro: return "macro";
+    case ApertureKind::kBlock: return "block";
+  }
+  return "?";
+}
+
+int Render(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+  std::vector<std::string> files;
+  std::string output;
+  double dpi = kDefaultDpi;
+  bool have_origin = false, have_size = false;
+  double ox = 0, oy = 0;
+  int w = 0, h = 0;
+  std::uint32_t fg = 0x000000, bg = 0xFFFFFF;
+  for (std::size_t i = 1; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    auto value = [&]() -> const std::string* {
+      if (i + 1 >= args.size()) return nullptr;
+      return &args[++i];
+    };
+    const std::string* v = nullptr;
+    if (a == "-o") {
+      if (!(v = value())) return err << "render: -o needs a file\n", 2;
+      output = *v;
+    } else if (a == "--dpi") {
+      if (!(v = value()) || std::sscanf(v->c_str(), "%lf", &dpi) != 1 || !(dpi > 0) || dpi > 1e5) {
+        return err << "render: --dpi needs a number above 0\n", 2;
+      }
+    } else if (a == "--origin") {
+      if (!(v = value()) || std::sscanf(v->c_str(), "%lf,%lf", &ox, &oy) != 2) {
+        return err << "render: --origin needs X,Y in inches\n", 2;
+      }
+      have_origin = true;
+    } else if (a == "--size") {
+      if (!(v = value()) || std::sscanf(v->c_str(), "%dx%d", &w, &h) != 2 || w <= 0 || h <= 0 ||
+          w > kMaxRenderSide || h > kMaxRenderSide) {
+        return err << "render: --size needs WxH, each 1 to " << kMaxRenderSide << "\n", 2;
+      }
+      have_size = true;
+    } else if (a == "--foreground" || a == "--background") {
+      if (!(v = value()) || !ParseColour(*v, a == "--foreground" ? &fg : &bg)) {
+        return err << "render: " << a << " needs RRGGBB\n", 2;
+      }
+    } else if (!a.empty() && a[0] == '-') {
+      return err << "render: unknown option " << a << "\n" << kUsage, 2;
+    } else {
+      files.push_back(a);
+    }
+  }
+  if (files.empty() || output.empty()) return err << kUsage, 2;
+  ArtDocument doc;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    Layer layer;
+    const ReadResult r = LoadArtworkFile(files[i], &layer);
+    if (!r.ok) return err << files[i] << ": " << r.error.ToString() << "\n", 1;
+    PrintWarnings(files[i], r, err);
+    layer.colour = i == 0 ? fg : kLayerColours[(i - 1) % std::size(kLayerColours)];
+    layer.order = static_cast<int>(i);
+    doc.layers.push_back(std::move(layer));
+  }
+  ArtView view = FitView(DocumentExtent(doc), dpi, kDefaultBorder);
+  if (have_origin) {
+    view.origin_x = static_cast<Coord>(std::llround(ox * kNmPerInch));
+    view.origin_y = static_cast<Coord>(std::llround(oy * kNmPerInch));
+  }
+  if (have_size) {
+    view.width = w;
+    view.height = h;
+  }
+  view.background = bg;
+  if (view.width > kMaxRenderSide || view.height > kMaxRenderSide) {
+    return err << "render: the image would be larger than " << kMaxRenderSide
+               << " pixels a side; lower --dpi or give --size\n", 1;
+  }
+  const gdi::PixelImage img = RenderArtwork(doc, view);
+  if (!gdi::WritePngImage(img, output)) return err << "render: cannot write " << output << "\n", 1;
+  out << output << ": " << img.width << "x" << img.height << " at " << dpi << " dpi\n";
+  return 0;
+}
+
+int Info(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+  if (args.size() < 2) return err << kUsage, 2;
+  int status = 0;
+  for (std::size_t i = 1; i < args.size(); ++i) {
+    Layer layer;
+    const ReadResult r = LoadArtworkFile(args[i], &layer);
+    out << args[i] << ":\n";
+    if (!r.ok) {
+      out << "  error: " << r.error.ToString() << "\n";
+      status = 1;
+      continue;
+    }
+    out << "  format: " << (layer.kind == LayerKind::kDrill ? "Excellon drill" : "Gerber RS-274X")
+        << "\n  units: " << (layer.units == Units::kInch ? "inch" : "mm") << "\n";
+    if (!layer.file_function.empty()) out << "  function: " << layer.file_function << "\n";
+    const ArtBox box = LayerExtent(layer);
+    if (box.IsEmpty()) {
+      out << "  extent: empty\n";
+    } else {
+      out << "  extent: x " << FormatMm(box.min_x) << " to " << FormatMm(box.max_x) << "\n"
+          << "          y " << FormatMm(box.min_y) << " to " << FormatMm(box.max_y) << "\n";
+    }
+    const ObjectCounts c = CountObjects(layer);
+    out << "  objects: " << c.tracks << " tracks, " << c.arcs << " arcs, " << c.flashes
+        << " flashes, " << c.regions << " regions, " << c.repeats << " step-and-repeat\n";
+    out << "  apertures: " << layer.apertures.size() << "\n";
+    for (const auto& [code, ap] : layer.apertures) {
+      out << "    D" << code << " " << KindName(ap.kind);
+      if (ap.kind == ApertureKind::kMacro) out << " " << ap.macro;
+      if (ap.kind <= ApertureKind::kPolygon) out << " " << FormatMm(ap.size_x);
+      out << "\n";
+    }
+    out << "  warnings: " << r.warnings.size() << "\n";
+    for (const ReadMessage& w : r.warnings) out << "    " << w.ToString() << "\n";
+  }
+  return status;
+}
+
+int Convert(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+  std::string input, output;
+  GerberWriteOptions opt;
+  for (std::size_t i = 1; i < args.size(); ++i) {
+    if (args[i] == "-o" && i + 1 < args.size()) {
+      output = args[++i];
+    } else if (args[i] == "--inch") {
+      opt.units = Units::kInch;
+    } else if (input.empty() && args[i][0] != '-') {
+      input = args[i];
+    } else {
+      return err << kUsage, 2;
+    }
+  }
+  if (input.empty() || output.empty()) return err << kUsage, 2;
+  Layer layer;
+  const ReadResult r = LoadArtworkFile(input, &layer);
+  if (!r.ok) return err << input << ": " << r.error.ToString() << "\n", 1;
+  PrintWarnings(input, r, err);
+  std::ofstream f(output, std::ios::binary);
+  f << WriteGerber(layer, opt);
+  if (!f.flush()) return err << "convert: cannot write " << output << "\n", 1;
+  out << output << "\n";
+  return 0;
+}
+
+}  // namespace
+
+ReadResult LoadArtworkFile(const std::string& path, Layer* layer) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    ReadResult r;
+    r.error.text = "cannot open the file";
+    return r;
+  }
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  ReadResult r = LooksLikeGerber(text) ? ReadGerber(text, layer) : ReadExcellon(text, layer);
+  const std::size_t slash = path.find_last_of('/');
+  if (layer->name.empty()) layer->name = path.substr(slash == std::string::npos ? 0 : slash + 1);
+  return r;
+}
+
+int RunGerberCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+  if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
+    (args.empty() ? err : out) << kUsage;
+    return args.empty() ? 2 : 0;
+  }
+  if (args[0] == "render") return Render(args, out, err);
+  if (args[0] == "info") return Info(args, out, err);
+  if (args[0] == "convert") return Convert(args, out, err);
+  err << "qvis-gerber: unknown command " << args[0] << "\n" << kUsage;
+  return 2;
+}
+
+}  // namespace qvis

@@ -45,9 +45,9 @@ if command -v clang++ >/dev/null 2>&1; then
   CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DQVIS_BUILD_TESTS=ON -DQVIS_BUILD_FUZZ=ON >/dev/null
   cmake --build build/fuzz -j "${jobs}" --target archive_fuzz design_file_fuzz emf_fuzz \
-    session_script_fuzz
+    session_script_fuzz gerber_fuzz excellon_fuzz
   echo "== fuzz: test"
-  ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf|session_script)_fuzz$'
+  ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf|session_script|gerber|excellon)_fuzz$'
 else
   echo "== fuzz: skipped (clang++ is not installed; the seed replays ran in both suites)"
 fi

@@ -6,7 +6,8 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
           libfreetype-dev libfontconfig-dev libpng-dev fonts-liberation2
-          gerbv)  # gerbv: the reference viewer the artwork renderer is compared with
+          gerbv   # the reference viewer the artwork renderer is compared with
+          clang libclang-rt-14-dev)  # libFuzzer, for the bounded fuzz runs of ./test.sh
 for arg in "$@"; do
   case "$arg" in
     --bench) packages+=(libcairo2-dev) ;;

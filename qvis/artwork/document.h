@@ -127,6 +127,9 @@ struct Layer {
   int order = 0;
   LayerKind kind = LayerKind::kGerber;
   Units units = Units::kMillimetre;  // the units the file was written in
+  // A negative image (the deprecated IPNEG): the whole frame is dark and every object's
+  // polarity is inverted.
+  bool negative = false;
   std::map<int, Aperture> apertures;
   std::map<std::string, ApertureMacro> macros;
   std::vector<Attribute> file_attributes;

@@ -159,7 +159,12 @@ std::vector<std::uint8_t> RenderLayerMask(const Layer& layer, const ArtView& vie
   const double nm_per_px = static_cast<double>(kNmPerInch) / view.dpi;
   opt.tolerance_nm = nm_per_px * 0.05;
   opt.min_line_width_nm = nm_per_px * view.min_line_pixels;
-  EmitLayer(layer, opt, raster);
+  if (layer.negative) {
+    std::fill(raster.mask().begin(), raster.mask().end(), std::uint8_t{1});
+    for (const ArtObject& o : layer.objects) EmitObject(layer, o, Affine{}, true, opt, raster);
+  } else {
+    EmitLayer(layer, opt, raster);
+  }
   return std::move(raster.mask());
 }
 

@@ -8,6 +8,7 @@
 #include "qvis/artwork/io/gerber_reader.h"
 #include "qvis/artwork/io/gerber_writer.h"
 #include "qvis/artwork/render.h"
+#include "qvis/artwork/shapes.h"
 
 namespace qvis {
 namespace {
@@ -142,6 +143,153 @@ TEST(GerberReaderTest, DeprecatedFormsReadWithWarnings) {
       EXPECT_EQ(w.column, 1);
     }
   }
+}
+
+// The base drawing of the image command tests: a 0.2 x 0.1 in rectangle flashed at (0.5, 0.3),
+// a counter-clockwise quarter arc from (1, 0) to (0, 1) about the origin, and a step and
+// repeat of two flashes 0.4 in apart along x.
+std::string ImageFile(const std::string& commands) {
+  return "%FSLAX26Y26*%\n%MOIN*%\n" + commands +
+         "%ADD10R,0.2X0.1*%\n%ADD11C,0.02*%\nG75*\n"
+         "D10*\nX500000Y300000D03*\n"
+         "D11*\nX1000000Y0D02*\nG03X0Y1000000I-1000000J0D01*\n"
+         "%SRX2Y1I0.4J0*%\nD10*\nX0Y0D03*\n%SR*%\nM02*\n";
+}
+
+constexpr Coord kIn = kNmPerInch;
+
+TEST(GerberReaderTest, ImageCommandsPlaceEveryObjectInOrder) {
+  struct Case {
+    const char* commands;
+    ArtPoint flash;        // where the rectangle lands
+    ApertureTransform t;   // how it is turned
+    ArtPoint arc_start, arc_end;
+    ArcDirection dir;
+    int repeat_x, repeat_y;
+    Coord step_x, step_y;
+  };
+  const ArcDirection ccw = ArcDirection::kCounterClockwise, cw = ArcDirection::kClockwise;
+  const Case cases[] = {
+      {"", {kIn / 2, kIn * 3 / 10}, {}, {kIn, 0}, {0, kIn}, ccw, 2, 1, kIn * 4 / 10, 0},
+      // Mirror A: x -> -x, the rectangle mirrored, the arc turns the other way.
+      {"%MIA1B0*%\n", {-kIn / 2, kIn * 3 / 10}, {true, false, 0, 1}, {-kIn, 0}, {0, kIn}, cw,
+       2, 1, -kIn * 4 / 10, 0},
+      // Offset: added to every point, not to the steps.
+      {"%OFA0.1B-0.2*%\n", {kIn * 6 / 10, kIn / 10}, {}, {kIn * 11 / 10, -kIn / 5},
+       {kIn / 10, kIn * 8 / 10}, ccw, 2, 1, kIn * 4 / 10, 0},
+      // Scale: points, steps and the aperture.
+      {"%SFA2B2*%\n", {kIn, kIn * 6 / 10}, {false, false, 0, 2}, {2 * kIn, 0}, {0, 2 * kIn},
+       ccw, 2, 1, kIn * 8 / 10, 0},
+      // Rotation a quarter turn counter-clockwise about the origin: the steps run along y.
+      {"%IR90*%\n", {-kIn * 3 / 10, kIn / 2}, {false, false, 90, 1}, {0, kIn}, {-kIn, 0}, ccw,
+       1, 2, 0, kIn * 4 / 10},
+      // Axis swap: x and y exchanged, a reflection.
+      {"%ASAYBX*%\n", {kIn * 3 / 10, kIn / 2}, {true, false, 270, 1}, {0, kIn}, {kIn, 0}, cw,
+       1, 2, 0, kIn * 4 / 10},
+      // Offset before rotation: (0.5 + 0.1, 0.3 + 0.2) turned a quarter.
+      {"%OFA0.1B0.2*%\n%IR90*%\n", {-kIn / 2, kIn * 6 / 10}, {false, false, 90, 1},
+       {-kIn / 5, kIn * 11 / 10}, {-kIn * 12 / 10, kIn / 10}, ccw, 1, 2, 0, kIn * 4 / 10},
+      // Mirror before offset, offset before scale.
+      {"%MIA0B1*%\n%OFA0.1B0*%\n%SFA2B2*%\n", {kIn * 12 / 10, -kIn * 6 / 10},
+       {false, true, 0, 2}, {kIn * 22 / 10, 0}, {kIn / 5, -2 * kIn}, cw, 2, 1, kIn * 8 / 10, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.commands);
+    Layer layer;
+    const ReadResult r = Read(ImageFile(c.commands), &layer);
+    ASSERT_TRUE(r.ok) << r.error.ToString();
+    ASSERT_EQ(layer.objects.size(), 3u);
+    const ArtObject& flash = layer.objects[0];
+    EXPECT_EQ(flash.end, c.flash);
+    // Compare the transform by what it does to a point: mirror_y equals mirror_x turned 180.
+    const Affine want = Affine::FromTransform(c.t), got = Affine::FromTransform(flash.transform);
+    EXPECT_NEAR(got.a, want.a, 1e-9);
+    EXPECT_NEAR(got.b, want.b, 1e-9);
+    EXPECT_NEAR(got.c, want.c, 1e-9);
+    EXPECT_NEAR(got.d, want.d, 1e-9);
+    const ArtObject& arc = layer.objects[1];
+    ASSERT_EQ(arc.kind, ObjectKind::kArc);
+    EXPECT_EQ(arc.start, c.arc_start);
+    EXPECT_EQ(arc.end, c.arc_end);
+    EXPECT_EQ(arc.direction, c.dir);
+    // The centre is where the origin went, so the arc keeps its radius.
+    const Coord r0 = (arc.start.x - arc.centre.x) * (arc.start.x - arc.centre.x) +
+                     (arc.start.y - arc.centre.y) * (arc.start.y - arc.centre.y);
+    const Coord r1 = (arc.end.x - arc.centre.x) * (arc.end.x - arc.centre.x) +
+                     (arc.end.y - arc.centre.y) * (arc.end.y - arc.centre.y);
+    EXPECT_EQ(r0, r1);
+    const ArtObject& sr = layer.objects[2];
+    ASSERT_EQ(sr.kind, ObjectKind::kStepRepeat);
+    EXPECT_EQ(sr.repeat_x, c.repeat_x);
+    EXPECT_EQ(sr.repeat_y, c.repeat_y);
+    EXPECT_EQ(sr.step_x, c.step_x);
+    EXPECT_EQ(sr.step_y, c.step_y);
+    // The written file reads back to the same placed objects, with no image commands left.
+    Layer again;
+    const std::string written = WriteGerber(layer, {});
+    ASSERT_TRUE(Read(written, &again).ok);
+    EXPECT_EQ(again.objects, layer.objects);
+  }
+}
+
+TEST(GerberReaderTest, ImageCommandsDrawTheTurnedImage) {
+  // IR90 turns the 0.2 x 0.1 rectangle at (0.5, 0.3) to a 0.1 x 0.2 one at (-0.3, 0.5); SF
+  // then doubles it about the origin first.
+  const ArtView v = testing_util::View(100, 100, 100, -0.5, 0);
+  const testing_util::Mask m = testing_util::Draw(
+      "%FSLAX26Y26*%\n%MOIN*%\n%IR90*%\n%ADD10R,0.2X0.1*%\nD10*\nX500000Y300000D03*\nM02*\n", v);
+  // Rectangle x in [-0.35, -0.25], y in [0.4, 0.6]: pixels u = 15..25, v from the top 40..60.
+  EXPECT_GT(testing_util::ExpectShape(
+                m, [](double x, double y) { return testing_util::BoxSd(x, y, 15, 40, 25, 60); }),
+            9000);
+  // Non-uniform scale: the points stretch along x only; the aperture by the mean, with a
+  // warning.
+  Layer layer;
+  const ReadResult r = Read(
+      "%FSLAX26Y26*%\n%MOIN*%\n%SFA4B1*%\n%ADD10C,0.1*%\nD10*\nX100000Y200000D03*\nM02*\n",
+      &layer);
+  ASSERT_TRUE(r.ok);
+  EXPECT_TRUE(HasWarning(r, "geometric mean"));
+  EXPECT_EQ(layer.objects[0].end, (ArtPoint{kIn * 4 / 10, kIn / 5}));
+  EXPECT_DOUBLE_EQ(layer.objects[0].transform.scale, 2.0);
+  // Bad values are errors naming what was expected.
+  EXPECT_NE(Read("%FSLAX26Y26*%\n%MOIN*%\n%IR45*%\nM02*\n").error.text.find("0, 90, 180"),
+            std::string::npos);
+  EXPECT_NE(Read("%FSLAX26Y26*%\n%MOIN*%\n%MIA2B0*%\nM02*\n").error.text.find("0 or 1"),
+            std::string::npos);
+  EXPECT_NE(Read("%FSLAX26Y26*%\n%MOIN*%\n%ASAZBY*%\nM02*\n").error.text.find("AYBX"),
+            std::string::npos);
+  EXPECT_NE(Read("%FSLAX26Y26*%\n%MOIN*%\n%SFA0B1*%\nM02*\n").error.text.find("above 0"),
+            std::string::npos);
+  const ReadResult huge = Read("%FSLAX26Y26*%\n%MOIN*%\n%SFA1000000B1*%\n%ADD10C,0.1*%\nD10*\n"
+                               "X99999999999999Y0D03*\nM02*\n");
+  EXPECT_FALSE(huge.ok);
+  EXPECT_EQ(huge.error.line, 6);
+}
+
+TEST(GerberReaderTest, NegativeImageIsDarkWhereNothingIsDrawn) {
+  const ArtView v = testing_util::View(100, 40, 40);
+  Layer layer;
+  const ReadResult r = Read(
+      "%FSLAX26Y26*%\n%MOIN*%\n%IPNEG*%\n%ADD10R,0.1X0.1*%\nD10*\nX200000Y200000D03*\n"
+      "%LPC*%\nX200000Y200000D03*\n%LPD*%\nX100000Y100000D03*\nM02*\n",
+      &layer);
+  ASSERT_TRUE(r.ok);
+  EXPECT_TRUE(layer.negative);
+  EXPECT_TRUE(HasWarning(r, "IPNEG"));
+  const testing_util::Mask m{40, 40, RenderLayerMask(layer, v)};
+  // Dark everywhere except the dark flash at (0.1, 0.1): x 5..15, y 25..35 from the top. The
+  // clear flash at (0.2, 0.2) brings back the dark its dark twin removed.
+  EXPECT_EQ(testing_util::ExpectShape(m,
+                                      [](double x, double y) {
+                                        return -testing_util::BoxSd(x, y, 5, 25, 15, 35);
+                                      }),
+            1600);
+  // The writer keeps the negative image.
+  Layer again;
+  ASSERT_TRUE(Read(WriteGerber(layer, {}), &again).ok);
+  EXPECT_TRUE(again.negative);
+  EXPECT_EQ(again.objects, layer.objects);
 }
 
 TEST(GerberReaderTest, ErrorsNameLineColumnAndWhatWasExpected) {

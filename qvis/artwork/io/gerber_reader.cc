@@ -34,6 +34,31 @@ enum class Interp { kLinear, kClockwise, kCounterClockwise };
 enum class Quadrant { kUnset, kSingle, kMulti };
 enum class ZeroMode { kLeading, kTrailing, kNone };
 
+// The image placement of the deprecated AS, MI, OF, SF and IR commands.
+struct ImageTransform {
+  bool swap = false;  // ASAYBX: the file's X is the image's Y
+  bool mirror_a = false, mirror_b = false;
+  double offset_a = 0, offset_b = 0;  // nanometres
+  double scale_a = 1, scale_b = 1;
+  int quarter_turns = 0;  // counter-clockwise
+
+  bool IsIdentity() const {
+    return !swap && !mirror_a && !mirror_b && offset_a == 0 && offset_b == 0 && scale_a == 1 &&
+           scale_b == 1 && quarter_turns == 0;
+  }
+  bool Mirrors() const { return swap != (mirror_a != mirror_b); }
+  Affine ToAffine() const {
+    Affine m = swap ? Affine{0, 1, 1, 0, 0, 0} : Affine{};
+    m = Affine{mirror_a ? -1.0 : 1.0, 0, 0, mirror_b ? -1.0 : 1.0, 0, 0}.Then(m);
+    m = Affine::Translate(offset_a, offset_b).Then(m);
+    m = Affine{scale_a, 0, 0, scale_b, 0, 0}.Then(m);
+    static constexpr double kCos[4] = {1, 0, -1, 0};
+    static constexpr double kSin[4] = {0, 1, 0, -1};
+    const int q = quarter_turns & 3;
+    return Affine{kCos[q], kSin[q], -kSin[q], kCos[q], 0, 0}.Then(m);
+  }
+};
+
 struct Frame {
   bool is_block = false;  // AB (else SR)
   int code = 0;
@@ -391,7 +416,7 @@ class GerberParser {
     ArtObject& o = t.emplace_back();
     o.kind = kind;
     o.polarity = polarity_;
-    o.transform = transform_;
+    o.transform = PlaceTransform();
     o.aperture = aperture_;
     for (const auto& [name, values] : object_attrs_) o.attributes.push_back({name, values});
     return o;
@@ -439,11 +464,11 @@ class GerberParser {
       if (!contour_open_) StartContour(current_);
       if (++stored_ > limits_.max_objects) Fail(offset, "fewer contour segments");
       ContourSegment seg;
-      seg.end = next;
+      seg.end = Place(next);
       if (arc && !degenerate) {
         seg.is_arc = true;
-        seg.direction = dir;
-        seg.centre = ArcCentre(current_, next, ci, cj, dir);
+        seg.direction = PlaceDirection(dir);
+        seg.centre = Place(ArcCentre(current_, next, ci, cj, dir));
       }
       contour_.segments.push_back(seg);
       return;
@@ -451,11 +476,11 @@ class GerberParser {
     NeedAperture(offset);
     CheckDrawAperture(offset, arc && !degenerate);
     ArtObject& o = NewObject(arc && !degenerate ? ObjectKind::kArc : ObjectKind::kTrack, offset);
-    o.start = current_;
-    o.end = next;
+    o.start = Place(current_);
+    o.end = Place(next);
     if (arc && !degenerate) {
-      o.direction = dir;
-      o.centre = ArcCentre(current_, next, ci, cj, dir);
+      o.direction = PlaceDirection(dir);
+      o.centre = Place(ArcCentre(current_, next, ci, cj, dir));
     }
   }
 
@@ -469,7 +494,7 @@ class GerberParser {
 
   void StartContour(ArtPoint at) {
     contour_ = Contour{};
-    contour_.start = at;
+    contour_.start = Place(at);
     contour_open_ = true;
   }
 
@@ -502,7 +527,7 @@ class GerberParser {
     std::int64_t cost = 1;
     if (ap.kind == ApertureKind::kBlock) cost = std::max<std::int64_t>(1, block_cost_[aperture_]);
     ArtObject& o = NewObject(ObjectKind::kFlash, offset, cost);
-    o.end = at;
+    o.end = Place(at);
   }
 
   // ---- extended commands ----
@@ -561,9 +586,12 @@ class GerberParser {
       return;
     }
     if (code == "IP") {
-      if (rest == "NEG") Warn(offset, "IPNEG (negative image) is deprecated and drawn positive");
-      else if (rest != "POS") Fail(at, "POS or NEG");
-      else Warn(offset, "IP is deprecated");
+      if (rest == "NEG") layer_->negative = true;
+      else if (rest == "POS") layer_->negative = false;
+      else Fail(at, "POS or NEG");
+      Warn(offset, rest == "NEG" ? "IPNEG (negative image) is deprecated; the layer is drawn "
+                                   "dark with its dark objects cleared"
+                                 : "IP is deprecated");
       return;
     }
     if (code == "IN" || code == "LN") {
@@ -571,13 +599,123 @@ class GerberParser {
       if (code == "IN" && layer_->name.empty()) layer_->name = std::string(rest);
       return;
     }
-    if (code == "MI" || code == "OF" || code == "SF" || code == "AS" || code == "IR" ||
-        code == "IJ" || code == "IO" || code == "KO" || code == "SM") {
+    if (code == "MI" || code == "OF" || code == "SF" || code == "AS" || code == "IR") {
+      return ImageCommand(code, rest, offset);
+    }
+    if (code == "IJ" || code == "IO" || code == "KO" || code == "SM") {
       Warn(offset, std::string(code) + " is deprecated and ignored");
       return;
     }
     if (code == "G0" || code == "G4") return;  // comment written as an extended command
     Fail(offset, "an extended command (FS, MO, AD, AM, AB, SR, LP, LM, LR, LS, TF, TA, TO, TD)");
+  }
+
+  // The deprecated image commands place the whole image: a point p of the file lands at
+  //   IR( SF( OF( MI( AS(p) ) ) ) )
+  // (axes swapped, then mirrored, offset, scaled, and rotated about the origin last), which is
+  // the order in which the reference viewers combine them. Apertures turn, mirror and scale
+  // with the image. Each command applies to what follows it.
+  void ImageCommand(std::string_view code, std::string_view rest, std::size_t offset) {
+    const std::size_t at = offset + 2;
+    Warn(offset, std::string(code) + " is deprecated; applied to the image");
+    if (code == "AS") {
+      if (rest == "AXBY") image_.swap = false;
+      else if (rest == "AYBX") image_.swap = true;
+      else Fail(at, "AXBY or AYBX");
+    } else if (code == "IR") {
+      const long r = ParseInt(rest, at, "a rotation of 0, 90, 180 or 270", 0, 270);
+      if (r % 90 != 0) Fail(at, "a rotation of 0, 90, 180 or 270");
+      image_.quarter_turns = static_cast<int>(r / 90);
+    } else {
+      // MI, OF and SF take an A and a B value, each optional.
+      double v[2] = {code == "SF" ? 1.0 : 0.0, code == "SF" ? 1.0 : 0.0};
+      std::size_t i = 0;
+      while (i < rest.size()) {
+        const char c = rest[i];
+        if (c != 'A' && c != 'B') Fail(at + i, "A or B");
+        const std::size_t b = ++i;
+        while (i < rest.size() && rest[i] != 'A' && rest[i] != 'B') ++i;
+        v[c == 'B'] = ParseDecimal(rest.substr(b, i - b), at + b, "a number after A or B");
+      }
+      if (code == "MI") {
+        for (double m : v) {
+          if (m != 0 && m != 1) Fail(at, "0 or 1 after A and B");
+        }
+        image_.mirror_a = v[0] == 1;
+        image_.mirror_b = v[1] == 1;
+      } else if (code == "OF") {
+        NeedUnits(offset);
+        image_.offset_a = static_cast<double>(LengthNm(v[0], at));
+        image_.offset_b = static_cast<double>(LengthNm(v[1], at));
+      } else {
+        for (double f : v) {
+          if (!(f > 0) || f > 1e6) Fail(at, "scale factors above 0");
+        }
+        if (v[0] != v[1]) {
+          Warn(offset, "SF with different A and B factors: apertures are scaled by their "
+                       "geometric mean");
+        }
+        image_.scale_a = v[0];
+        image_.scale_b = v[1];
+      }
+    }
+    image_affine_ = image_.ToAffine();
+    image_identity_ = image_.IsIdentity();
+  }
+
+  bool InBlock() const {
+    for (const Frame& f : frames_) {
+      if (f.is_block) return true;
+    }
+    return false;
+  }
+
+  // Where a point of the file lands in the image; inside an aperture block the flash that
+  // places the block applies the image transform instead.
+  ArtPoint Place(ArtPoint p) {
+    if (image_identity_ || in_block_) return p;
+    const DPoint q = image_affine_.Apply({static_cast<double>(p.x), static_cast<double>(p.y)});
+    if (!(std::fabs(q.x) < 1e18) || !(std::fabs(q.y) < 1e18)) {
+      Fail(pos_, "coordinates within 10^9 mm once the image is scaled and offset");
+    }
+    return {static_cast<Coord>(std::llround(q.x)), static_cast<Coord>(std::llround(q.y))};
+  }
+
+  ArcDirection PlaceDirection(ArcDirection d) const {
+    if (image_identity_ || in_block_ || !image_.Mirrors()) return d;
+    return d == ArcDirection::kClockwise ? ArcDirection::kCounterClockwise
+                                         : ArcDirection::kClockwise;
+  }
+
+  // The aperture transform of a new object: the current LM/LR/LS, then the image's turn, mirror
+  // and scale.
+  ApertureTransform PlaceTransform() const {
+    if (image_identity_ || in_block_) return transform_;
+    Affine lin = image_affine_;
+    lin.tx = lin.ty = 0;
+    if (image_.scale_a != image_.scale_b) {
+      // A non-uniform scale cannot be carried by an aperture: scale it by the mean.
+      const double fa = 1.0 / image_.scale_a, fb = 1.0 / image_.scale_b;
+      const double g = std::sqrt(image_.scale_a * image_.scale_b);
+      lin = lin.Then(Affine{fa * g, 0, 0, fb * g, 0, 0});
+    }
+    const Affine m = lin.Then(Affine::FromTransform(transform_));
+    ApertureTransform t;
+    const double det = m.a * m.d - m.b * m.c;
+    t.scale = std::sqrt(std::fabs(det));
+    double a = m.a, b = m.b;
+    if (det < 0) {
+      t.mirror_x = true;
+      a = -a;
+      b = -b;
+    }
+    double deg = std::atan2(b, a) * 180.0 / std::numbers::pi;
+    deg = std::round(deg * 1e9) / 1e9;
+    if (deg < 0) deg += 360.0;
+    if (deg >= 360.0) deg -= 360.0;
+    t.rotation = deg;
+    t.scale = std::round(t.scale * 1e12) / 1e12;
+    return t;
   }
 
   void CoordinateFormat(std::string_view s, std::size_t at) {
@@ -746,6 +884,7 @@ class GerberParser {
       if (in_region_) Fail(at, "G37 before the block ends");
       Frame f = std::move(frames_.back());
       frames_.pop_back();
+      in_block_ = InBlock();
       Aperture ap;
       ap.kind = ApertureKind::kBlock;
       ap.block = std::move(f.objects);
@@ -768,6 +907,7 @@ class GerberParser {
     f.is_block = true;
     f.code = static_cast<int>(code);
     frames_.push_back(std::move(f));
+    in_block_ = true;
   }
 
   void StepRepeat(std::string_view s, std::size_t at) {
@@ -822,6 +962,22 @@ class GerberParser {
     o.repeat_y = f.repeat_y;
     o.step_x = f.step_x;
     o.step_y = f.step_y;
+    if (!image_identity_ && !in_block_) {
+      // The steps turn with the image; a quarter turn or a swap exchanges the two directions.
+      const ArtPoint origin = Place({0, 0});
+      const ArtPoint vx = Place({f.step_x, 0}), vy = Place({0, f.step_y});
+      const Coord xx = vx.x - origin.x, xy = vx.y - origin.y;
+      const Coord yx = vy.x - origin.x, yy = vy.y - origin.y;
+      if (xy == 0 && yx == 0) {
+        o.step_x = xx;
+        o.step_y = yy;
+      } else {
+        o.repeat_x = f.repeat_y;
+        o.repeat_y = f.repeat_x;
+        o.step_x = yx;
+        o.step_y = xy;
+      }
+    }
     o.children = std::move(f.objects);
   }
 
@@ -976,6 +1132,10 @@ class GerberParser {
   int last_op_ = 0;
   Polarity polarity_ = Polarity::kDark;
   ApertureTransform transform_;
+  ImageTransform image_;
+  Affine image_affine_;
+  bool image_identity_ = true;
+  bool in_block_ = false;
   std::map<std::string, std::vector<std::string>> object_attrs_;
   std::map<std::string, std::vector<std::string>> aperture_attrs_;
 

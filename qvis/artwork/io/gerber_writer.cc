@@ -34,6 +34,11 @@ class Writer {
     out_ += "G04 Board artwork written by qvis*\n";
     out_ += mm ? "%FSLAX46Y46*%\n%MOMM*%\n" : "%FSLAX26Y26*%\n%MOIN*%\n";
     out_ += "G75*\n";
+    if (layer_.negative) {
+      // The current format has no negative image; the old command is the only faithful way
+      // to keep it (a dark frame would need an extent the file does not have).
+      out_ += "G04 negative image*\n%IPNEG*%\n";
+    }
     for (const Attribute& a : layer_.file_attributes) Attr("TF", a);
     for (const auto& [name, macro] : layer_.macros) WriteMacro(macro, name, 1.0);
     // Macros instantiated in the other unit get a scaled copy.

@@ -244,6 +244,59 @@ TEST(GerberCompareTest, DeprecatedFormsMatchTheReferenceViewer) {
   }
 }
 
+// Drill files in every unit and zero form, with slots and repeats, against the reference
+// viewer. (It does not draw routed paths; the reader's test checks those.)
+TEST(GerberCompareTest, DrillFilesMatchTheReferenceViewer) {
+  if (!HaveGerbv()) GTEST_SKIP() << "gerbv is not installed (scripts/setup.sh installs it)";
+  const struct {
+    const char* name;
+    const char* text;
+  } cases[] = {
+      {"inch_lz", "M48\nINCH,LZ\nT1C0.04\nT2C0.1\n%\nG90\nG05\nT1\nX005000Y003000\n"
+                  "X-01Y-005\nX-005\nT2\nX0Y0\nM30\n"},
+      {"inch_tz", "M48\nINCH,TZ\nT01F200S65C0.05\n%\nT01\nX5000Y3000\nX-10000Y-5000\nY2\nM30\n"},
+      {"metric_tz", "M48\nMETRIC,TZ\nT1C1.2\nT2C2.5\n%\nT1\nX12700Y7620\nX-2540Y-12700\nT2\n"
+                    "X-20000Y15000\nM30\n"},
+      {"metric_lz", "M48\nMETRIC,LZ\nT1C1.0\n%\nT1\nX012700Y007620\nX-00254Y0127\nM30\n"},
+      {"decimal", "M48\nMETRIC\nT1C0.8\nT2C1.6\n%\nT1\nX12.7Y7.62\nX-5.08Y-17.78\nT2\n"
+                  "X0.Y0.\nM30\n"},
+      {"slots", "M48\nINCH\nT1C0.04\nT2C0.07\n%\nT1\nX0.5Y0.3G85X1.0Y0.3\nT2\n"
+                "X-0.5Y-0.2G85X-0.5Y-0.9\nX-0.2Y0.2G85X0.2Y0.6\nM30\n"},
+      {"repeats", "M48\nINCH\nT1C0.04\n%\nT1\nX0.1Y0.1\nR3X0.2Y0.1\nX-0.8Y-0.8\nR4Y0.25\nM30\n"},
+  };
+  const std::string dir = OutDir();
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string path = dir + "/drill_" + c.name + ".drl";
+    const std::string png = dir + "/drill_" + c.name + "_gerbv.png";
+    std::ofstream(path) << c.text;
+    Layer layer;
+    const ReadResult r = LoadArtworkFile(path, &layer);
+    ASSERT_TRUE(r.ok) << r.error.ToString();
+    ASSERT_EQ(layer.kind, LayerKind::kDrill);
+    const double dpi = 300, x = -1.2, y = -1.2;
+    const int w = 720, h = 720;
+    char cmd[2048];
+    std::snprintf(cmd, sizeof cmd,
+                  "gerbv -x png -B 0 -D %g -O %gx%g -w %dx%d -b '#FFFFFF' -f '#000000FF' "
+                  "-o '%s' '%s' >/dev/null 2>&1",
+                  dpi, x, y, w, h, png.c_str(), path.c_str());
+    ASSERT_EQ(std::system(cmd), 0) << cmd;
+    gdi::PixelImage ref;
+    ASSERT_TRUE(gdi::ReadPngImage(png, &ref));
+    ArtView view;
+    view.dpi = dpi;
+    view.origin_x = static_cast<Coord>(std::llround(x * kNmPerInch));
+    view.origin_y = static_cast<Coord>(std::llround(y * kNmPerInch));
+    view.width = w;
+    view.height = h;
+    const Comparison cmp = Compare(RenderLayerMask(layer, view), ref, w, h);
+    EXPECT_GT(cmp.inked, 100);
+    EXPECT_EQ(cmp.beyond_tolerance, 0);
+    EXPECT_LE(cmp.differing, cmp.edge_pixels);
+  }
+}
+
 TEST(GerberCompareTest, CommandLineRendersTheFramingItIsGiven) {
   const std::string dir = OutDir();
   const std::string path = dir + "/square.gbr";

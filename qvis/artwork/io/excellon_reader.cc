@@ -303,13 +303,17 @@ class ExcellonParser {
       return;
     }
     if (!w.x && !w.y) return;
+    if (routing_) {
+      // In route mode a line of bare coordinates repeats the last G00-G03.
+      return Route(route_g_, w, at);
+    }
     at_ = p;
-    if (routing_) return;
     Add(ObjectKind::kFlash, at).end = p;
   }
 
   void Route(int g, const Words& w, std::size_t at) {
     routing_ = true;
+    route_g_ = g;
     const ArtPoint p = Point(w, at);
     if (g == 0 || !tool_down_) {
       at_ = p;
@@ -373,6 +377,7 @@ class ExcellonParser {
   bool incremental_ = false;
   bool routing_ = false;
   bool tool_down_ = false;
+  int route_g_ = 0;
   int tool_ = 0;
   ArtPoint at_;
   std::int64_t count_ = 0;

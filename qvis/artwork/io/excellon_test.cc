@@ -48,6 +48,33 @@ TEST(ExcellonReaderTest, RoutedPaths) {
   EXPECT_EQ(layer.objects[2].direction, ArcDirection::kClockwise);
 }
 
+TEST(ExcellonReaderTest, RouteModeRepeatsTheLastMotionAndDrawsOnlyWithTheToolDown) {
+  Layer layer;
+  const ReadResult r = ReadExcellon(
+      "M48\nINCH\nT1C0.04\n%\nT1\nG00X0.1Y0.1\nM15\nG01X0.8Y0.1\nX0.8Y0.6\n"
+      "G03X0.3Y0.6A0.25\nM16\nX0.3Y0.9\nG00X-0.5Y-0.5\nM15\nG01X-1.0Y-0.5\nM17\nG05\n"
+      "X-1.0Y1.0\nM30\n",
+      &layer);
+  ASSERT_TRUE(r.ok) << r.error.ToString();
+  const Coord in = kNmPerInch;
+  ASSERT_EQ(layer.objects.size(), 5u);
+  // G01 from (0.1, 0.1), then the bare line continues it to (0.8, 0.6).
+  EXPECT_EQ(layer.objects[0].kind, ObjectKind::kTrack);
+  EXPECT_EQ(layer.objects[0].start, (ArtPoint{in / 10, in / 10}));
+  EXPECT_EQ(layer.objects[1].kind, ObjectKind::kTrack);
+  EXPECT_EQ(layer.objects[1].start, (ArtPoint{in * 8 / 10, in / 10}));
+  EXPECT_EQ(layer.objects[1].end, (ArtPoint{in * 8 / 10, in * 6 / 10}));
+  // The radius is half the chord: the centre is its midpoint.
+  EXPECT_EQ(layer.objects[2].kind, ObjectKind::kArc);
+  EXPECT_EQ(layer.objects[2].centre, (ArtPoint{in * 55 / 100, in * 6 / 10}));
+  // After M16 the bare line only moves; the second route starts at the G00 point.
+  EXPECT_EQ(layer.objects[3].start, (ArtPoint{-in / 2, -in / 2}));
+  EXPECT_EQ(layer.objects[3].end, (ArtPoint{-in, -in / 2}));
+  // G05 goes back to drilling: the bare line is a hole.
+  EXPECT_EQ(layer.objects[4].kind, ObjectKind::kFlash);
+  EXPECT_EQ(layer.objects[4].end, (ArtPoint{-in, in}));
+}
+
 TEST(ExcellonReaderTest, ErrorsAndLimits) {
   Layer layer;
   // A tool no Gerber size could hold is refused, so a drill layer always writes as Gerber.

@@ -138,9 +138,11 @@ class GerberParser {
     const std::size_t start = pos_;
     const std::size_t star = text_.find('*', pos_);
     if (star == std::string_view::npos) Fail(text_.size(), "'*' ending the command");
-    const std::size_t pct = text_.find('%', pos_);
-    if (in_extended_ == false && pct != std::string_view::npos && pct < star) {
-      Fail(pct, "'*' ending the command before '%'");
+    if (!in_extended_) {
+      // Only the command itself is searched: looking for the next '%' in the whole rest of the
+      // file made reading quadratic in the length of a run of data blocks.
+      const std::size_t pct = text_.substr(start, star - start).find('%');
+      if (pct != std::string_view::npos) Fail(start + pct, "'*' ending the command before '%'");
     }
     if (star - start > limits_.max_block_bytes) Fail(start, "a command shorter than 1 MB");
     pos_ = star + 1;

@@ -1155,6 +1155,13 @@ class GerberParser {
 
 ReadResult ReadGerber(std::string_view text, Layer* layer, const ReadLimits& limits) {
   *layer = Layer{};
+  // Room for the objects up front saves moving every object each time the table grows. An
+  // object takes at least one '*' and about eight bytes of text, so the guess stays within a
+  // small multiple of the input however the input is made.
+  const std::size_t stars = static_cast<std::size_t>(std::count(text.begin(), text.end(), '*'));
+  const std::size_t guess = std::min({stars, text.size() / 8,
+                                      static_cast<std::size_t>(std::max<std::int64_t>(0, limits.max_objects))});
+  layer->objects.reserve(guess);
   GerberParser parser(text, layer, limits);
   return parser.Run();
 }

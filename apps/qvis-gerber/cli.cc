@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include <csetjmp>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -108,6 +109,55 @@ bool WriteFramePng(const gdi::PixelImage& img, const std::string& path) {
   std::vector<std::uint8_t> encoded;
   encoded.reserve(n / 8 + 1024);
   if (!EncodePng(rows.data(), img.width, img.height, indexed, colours.data(),
+                 static_cast<int>(colours.size()), &encoded)) {
+    return false;
+  }
+  WriteFileAtomically(path, encoded.data(), encoded.size());
+  return true;
+}
+
+// WriteFrame draws `doc` in `view` and writes it as PNG. A frame holds one colour per layer and
+// the background, so up to 255 layers it is composed straight into palette indices, one byte a
+// pixel, and never as a 32-bit image.
+bool WriteFrame(const ArtDocument& doc, const ArtView& view, const std::string& path) {
+  if (doc.layers.size() > 255) {
+    const gdi::PixelImage img = RenderArtwork(doc, view);
+    return !img.pixels.empty() && WriteFramePng(img, path);
+  }
+  if (view.width <= 0 || view.height <= 0 || view.width > kMaxRenderSide ||
+      view.height > kMaxRenderSide) {
+    return false;
+  }
+  std::vector<const Layer*> order;
+  for (const Layer& l : doc.layers) {
+    if (l.visible) order.push_back(&l);
+  }
+  std::stable_sort(order.begin(), order.end(),
+                   [](const Layer* a, const Layer* b) { return a->order < b->order; });
+  const std::size_t n = static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height);
+  std::vector<std::uint8_t> index(n, 0);
+  std::vector<png_color> colours;
+  auto colour = [](std::uint32_t c) {
+    return png_color{static_cast<png_byte>(c >> 16), static_cast<png_byte>(c >> 8),
+                     static_cast<png_byte>(c)};
+  };
+  colours.push_back(colour(view.background));
+  for (const Layer* l : order) {
+    const std::vector<std::uint8_t> mask = RenderLayerMask(*l, view);
+    if (mask.size() != n) return false;
+    const auto k = static_cast<std::uint8_t>(colours.size());
+    colours.push_back(colour(l->colour));
+    for (std::size_t i = 0; i < n; ++i) {
+      if (mask[i]) index[i] = k;
+    }
+  }
+  std::vector<png_bytep> rows(static_cast<std::size_t>(view.height));
+  for (int y = 0; y < view.height; ++y) {
+    rows[static_cast<std::size_t>(y)] = index.data() + static_cast<std::size_t>(y) * view.width;
+  }
+  std::vector<std::uint8_t> encoded;
+  encoded.reserve(n / 8 + 1024);
+  if (!EncodePng(rows.data(), view.width, view.height, true, colours.data(),
                  static_cast<int>(colours.size()), &encoded)) {
     return false;
   }
@@ -243,11 +293,8 @@ int Render(const std::vector<std::string>& args, std::ostream& out, std::ostream
     return err << "render: the image would be larger than " << kMaxRenderSide
                << " pixels a side; lower --dpi or give --size\n", 1;
   }
-  const gdi::PixelImage img = RenderArtwork(doc, view);
-  if (img.pixels.empty() || !WriteFramePng(img, output)) {
-    return err << "render: cannot write " << output << "\n", 1;
-  }
-  out << output << ": " << img.width << "x" << img.height << " at " << dpi << " dpi\n";
+  if (!WriteFrame(doc, view, output)) return err << "render: cannot write " << output << "\n", 1;
+  out << output << ": " << view.width << "x" << view.height << " at " << dpi << " dpi\n";
   return 0;
 }
 
@@ -324,7 +371,10 @@ ReadResult LoadArtworkFile(const std::string& path, Layer* layer) {
     r.error.text = "cannot open the file";
     return r;
   }
-  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  // One read of the whole file (a character at a time cost as much as parsing the numbers).
+  std::string text;
+  char chunk[1 << 16];
+  while (in.read(chunk, sizeof chunk) || in.gcount() > 0) text.append(chunk, static_cast<std::size_t>(in.gcount()));
   ReadResult r = LooksLikeGerber(text) ? ReadGerber(text, layer) : ReadExcellon(text, layer);
   const std::size_t slash = path.find_last_of('/');
   if (layer->name.empty()) layer->name = path.substr(slash == std::string::npos ? 0 : slash + 1);

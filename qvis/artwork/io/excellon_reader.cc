@@ -1,5 +1,6 @@
 #include "qvis/artwork/io/excellon_reader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -121,7 +122,11 @@ class ExcellonParser {
     for (char c : d) v = v * 10 + (c - '0');
     // Leading zeros kept: the first int_digits_ digits are the integer part.
     const int dec = leading_kept_ ? static_cast<int>(d.size()) - int_digits_ : dec_digits_;
-    double value = static_cast<double>(v) * std::pow(10.0, -dec);
+    static constexpr double kTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9,
+                                      1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+    double value = dec >= 0 && dec <= 18   ? static_cast<double>(v) / kTen[dec]
+                   : dec < 0 && dec >= -18 ? static_cast<double>(v) * kTen[-dec]
+                                           : static_cast<double>(v) * std::pow(10.0, -dec);
     if (neg) value = -value;
     return static_cast<Coord>(std::llround(value * static_cast<double>(UnitNm())));
   }
@@ -387,6 +392,11 @@ class ExcellonParser {
 
 ReadResult ReadExcellon(std::string_view text, Layer* layer, const ReadLimits& limits) {
   *layer = Layer{};
+  // Room for the holes up front (a hole is a line of at least four bytes) saves moving every
+  // object each time the table grows.
+  const std::size_t lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+  layer->objects.reserve(std::min({lines, text.size() / 4,
+                                   static_cast<std::size_t>(std::max<std::int64_t>(0, limits.max_objects))}));
   ExcellonParser p(text, layer, limits);
   return p.Run();
 }

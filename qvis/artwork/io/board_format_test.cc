@@ -281,3 +281,25 @@ TEST_F(BoardFileTest, SaveMarksCleanAndLoadGivesTheSameBoard) {
 
 }  // namespace
 }  // namespace qvis
+
+namespace qvis {
+namespace {
+
+// The fuzz seeds are boards the reader accepts (a refused seed would only fuzz the first lines).
+TEST(BoardFormatTest, FuzzSeedsRead) {
+  int n = 0;
+  for (const auto& e : std::filesystem::directory_iterator(
+           std::filesystem::path(QVIS_SOURCE_DIR) / "fuzz" / "corpus" / "board")) {
+    std::ifstream in(e.path(), std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ArtDocument doc;
+    BoardView v;
+    const ReadResult r = ReadBoardText(text, &doc, &v);
+    EXPECT_TRUE(r.ok) << e.path() << ": " << r.error.ToString();
+    ++n;
+  }
+  EXPECT_GE(n, 4);
+}
+
+}  // namespace
+}  // namespace qvis

@@ -253,7 +253,8 @@ BOOL RenderPath(HDC dc, PathRender what) {
     const StrokeStyle style = StyleOfSelectedPen(*dc);
     for (const Figure& f : figures) {
       if (!f.has_segments) continue;
-      BuildStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip, &set);
+      BuildDashedStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip,
+                        &set);
     }
     RegionBuilder builder;
     if (!set.counts.empty()) {

@@ -147,7 +147,7 @@ void PaintPolygons(DeviceContext& dc, const SpanRegion& interior, const PointI* 
     const StrokeStyle style = StyleOfSelectedPen(dc);
     const PointI* p = points;
     for (int i = 0; i < polygons; ++i) {
-      BuildStroke(p, counts[i], true, style, clip, &set);
+      BuildDashedStroke(p, counts[i], true, style, clip, &set);
       p += counts[i];
     }
     RegionBuilder builder;

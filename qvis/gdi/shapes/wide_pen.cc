@@ -79,10 +79,9 @@ std::int64_t RoundHalfUp(double v) { return static_cast<std::int64_t>(std::floor
 // vertical segments are the box of whole pixels centred on the line; slanted ones offset both
 // ends by the half widths across the line rounded to whole pixels, the larger half on the side of
 // larger x. Square caps stretch the ends by half the width along the line.
-Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool cap_end) {
+Body SegmentBodyAlong(PointI a, PointI b, std::int64_t dx, std::int64_t dy, std::int64_t width,
+                      bool cap_start, bool cap_end) {
   const std::int64_t ax = a.x, ay = a.y, bx = b.x, by = b.y;
-  const std::int64_t dx = bx - ax;
-  const std::int64_t dy = by - ay;
   auto P = [](std::int64_t x, std::int64_t y) { return PointFx{x * kFixOne, y * kFixOne}; };
   Body body;
   if (dy == 0) {
@@ -153,6 +152,11 @@ Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool ca
   }
   // The "plus" corners lie on the left of the walk whichever way the segment runs.
   return Body{a_plus, b_plus, b_minus, a_minus};
+}
+
+Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool cap_end) {
+  return SegmentBodyAlong(a, b, std::int64_t{b.x} - a.x, std::int64_t{b.y} - a.y, width,
+                          cap_start, cap_end);
 }
 
 }  // namespace
@@ -240,6 +244,59 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
   out->counts.push_back(static_cast<int>(dot.points.size()));
 }
 
+namespace {
+
+// AddJoin appends the bevel or miter piece at corner c between the segment bodies coming from
+// p0 and going to p2 (round joins are dots; the caller adds them), on the outer side of the turn.
+void AddJoin(const Body& in_body, const Body& out_body, PointI p0, PointI c, PointI p2,
+             const StrokeStyle& style, PolygonSet* out) {
+  const double d1x = static_cast<double>(c.x) - p0.x;
+  const double d1y = static_cast<double>(c.y) - p0.y;
+  const double d2x = static_cast<double>(p2.x) - c.x;
+  const double d2y = static_cast<double>(p2.y) - c.y;
+  const double cross = d1x * d2y - d1y * d2x;
+  if (cross == 0) return;  // straight on (or straight back: nothing to fill)
+  // Turning right on screen (y down) leaves the left edges outside.
+  const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
+  const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
+  const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
+  const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
+  const PointFx cf = ToFx(c);
+  bool miter = style.join == JoinStyle::kMiter;
+  PointFx tip;
+  if (miter) {
+    // The miter tip: where the two outer edges meet.
+    const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
+    const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
+    const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
+    const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
+    const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
+    const double den = ux * wy - uy * wx;
+    miter = den != 0;
+    if (miter) {
+      const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
+      const double mx = ax + ux * t;
+      const double my = ay + uy * t;
+      const double hw = static_cast<double>(style.width) / 2.0 * static_cast<double>(kFixOne);
+      const double ratio =
+          std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
+      miter = ratio <= style.miter_limit;
+      const double one = static_cast<double>(kFixOne);
+      tip = PointFx{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
+                    static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
+    }
+  }
+  if (miter) {
+    const PointFx quad[4] = {cf, in_corner, tip, out_corner};
+    out->Add(quad, 4);
+  } else {
+    const PointFx tri[3] = {cf, in_corner, out_corner};
+    out->Add(tri, 3);
+  }
+}
+
+}  // namespace
+
 void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
                  const IRect& clip, PolygonSet* out) {
   if (count < 1 || points == nullptr) return;
@@ -286,54 +343,260 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
       AddRoundDot(c, width, clip, out);
       continue;
     }
-    const PointI& p0 = v[static_cast<std::size_t>(in_seg)];
-    const PointI& p2 = v[static_cast<std::size_t>((j + 1) % n)];
-    const double d1x = static_cast<double>(c.x) - p0.x;
-    const double d1y = static_cast<double>(c.y) - p0.y;
-    const double d2x = static_cast<double>(p2.x) - c.x;
-    const double d2y = static_cast<double>(p2.y) - c.y;
-    const double cross = d1x * d2y - d1y * d2x;
-    if (cross == 0) continue;  // straight on (or straight back: nothing to fill)
-    // Turning right on screen (y down) leaves the left edges outside.
-    const Body& in_body = bodies[static_cast<std::size_t>(in_seg)];
-    const Body& out_body = bodies[static_cast<std::size_t>(out_seg)];
-    const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
-    const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
-    const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
-    const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
-    const PointFx cf = ToFx(c);
-    bool miter = style.join == JoinStyle::kMiter;
-    PointFx tip;
-    if (miter) {
-      // The miter tip: where the two outer edges meet.
-      const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
-      const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
-      const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
-      const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
-      const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
-      const double den = ux * wy - uy * wx;
-      miter = den != 0;
-      if (miter) {
-        const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
-        const double mx = ax + ux * t;
-        const double my = ay + uy * t;
-        const double hw = static_cast<double>(width) / 2.0 * static_cast<double>(kFixOne);
-        const double ratio =
-            std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
-        miter = ratio <= style.miter_limit;
-        const double one = static_cast<double>(kFixOne);
-        tip = PointFx{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
-                      static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
-      }
+    AddJoin(bodies[static_cast<std::size_t>(in_seg)], bodies[static_cast<std::size_t>(out_seg)],
+            v[static_cast<std::size_t>(in_seg)], c, v[static_cast<std::size_t>((j + 1) % n)],
+            style, out);
+  }
+}
+
+void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* style) {
+  style->dash_count = 0;
+  constexpr int kDash = 1, kDashDotDot = 4, kUserStyle = 7;  // PS_DOT and PS_DASHDOT between
+  static constexpr double kUnits[4][6] = {
+      {3, 1}, {1, 1}, {3, 1, 1, 1}, {3, 1, 1, 1, 1, 1}};
+  static constexpr int kUnitCount[4] = {2, 2, 4, 6};
+  const double w = static_cast<double>(std::max<std::int64_t>(1, style->width));
+  int n = 0;
+  if (pen_style >= kDash && pen_style <= kDashDotDot) {
+    n = kUnitCount[pen_style - kDash];
+    for (int i = 0; i < n; ++i) style->dashes[static_cast<std::size_t>(i)] = kUnits[pen_style - kDash][i] * w;
+  } else if (pen_style == kUserStyle && !user.empty()) {
+    const int m = static_cast<int>(std::min<std::size_t>(user.size(), 16));
+    double total = 0;
+    for (int i = 0; i < m; ++i) total += static_cast<double>(user[static_cast<std::size_t>(i)]);
+    if (!(total > 0)) return;  // no length at all: solid
+    n = (m % 2 == 0) ? m : 2 * m;
+    for (int i = 0; i < n; ++i) {
+      style->dashes[static_cast<std::size_t>(i)] =
+          static_cast<double>(user[static_cast<std::size_t>(i % m)]);
     }
-    if (miter) {
-      const PointFx quad[4] = {cf, in_corner, tip, out_corner};
-      out->Add(quad, 4);
-    } else {
-      const PointFx tri[3] = {cf, in_corner, out_corner};
-      out->Add(tri, 3);
+  } else {
+    return;
+  }
+  if (style->cap != CapStyle::kFlat) {
+    for (int i = 0; i + 1 < n; i += 2) {
+      const double on = style->dashes[static_cast<std::size_t>(i)];
+      const double shorter = std::max(0.0, on - w);
+      style->dashes[static_cast<std::size_t>(i)] = shorter;
+      style->dashes[static_cast<std::size_t>(i) + 1] += on - shorter;
     }
   }
+  style->dash_count = n;
+}
+
+namespace {
+
+// LoneCap: the figure of a zero-length dash at c on a segment heading (dx, dy): the pen's
+// round dot, or with square caps the two caps of a segment of no length (a square as wide as
+// the pen, half a width to each side along the path, rounded down as segment caps are).
+void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& style,
+             const IRect& clip, PolygonSet* out) {
+  if (style.cap == CapStyle::kRound) {
+    AddRoundDot(c, style.width, clip, out);
+    return;
+  }
+  if (style.cap != CapStyle::kSquare || (dx == 0 && dy == 0)) return;
+  const Body body = SegmentBodyAlong(c, c, dx, dy, style.width, true, true);
+  const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
+  out->Add(quad, 4);
+}
+
+// DashWalker: the position in a dash pattern while walking a polyline, and the dash being
+// collected.
+class DashWalker {
+ public:
+  DashWalker(const StrokeStyle& style, const IRect& clip, PolygonSet* out)
+      : style_(style), clip_(clip), out_(out) {
+    solid_ = style;
+    solid_.dash_count = 0;
+    for (int i = 0; i < style.dash_count; ++i) period_ += style.dashes[static_cast<std::size_t>(i)];
+    left_ = style.dashes[0];
+    // Pieces farther than this from the clip box cannot reach it: half the width, or the
+    // longest miter.
+    reach_ = static_cast<double>(style.width) * std::max(1.0, style.miter_limit) + 2.0;
+    dash_.clear();
+  }
+
+  // Segment walks from a to b (a != b).
+  void Segment(PointI a, PointI b) {
+    const double dx = static_cast<double>(b.x) - a.x;
+    const double dy = static_cast<double>(b.y) - a.y;
+    const double len = std::hypot(dx, dy);
+    const double ux = dx / len, uy = dy / len;
+    dir_x_ = std::int64_t{b.x} - a.x;
+    dir_y_ = std::int64_t{b.y} - a.y;
+    auto at = [&](double t) { return t >= len - kEps ? b : Along(a, ux, uy, t); };
+    // The part of the segment near the clip box; the pattern skips the rest by arithmetic.
+    double t0 = 0, t1 = len;
+    if (!NearClip(a, dx, dy, len, &t0, &t1)) {
+      Flush();
+      Advance(len);
+      return;
+    }
+    if (t0 > 0) {
+      Flush();
+      Advance(t0);
+    }
+    double t = t0;
+    if (on() && dash_.empty()) Add(at(t));
+    while (true) {
+      if (on() && left_ <= 0) {
+        // A zero-length dash: a lone cap.
+        LoneCap(at(t), dir_x_, dir_y_, style_, clip_, out_);
+        dash_.clear();
+        Next();
+        continue;
+      }
+      const double step = std::min(left_, t1 - t);
+      t += step;
+      left_ -= step;
+      if (left_ > kEps) break;  // the segment (or its visible part) ends inside this run
+      if (on()) {
+        Add(at(t));
+        Flush();
+      }
+      Next();
+      if (on()) Add(at(t));
+      if (t >= t1 - kEps) break;
+    }
+    if (t1 < len) {
+      Flush();
+      Advance(len - t1);
+    } else if (on()) {
+      Add(b);  // the dash runs on round the corner
+    }
+  }
+
+  // Finish draws the dash still open at the end of the polyline; a dash that would only start
+  // at the very end (none of its length walked) is not drawn.
+  void Finish() {
+    if (dash_.size() == 1 && left_ > 0 &&
+        left_ == style_.dashes[static_cast<std::size_t>(index_)]) {
+      dash_.clear();
+    }
+    Flush();
+  }
+
+ private:
+  static constexpr double kEps = 1e-9;
+
+  bool on() const { return index_ % 2 == 0; }
+  void Next() {
+    index_ = (index_ + 1) % style_.dash_count;
+    left_ = style_.dashes[static_cast<std::size_t>(index_)];
+  }
+  // Advance moves the pattern on by d without drawing.
+  void Advance(double d) {
+    if (period_ > 0 && d > 2 * period_) d = std::fmod(d, period_) + period_;
+    while (d > kEps) {
+      const double step = std::min(left_, d);
+      d -= step;
+      left_ -= step;
+      if (left_ <= kEps) Next();
+    }
+    dash_.clear();
+  }
+  // Along: the pixel at distance t from a; the offset is cut toward a (whole pixels of it).
+  static PointI Along(PointI a, double ux, double uy, double t) {
+    return PointI{static_cast<int>(a.x + std::trunc(ux * t)),
+                  static_cast<int>(a.y + std::trunc(uy * t))};
+  }
+  void Add(PointI p) {
+    if (dash_.empty() || dash_.back() != p) dash_.push_back(p);
+  }
+  // Flush strokes the collected dash.
+  void Flush() {
+    if (dash_.size() == 1) {
+      LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_);
+    } else if (dash_.size() > 1) {
+      BuildStroke(dash_.data(), static_cast<int>(dash_.size()), false, solid_, clip_, out_);
+    }
+    dash_.clear();
+  }
+  // NearClip narrows [t0, t1] of the segment from a along (dx, dy) to the part within reach_ of
+  // the clip box; false when none is.
+  bool NearClip(PointI a, double dx, double dy, double len, double* t0, double* t1) const {
+    const double lo[2] = {clip_.left - reach_, clip_.top - reach_};
+    const double hi[2] = {clip_.right + reach_, clip_.bottom + reach_};
+    const double p[2] = {static_cast<double>(a.x), static_cast<double>(a.y)};
+    const double d[2] = {dx / len, dy / len};
+    for (int k = 0; k < 2; ++k) {
+      if (d[k] == 0) {
+        if (p[k] < lo[k] || p[k] > hi[k]) return false;
+        continue;
+      }
+      double u = (lo[k] - p[k]) / d[k];
+      double v = (hi[k] - p[k]) / d[k];
+      if (u > v) std::swap(u, v);
+      *t0 = std::max(*t0, u);
+      *t1 = std::min(*t1, v);
+    }
+    return *t0 < *t1;
+  }
+
+  const StrokeStyle& style_;
+  StrokeStyle solid_;
+  const IRect& clip_;
+  PolygonSet* out_;
+  double period_ = 0;
+  double reach_ = 0;
+  int index_ = 0;
+  double left_ = 0;
+  std::int64_t dir_x_ = 1;  // the segment being walked
+  std::int64_t dir_y_ = 0;
+  static thread_local std::vector<PointI> dash_;
+};
+
+thread_local std::vector<PointI> DashWalker::dash_;
+
+}  // namespace
+
+void BuildDashedStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
+                       const IRect& clip, PolygonSet* out) {
+  if (style.dash_count < 2) {
+    BuildStroke(points, count, closed, style, clip, out);
+    return;
+  }
+  if (count < 1 || points == nullptr) return;
+  int first = 0;
+  int n = 0;
+  PointI prev{};
+  DashWalker walker(style, clip, out);
+  for (int i = 0; i < count; ++i) {
+    if (n > 0 && points[i] == prev) continue;
+    if (n == 0) {
+      first = i;
+    } else {
+      walker.Segment(prev, points[i]);
+    }
+    prev = points[i];
+    ++n;
+  }
+  if (n == 1) {
+    // One point: the first dash is a dot with round caps.
+    if (style.cap == CapStyle::kRound) AddRoundDot(points[first], style.width, clip, out);
+    return;
+  }
+  if (closed && prev != points[first]) walker.Segment(prev, points[first]);
+  walker.Finish();
+  // A closed figure's first dash starts with the join at the first point, the corner from the
+  // closing segment, whether or not the last dash reaches it.
+  if (!closed || n < 3 || style.dashes[0] <= 0) return;
+  const PointI p1 = points[first];
+  PointI p2 = p1;
+  PointI p0 = p1;
+  for (int i = first + 1; i < count; ++i) {
+    if (points[i] == p1) continue;
+    if (p2 == p1) p2 = points[i];
+    p0 = points[i];
+  }
+  if (p2 == p1 || p0 == p1) return;
+  if (style.join == JoinStyle::kRound) {
+    AddRoundDot(p1, style.width, clip, out);
+    return;
+  }
+  AddJoin(SegmentBody(p0, p1, style.width, false, false), SegmentBody(p1, p2, style.width, false, false),
+          p0, p1, p2, style, out);
 }
 
 StrokeStyle StyleOfSelectedPen(const DeviceContext& dc) {
@@ -363,6 +626,7 @@ StrokeStyle StyleOfSelectedPen(const DeviceContext& dc) {
       break;
   }
   st.miter_limit = std::max(1.0, static_cast<double>(dc.miter_limit));
+  if (dc.pen->geometric) DashPatternOf(dc.pen->style, dc.pen->user_style, &st);
   return st;
 }
 
@@ -384,6 +648,7 @@ namespace {
 // send every one of its thousands of outline edges across each visible row.
 bool StrokeCoversBox(const PointI* points, int count, const StrokeStyle& style, const IRect& clip) {
   if (style.cap != CapStyle::kRound || style.join != JoinStyle::kRound) return false;
+  if (style.dash_count > 0) return false;
   const double reach = static_cast<double>(style.width) / 2.0 - 2.0;
   if (!(reach > 0.0)) return false;
   for (int i = 0; i < count; ++i) {
@@ -406,7 +671,7 @@ void BuildVisibleStroke(const PointI* points, int count, bool closed, const Stro
     set->Add(box, 4);
     return;
   }
-  BuildStroke(points, count, closed, style, clip, set);
+  BuildDashedStroke(points, count, closed, style, clip, set);
 }
 
 }  // namespace

@@ -4,9 +4,11 @@
 #ifndef QVIS_GDI_SHAPES_WIDE_PEN_H_
 #define QVIS_GDI_SHAPES_WIDE_PEN_H_
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
+#include "qvis/compat/types.h"
 #include "qvis/gdi/raster/geom.h"
 #include "qvis/gdi/raster/region.h"
 #include "qvis/gdi/raster/span.h"
@@ -24,6 +26,12 @@ struct StrokeStyle {
   CapStyle cap = CapStyle::kRound;
   JoinStyle join = JoinStyle::kRound;
   double miter_limit = 10.0;  // longest miter as a multiple of the pen width
+  // Dash pattern in pixels along the path, on and off lengths alternating from an on length;
+  // dash_count 0 is a solid pen. The on lengths are what lies between the caps of a dash: a
+  // capped pen's dashes are shorter by the width so that caps and dash together keep the
+  // style's length (see DashPatternOf).
+  std::array<double, 32> dashes{};
+  int dash_count = 0;
 };
 
 // PolygonSet: polygons in fixed point, as the scan converter takes them.
@@ -51,6 +59,22 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
 // `clip` bounds the work of round pieces. count < 1: nothing.
 void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
                  const IRect& clip, PolygonSet* out);
+
+// DashPatternOf fills style->dashes for a geometric pen of the given PS_ style (PS_DASH ..
+// PS_DASHDOTDOT scale their on/off units by the width: dash 3, dot 1, gap 1; PS_USERSTYLE
+// entries are pixels as given, an odd count running twice so that on and off alternate). With
+// round or square caps every on length gives up one width to its two caps, and the gap after
+// it takes it, down to a zero-length dash, which is a lone cap. Solid and other styles, or a
+// user style with no length at all: dash_count 0.
+void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* style);
+
+// BuildDashedStroke appends the outline pieces of the dashes of a styled stroke: the pattern
+// runs from the first point along the whole polyline (round its corners, and back to the start
+// when closed); each dash is a polyline with the style's joins at the corners it spans and the
+// caps at its ends. Dashes wholly outside `clip` cost only their count. Degenerate input as
+// BuildStroke; a style without dashes: as BuildStroke.
+void BuildDashedStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
+                       const IRect& clip, PolygonSet* out);
 
 // StyleOfSelectedPen: the stroke style of the DC's selected geometric pen.
 StrokeStyle StyleOfSelectedPen(const DeviceContext& dc);

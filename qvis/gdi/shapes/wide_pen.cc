@@ -154,6 +154,18 @@ Body SegmentBodyAlong(PointI a, PointI b, std::int64_t dx, std::int64_t dy, std:
   return Body{a_plus, b_plus, b_minus, a_minus};
 }
 
+// HeadingOf: the direction from a to b as a vector that fits in int (scaled down, both parts
+// alike, when the coordinates are far apart).
+PointI HeadingOf(PointI a, PointI b) {
+  std::int64_t dx = std::int64_t{b.x} - a.x;
+  std::int64_t dy = std::int64_t{b.y} - a.y;
+  while (dx > (1 << 30) || dx < -(1 << 30) || dy > (1 << 30) || dy < -(1 << 30)) {
+    dx /= 2;
+    dy /= 2;
+  }
+  return PointI{static_cast<int>(dx), static_cast<int>(dy)};
+}
+
 Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool cap_end) {
   return SegmentBodyAlong(a, b, std::int64_t{b.x} - a.x, std::int64_t{b.y} - a.y, width,
                           cap_start, cap_end);
@@ -299,11 +311,23 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI p0, PointI c, Poi
 
 void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
                  const IRect& clip, PolygonSet* out) {
+  BuildStrokeAlong(points, nullptr, count, closed, style, clip, out);
+}
+
+void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool closed,
+                      const StrokeStyle& style, const IRect& clip, PolygonSet* out) {
   if (count < 1 || points == nullptr) return;
   static thread_local std::vector<PointI> v;
+  static thread_local std::vector<PointI> vd;  // the heading of each segment of v
   v.clear();
+  vd.clear();
   for (int i = 0; i < count; ++i) {
-    if (v.empty() || v.back() != points[i]) v.push_back(points[i]);
+    if (v.empty() || v.back() != points[i]) {
+      if (!v.empty()) {
+        vd.push_back(dirs != nullptr ? dirs[i - 1] : HeadingOf(v.back(), points[i]));
+      }
+      v.push_back(points[i]);
+    }
   }
   if (closed) {
     while (v.size() > 1 && v.back() == v.front()) v.pop_back();
@@ -323,7 +347,12 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
     const bool cap_start = !closed && i == 0 && style.cap == CapStyle::kSquare;
     const bool cap_end = !closed && i == segments - 1 && style.cap == CapStyle::kSquare;
     Body& body = bodies[static_cast<std::size_t>(i)];
-    body = SegmentBody(a, b, width, cap_start, cap_end);
+    if (i < static_cast<int>(vd.size())) {
+      const PointI d = vd[static_cast<std::size_t>(i)];
+      body = SegmentBodyAlong(a, b, d.x, d.y, width, cap_start, cap_end);
+    } else {
+      body = SegmentBody(a, b, width, cap_start, cap_end);
+    }
     const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
     out->Add(quad, 4);
   }
@@ -414,17 +443,21 @@ class DashWalker {
     // Pieces farther than this from the clip box cannot reach it: half the width, or the
     // longest miter.
     reach_ = static_cast<double>(style.width) * std::max(1.0, style.miter_limit) + 2.0;
-    dash_.clear();
+    ClearDash();
   }
 
   // Segment walks from a to b (a != b).
   void Segment(PointI a, PointI b) {
     const double dx = static_cast<double>(b.x) - a.x;
     const double dy = static_cast<double>(b.y) - a.y;
-    const double len = std::hypot(dx, dy);
-    const double ux = dx / len, uy = dy / len;
-    dir_x_ = std::int64_t{b.x} - a.x;
-    dir_y_ = std::int64_t{b.y} - a.y;
+    // A segment runs the pattern on by its length rounded to whole pixels; points along it are
+    // placed by the true direction.
+    const double true_len = std::hypot(dx, dy);
+    const double len = std::max(1.0, std::floor(true_len + 0.5));
+    const double ux = dx / true_len, uy = dy / true_len;
+    const PointI heading = HeadingOf(a, b);
+    dir_x_ = heading.x;
+    dir_y_ = heading.y;
     auto at = [&](double t) { return t >= len - kEps ? b : Along(a, ux, uy, t); };
     // The part of the segment near the clip box; the pattern skips the rest by arithmetic.
     double t0 = 0, t1 = len;
@@ -443,7 +476,7 @@ class DashWalker {
       if (on() && left_ <= 0) {
         // A zero-length dash: a lone cap.
         LoneCap(at(t), dir_x_, dir_y_, style_, clip_, out_);
-        dash_.clear();
+        ClearDash();
         Next();
         continue;
       }
@@ -472,7 +505,7 @@ class DashWalker {
   void Finish() {
     if (dash_.size() == 1 && left_ > 0 &&
         left_ == style_.dashes[static_cast<std::size_t>(index_)]) {
-      dash_.clear();
+      ClearDash();
     }
     Flush();
   }
@@ -494,24 +527,32 @@ class DashWalker {
       left_ -= step;
       if (left_ <= kEps) Next();
     }
-    dash_.clear();
+    ClearDash();
   }
   // Along: the pixel at distance t from a; the offset is cut toward a (whole pixels of it).
   static PointI Along(PointI a, double ux, double uy, double t) {
     return PointI{static_cast<int>(a.x + std::trunc(ux * t)),
                   static_cast<int>(a.y + std::trunc(uy * t))};
   }
+  void ClearDash() {
+    dash_.clear();
+    dirs_.clear();
+  }
   void Add(PointI p) {
-    if (dash_.empty() || dash_.back() != p) dash_.push_back(p);
+    if (dash_.empty() || dash_.back() != p) {
+      if (!dash_.empty()) dirs_.push_back(PointI{dir_x_, dir_y_});
+      dash_.push_back(p);
+    }
   }
   // Flush strokes the collected dash.
   void Flush() {
     if (dash_.size() == 1) {
       LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_);
     } else if (dash_.size() > 1) {
-      BuildStroke(dash_.data(), static_cast<int>(dash_.size()), false, solid_, clip_, out_);
+      BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, solid_,
+                       clip_, out_);
     }
-    dash_.clear();
+    ClearDash();
   }
   // NearClip narrows [t0, t1] of the segment from a along (dx, dy) to the part within reach_ of
   // the clip box; false when none is.
@@ -542,12 +583,14 @@ class DashWalker {
   double reach_ = 0;
   int index_ = 0;
   double left_ = 0;
-  std::int64_t dir_x_ = 1;  // the segment being walked
-  std::int64_t dir_y_ = 0;
+  int dir_x_ = 1;  // the segment being walked
+  int dir_y_ = 0;
   static thread_local std::vector<PointI> dash_;
+  static thread_local std::vector<PointI> dirs_;  // the heading of each segment of dash_
 };
 
 thread_local std::vector<PointI> DashWalker::dash_;
+thread_local std::vector<PointI> DashWalker::dirs_;
 
 }  // namespace
 

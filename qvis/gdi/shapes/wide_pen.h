@@ -76,6 +76,13 @@ void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* s
 void BuildDashedStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
                        const IRect& clip, PolygonSet* out);
 
+// BuildStrokeAlong is BuildStroke with the heading of every segment given (dirs[i] for the
+// segment from points[i]; the polyline must not repeat a point): the bodies are cut square to
+// that heading instead of to the segment's own, as the dashes of a longer segment are. dirs
+// null: each segment's own heading.
+void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool closed,
+                      const StrokeStyle& style, const IRect& clip, PolygonSet* out);
+
 // StyleOfSelectedPen: the stroke style of the DC's selected geometric pen.
 StrokeStyle StyleOfSelectedPen(const DeviceContext& dc);
 

@@ -446,19 +446,11 @@ class BlockSink final : public SpanSink {
   std::uint32_t fg_ = 0, bg_ = 0;
   PointI origin_;
   std::uint32_t mono_zero_ = 0, mono_one_ = 0, src_bk_ = 0;
-  // Row buffers, kept per thread so that warm blits do not allocate.
-  struct Scratch {
-    std::vector<std::uint32_t> d, s, p;
-    std::vector<std::uint8_t> skip;
-  };
-  static Scratch& Buffers() {
-    static thread_local Scratch scratch;
-    return scratch;
-  }
-  std::vector<std::uint32_t>& d_ = Buffers().d;
-  std::vector<std::uint32_t>& s_ = Buffers().s;
-  std::vector<std::uint32_t>& p_ = Buffers().p;
-  std::vector<std::uint8_t>& skip_ = Buffers().skip;
+  // Row buffers, the destination DC's scratch, so that warm blits do not allocate.
+  std::vector<std::uint32_t>& d_ = dst_.scratch.blit_dst;
+  std::vector<std::uint32_t>& s_ = dst_.scratch.blit_src;
+  std::vector<std::uint32_t>& p_ = dst_.scratch.blit_pat;
+  std::vector<std::uint8_t>& skip_ = dst_.scratch.blit_skip;
 };
 
 // RunBlock sends the box through a BlockSink, clipped by the DC's clip region.

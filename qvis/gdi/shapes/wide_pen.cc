@@ -63,14 +63,7 @@ void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out
   out->Add(fx.data(), static_cast<int>(fx.size()));
 }
 
-// Body: the four corners of a wide segment, on the left and right of the walk from start to end
-// (left as seen on screen, y growing downward).
-struct Body {
-  PointFx start_left;
-  PointFx end_left;
-  PointFx end_right;
-  PointFx start_right;
-};
+using Body = StrokeBody;
 
 // Nearest integer, halves upward.
 std::int64_t RoundHalfUp(double v) { return static_cast<std::int64_t>(std::floor(v + 0.5)); }
@@ -185,18 +178,10 @@ void PolygonSet::Add(const PointFx* p, int n) {
 
 namespace {
 
-// The staircase outline of a round dot of one width, relative to the dot's top-left pixel and
-// already turned the way PolygonSet winds its polygons. Tracks use a handful of widths, so a
-// few cached outlines spare the stepping for every cap and join.
-struct DotOutline {
-  std::int64_t width = 0;
-  std::vector<PointFx> points;
-};
-
-const DotOutline& CachedDot(std::int64_t width) {
+const DotOutline& CachedDot(std::int64_t width, StrokeScratch& work) {
   constexpr std::size_t kSlots = 16;
-  static thread_local std::vector<DotOutline> cache;
-  static thread_local std::size_t next = 0;
+  std::vector<DotOutline>& cache = work.dots;
+  std::size_t& next = work.next_dot;
   for (const DotOutline& d : cache) {
     if (d.width == width) return d;
   }
@@ -235,7 +220,8 @@ const DotOutline& CachedDot(std::int64_t width) {
 
 }  // namespace
 
-void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* out) {
+void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* out,
+                 StrokeScratch& work) {
   if (width < 1) return;
   const std::int64_t left = static_cast<std::int64_t>(c.x) - width / 2;
   const std::int64_t top = static_cast<std::int64_t>(c.y) - width / 2;
@@ -248,7 +234,7 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
     AddBigDisc(c, width, rows, out);
     return;
   }
-  const DotOutline& dot = CachedDot(width);
+  const DotOutline& dot = CachedDot(width, work);
   if (dot.points.size() < 3) return;
   const std::int64_t dx = left * kFixOne;
   const std::int64_t dy = top * kFixOne;
@@ -310,15 +296,16 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI p0, PointI c, Poi
 }  // namespace
 
 void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
-                 const IRect& clip, PolygonSet* out) {
-  BuildStrokeAlong(points, nullptr, count, closed, style, clip, out);
+                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+  BuildStrokeAlong(points, nullptr, count, closed, style, clip, out, work);
 }
 
 void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool closed,
-                      const StrokeStyle& style, const IRect& clip, PolygonSet* out) {
+                      const StrokeStyle& style, const IRect& clip, PolygonSet* out,
+                      StrokeScratch& work) {
   if (count < 1 || points == nullptr) return;
-  static thread_local std::vector<PointI> v;
-  static thread_local std::vector<PointI> vd;  // the heading of each segment of v
+  std::vector<PointI>& v = work.points;
+  std::vector<PointI>& vd = work.headings;
   v.clear();
   vd.clear();
   for (int i = 0; i < count; ++i) {
@@ -334,12 +321,12 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
   }
   const std::int64_t width = std::max<std::int64_t>(1, style.width);
   if (v.size() == 1) {
-    if (style.cap == CapStyle::kRound) AddRoundDot(v[0], width, clip, out);
+    if (style.cap == CapStyle::kRound) AddRoundDot(v[0], width, clip, out, work);
     return;
   }
   const int n = static_cast<int>(v.size());
   const int segments = closed ? n : n - 1;
-  static thread_local std::vector<Body> bodies;
+  std::vector<Body>& bodies = work.bodies;
   bodies.assign(static_cast<std::size_t>(segments), Body{});
   for (int i = 0; i < segments; ++i) {
     const PointI& a = v[static_cast<std::size_t>(i)];
@@ -358,8 +345,8 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
   }
   // Round caps.
   if (!closed && style.cap == CapStyle::kRound) {
-    AddRoundDot(v.front(), width, clip, out);
-    AddRoundDot(v.back(), width, clip, out);
+    AddRoundDot(v.front(), width, clip, out, work);
+    AddRoundDot(v.back(), width, clip, out, work);
   }
   // Joins between consecutive segments, on the outer side of the turn.
   const int first_join = closed ? 0 : 1;
@@ -369,7 +356,7 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
     const int out_seg = j;
     const PointI& c = v[static_cast<std::size_t>(j)];
     if (style.join == JoinStyle::kRound) {
-      AddRoundDot(c, width, clip, out);
+      AddRoundDot(c, width, clip, out, work);
       continue;
     }
     AddJoin(bodies[static_cast<std::size_t>(in_seg)], bodies[static_cast<std::size_t>(out_seg)],
@@ -419,9 +406,9 @@ namespace {
 // round dot, or with square caps the two caps of a segment of no length (a square as wide as
 // the pen, half a width to each side along the path, rounded down as segment caps are).
 void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& style,
-             const IRect& clip, PolygonSet* out) {
+             const IRect& clip, PolygonSet* out, StrokeScratch& work) {
   if (style.cap == CapStyle::kRound) {
-    AddRoundDot(c, style.width, clip, out);
+    AddRoundDot(c, style.width, clip, out, work);
     return;
   }
   if (style.cap != CapStyle::kSquare || (dx == 0 && dy == 0)) return;
@@ -434,8 +421,9 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
 // collected.
 class DashWalker {
  public:
-  DashWalker(const StrokeStyle& style, const IRect& clip, PolygonSet* out)
-      : style_(style), clip_(clip), out_(out) {
+  DashWalker(const StrokeStyle& style, const IRect& clip, PolygonSet* out, StrokeScratch& work)
+      : style_(style), clip_(clip), out_(out), work_(work), dash_(work.dash),
+        dirs_(work.dash_headings) {
     solid_ = style;
     solid_.dash_count = 0;
     for (int i = 0; i < style.dash_count; ++i) period_ += style.dashes[static_cast<std::size_t>(i)];
@@ -475,7 +463,7 @@ class DashWalker {
     while (true) {
       if (on() && left_ <= 0) {
         // A zero-length dash: a lone cap.
-        LoneCap(at(t), dir_x_, dir_y_, style_, clip_, out_);
+        LoneCap(at(t), dir_x_, dir_y_, style_, clip_, out_, work_);
         ClearDash();
         Next();
         continue;
@@ -547,10 +535,10 @@ class DashWalker {
   // Flush strokes the collected dash.
   void Flush() {
     if (dash_.size() == 1) {
-      LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_);
+      LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_, work_);
     } else if (dash_.size() > 1) {
       BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, solid_,
-                       clip_, out_);
+                       clip_, out_, work_);
     }
     ClearDash();
   }
@@ -585,26 +573,24 @@ class DashWalker {
   double left_ = 0;
   int dir_x_ = 1;  // the segment being walked
   int dir_y_ = 0;
-  static thread_local std::vector<PointI> dash_;
-  static thread_local std::vector<PointI> dirs_;  // the heading of each segment of dash_
+  StrokeScratch& work_;
+  std::vector<PointI>& dash_;
+  std::vector<PointI>& dirs_;  // the heading of each segment of dash_
 };
-
-thread_local std::vector<PointI> DashWalker::dash_;
-thread_local std::vector<PointI> DashWalker::dirs_;
 
 }  // namespace
 
 void BuildDashedStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
-                       const IRect& clip, PolygonSet* out) {
+                       const IRect& clip, PolygonSet* out, StrokeScratch& work) {
   if (style.dash_count < 2) {
-    BuildStroke(points, count, closed, style, clip, out);
+    BuildStroke(points, count, closed, style, clip, out, work);
     return;
   }
   if (count < 1 || points == nullptr) return;
   int first = 0;
   int n = 0;
   PointI prev{};
-  DashWalker walker(style, clip, out);
+  DashWalker walker(style, clip, out, work);
   for (int i = 0; i < count; ++i) {
     if (n > 0 && points[i] == prev) continue;
     if (n == 0) {
@@ -617,7 +603,7 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
   }
   if (n == 1) {
     // One point: the first dash is a dot with round caps.
-    if (style.cap == CapStyle::kRound) AddRoundDot(points[first], style.width, clip, out);
+    if (style.cap == CapStyle::kRound) AddRoundDot(points[first], style.width, clip, out, work);
     return;
   }
   if (closed && prev != points[first]) walker.Segment(prev, points[first]);
@@ -635,7 +621,7 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
   }
   if (p2 == p1 || p0 == p1) return;
   if (style.join == JoinStyle::kRound) {
-    AddRoundDot(p1, style.width, clip, out);
+    AddRoundDot(p1, style.width, clip, out, work);
     return;
   }
   AddJoin(SegmentBody(p0, p1, style.width, false, false), SegmentBody(p1, p2, style.width, false, false),
@@ -675,12 +661,6 @@ StrokeStyle StyleOfSelectedPen(const DeviceContext& dc) {
 
 namespace {
 
-PolygonSet& Scratch() {
-  static thread_local PolygonSet set;
-  set.Clear();
-  return set;
-}
-
 }  // namespace
 
 namespace {
@@ -705,7 +685,7 @@ bool StrokeCoversBox(const PointI* points, int count, const StrokeStyle& style, 
 
 // BuildVisibleStroke: the stroke's polygons, or the clip box itself when the stroke covers it.
 void BuildVisibleStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
-                        const IRect& clip, PolygonSet* set) {
+                        const IRect& clip, PolygonSet* set, StrokeScratch& work) {
   if (!clip.IsEmpty() && StrokeCoversBox(points, count, style, clip)) {
     set->Clear();
     const PointFx box[4] = {ToFx(PointI{clip.left, clip.top}), ToFx(PointI{clip.right, clip.top}),
@@ -714,15 +694,16 @@ void BuildVisibleStroke(const PointI* points, int count, bool closed, const Stro
     set->Add(box, 4);
     return;
   }
-  BuildDashedStroke(points, count, closed, style, clip, set);
+  BuildDashedStroke(points, count, closed, style, clip, set, work);
 }
 
 }  // namespace
 
 SpanRegion WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed) {
   const IRect clip = ClipBox(dc);
-  PolygonSet& set = Scratch();
-  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
+  PolygonSet& set = dc.scratch.stroke.set;
+  set.Clear();
+  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set, dc.scratch.stroke);
   RegionBuilder builder;
   if (!clip.IsEmpty() && !set.counts.empty()) {
     dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
@@ -735,8 +716,9 @@ void StrokeWide(DeviceContext& dc, const PointI* points, int count, bool closed)
   if (dc.pen == nullptr || dc.pen->IsNull() || count < 1) return;
   const IRect clip = ClipBox(dc);
   if (clip.IsEmpty()) return;
-  PolygonSet& set = Scratch();
-  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
+  PolygonSet& set = dc.scratch.stroke.set;
+  set.Clear();
+  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set, dc.scratch.stroke);
   if (set.counts.empty()) return;
   dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                   FillRule::kWinding, clip, PenSink(dc));

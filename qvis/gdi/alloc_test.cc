@@ -83,6 +83,13 @@ class Frame {
       wide_.push_back(ExtCreatePen(PS_GEOMETRIC | PS_SOLID | PS_ENDCAP_ROUND | PS_JOIN_ROUND,
                                    static_cast<DWORD>(w), &lb, 0, nullptr));
     }
+    // Dashed tracks, as the surface's pen cache makes them from 2 units up.
+    const DWORD styles[] = {PS_DASH, PS_DOT, PS_DASHDOT, PS_DASHDOTDOT};
+    const DWORD caps[] = {PS_ENDCAP_ROUND, PS_ENDCAP_SQUARE, PS_ENDCAP_FLAT};
+    for (int k = 0; k < 12; ++k) {
+      dashed_wide_.push_back(ExtCreatePen(PS_GEOMETRIC | styles[k % 4] | caps[k % 3] | PS_JOIN_MITER,
+                                          static_cast<DWORD>(2 + k), &lb, 0, nullptr));
+    }
     lb.lbColor = 0xFFFFFF;
     band_ = ExtCreatePen(PS_GEOMETRIC | PS_SOLID | PS_ENDCAP_ROUND, 10, &lb, 0, nullptr);
     std::mt19937 rng(3);
@@ -110,6 +117,7 @@ class Frame {
       DeleteObject(o);
     }
     for (HPEN p : wide_) DeleteObject(p);
+    for (HPEN p : dashed_wide_) DeleteObject(p);
   }
 
   void Draw(int step) {
@@ -121,6 +129,19 @@ class Frame {
       MoveToEx(dc_, c[0], c[1], nullptr);
       LineTo(dc_, c[0] + c[2], c[1] + c[3]);
       ++i;
+    }
+    i = 0;
+    for (const auto& c : coords_) {  // dashed wide polylines and arcs
+      SelectObject(dc_, dashed_wide_[i++ % dashed_wide_.size()]);
+      const CPoint pts[] = {{c[0], c[1]}, {c[0] + c[2], c[1]}, {c[0] + c[2], c[1] + c[3]}};
+      Polyline(dc_, pts, 3);
+      Arc(dc_, c[0] - 30, c[1] - 20, c[0] + 30, c[1] + 20, c[0] + c[2], c[1], c[0], c[1] + c[3]);
+    }
+    SelectObject(dc_, thin_);
+    SelectObject(dc_, hatch_);
+    for (const auto& c : coords_) {  // thin-outlined round rectangles, pies and chords
+      RoundRect(dc_, c[0], c[1], c[0] + (c[2] & 127), c[1] + (c[3] & 63), 12, 9);
+      Pie(dc_, c[0], c[1], c[0] + 40, c[1] + 30, c[0] + c[2], c[1], c[0], c[1] + c[3]);
     }
     SelectObject(dc_, dashed_);
     for (const auto& c : coords_) {  // styled one-pixel polylines
@@ -175,6 +196,7 @@ class Frame {
   HBRUSH background_, fill_, hatch_;
   HPEN thin_, dashed_, band_;
   std::vector<HPEN> wide_;
+  std::vector<HPEN> dashed_wide_;
   std::vector<std::array<int, 4>> coords_;
   std::vector<std::vector<CPoint>> stars_;
 };

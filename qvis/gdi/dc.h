@@ -14,6 +14,8 @@
 #include "qvis/gdi/raster/polygon.h"
 #include "qvis/gdi/raster/region.h"
 #include "qvis/gdi/raster/span.h"
+#include "qvis/gdi/shapes/ellipse_geom.h"
+#include "qvis/gdi/shapes/wide_pen.h"
 
 namespace qvis::gdi {
 
@@ -128,6 +130,24 @@ struct PathData {
   void CloseFigure();
 };
 
+// ScratchArena: the working memory of the primitives drawn on one DC, kept between calls so
+// that warm drawing makes no heap allocation. Each member serves one family of primitives,
+// named beside it; a primitive never calls another that uses the same member while it holds it.
+struct ScratchArena {
+  StrokeScratch stroke;                  // wide pens
+  CurveScratch curve;                    // ellipse stepping
+  std::vector<std::int64_t> row_left;    // Ellipse / RoundRect interiors
+  std::vector<std::int64_t> row_right;
+  std::vector<PointI> outline;           // Ellipse / RoundRect / Arc figures
+  std::vector<PointI> arc;               // Arc / Pie / Chord curves
+  std::vector<std::uint8_t> text_mask;   // text runs
+  std::vector<int> text_pen;
+  std::vector<std::uint32_t> blit_dst;   // BitBlt and PatBlt rows
+  std::vector<std::uint32_t> blit_src;
+  std::vector<std::uint32_t> blit_pat;
+  std::vector<std::uint8_t> blit_skip;
+};
+
 // DeviceContext: a memory DC over a bitmap, with GDI's state.
 struct DeviceContext {
   DeviceContext();
@@ -162,6 +182,7 @@ struct DeviceContext {
   BlitterSet blit_b;
   std::vector<PointI> points;
   std::vector<int> counts;
+  ScratchArena scratch;
 };
 
 // ---------------------------------------------------------------------------------------------

@@ -10,6 +10,7 @@
 #include "qvis/gdi/gdi.h"
 #include "qvis/gdi/raster/line.h"
 #include "qvis/gdi/raster/wide_pen_hook.h"
+#include "qvis/gdi/shapes/shape_paint.h"
 
 namespace qvis::gdi {
 
@@ -214,8 +215,8 @@ BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
   if (left > right) std::swap(left, right);
   if (top > bottom) std::swap(top, bottom);
   // The box is half-open: the outline runs on its last column and row.
-  const int r = static_cast<int>(std::max<std::int64_t>(std::int64_t{right} - 1, INT_MIN));
-  const int b = static_cast<int>(std::max<std::int64_t>(std::int64_t{bottom} - 1, INT_MIN));
+  int r = static_cast<int>(std::max<std::int64_t>(std::int64_t{right} - 1, INT_MIN));
+  int b = static_cast<int>(std::max<std::int64_t>(std::int64_t{bottom} - 1, INT_MIN));
   if (PathOpen(*dc)) {
     const PointI corners[4] = {{r, top}, {left, top}, {left, b}, {r, b}};
     RecordFigure(*dc, corners, 4, true);
@@ -225,6 +226,30 @@ BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
   const bool has_pen = dc->pen != nullptr && !dc->pen->IsNull();
+  if (has_pen) {
+    // An inside-frame pen draws on the box shrunk by half its width, so that the whole outline
+    // lies within the box.
+    std::int64_t l = left, t = top, rr = right, bb = bottom;
+    ApplyInsideFrame(*dc, &l, &t, &rr, &bb);
+    left = static_cast<int>(l);
+    top = static_cast<int>(t);
+    r = static_cast<int>(std::max<std::int64_t>(rr - 1, l));
+    b = static_cast<int>(std::max<std::int64_t>(bb - 1, t));
+  }
+  if (has_pen && dc->pen->IsWide()) {
+    // The brush fills the box of the outline's centre line less the pixels the pen paints
+    // (a dashed pen's gaps show the brush up to the centre line).
+    const PointI corners[4] = {{r, top}, {left, top}, {left, b}, {r, b}};
+    SpanRegion interior;
+    if (dc->brush != nullptr && !dc->brush->IsNull()) {
+      RegionBuilder builder;
+      const IRect box = IRect{left, top, r, b}.Intersect(clip);
+      if (!box.IsEmpty()) builder.BlitRect(box);
+      interior = builder.Build();
+    }
+    PaintShape(*dc, interior, corners, 4);
+    return TRUE;
+  }
   // With a pen the brush fills inside the outline; without one it fills the box less its
   // right column and bottom row.
   IRect fill = has_pen ? IRect{left + 1, top + 1, r, b} : IRect{left, top, r, b};
@@ -421,19 +446,11 @@ class BlockSink final : public SpanSink {
   std::uint32_t fg_ = 0, bg_ = 0;
   PointI origin_;
   std::uint32_t mono_zero_ = 0, mono_one_ = 0, src_bk_ = 0;
-  // Row buffers, kept per thread so that warm blits do not allocate.
-  struct Scratch {
-    std::vector<std::uint32_t> d, s, p;
-    std::vector<std::uint8_t> skip;
-  };
-  static Scratch& Buffers() {
-    static thread_local Scratch scratch;
-    return scratch;
-  }
-  std::vector<std::uint32_t>& d_ = Buffers().d;
-  std::vector<std::uint32_t>& s_ = Buffers().s;
-  std::vector<std::uint32_t>& p_ = Buffers().p;
-  std::vector<std::uint8_t>& skip_ = Buffers().skip;
+  // Row buffers, the destination DC's scratch, so that warm blits do not allocate.
+  std::vector<std::uint32_t>& d_ = dst_.scratch.blit_dst;
+  std::vector<std::uint32_t>& s_ = dst_.scratch.blit_src;
+  std::vector<std::uint32_t>& p_ = dst_.scratch.blit_pat;
+  std::vector<std::uint8_t>& skip_ = dst_.scratch.blit_skip;
 };
 
 // RunBlock sends the box through a BlockSink, clipped by the DC's clip region.

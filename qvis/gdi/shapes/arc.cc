@@ -26,13 +26,13 @@ BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int
   }
   ApplyInsideFrame(*dc, &box.left, &box.top, &box.right, &box.bottom);
   if (box.Width() == 0 || box.Height() == 0) return TRUE;
-  // Scratch kept per thread: drawing many arcs allocates nothing once warm.
-  static thread_local std::vector<PointI> pts;
-  static thread_local std::vector<PointI> arc;
+  // The DC's scratch: drawing many arcs allocates nothing once warm.
+  std::vector<PointI>& pts = dc->scratch.outline;
+  std::vector<PointI>& arc = dc->scratch.arc;
   pts.clear();
   if (kind == CurveKind::kArcTo) pts.push_back(dc->position);
   const bool clockwise = ArcDirectionIsClockwise(*dc);
-  if (!ArcPoints(box, start, end, clockwise, &arc)) {
+  if (!ArcPoints(box, start, end, clockwise, &arc, &dc->scratch.curve)) {
     // Too big to step: the flattened arc between the same rays.
     const double a0 = RayAngle(box, start);
     double a1 = RayAngle(box, end);

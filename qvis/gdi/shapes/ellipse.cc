@@ -36,11 +36,11 @@ bool TooThinForCurve(std::int64_t w, std::int64_t h) { return w <= 2 || h <= 2; 
 // The outline of a round rectangle: the ring of the corner ellipse with its four quarters
 // moved out to the corners of the box; the straight sides join them.
 void RoundRectOutline(const Box64& box, std::int64_t ew, std::int64_t eh, bool clockwise,
-                      std::vector<PointI>* out) {
+                      std::vector<PointI>* out, CurveScratch* work) {
   out->clear();
-  std::vector<PointI> ring;
-  const int c =
-      EllipseRing(Box64{box.left, box.top, box.left + ew, box.top + eh}, clockwise, &ring);
+  std::vector<PointI>& ring = work->ring;
+  const int c = EllipseRing(Box64{box.left, box.top, box.left + ew, box.top + eh}, clockwise,
+                            &ring, work);
   const int dx = static_cast<int>(box.Width() - ew);
   const int dy = static_cast<int>(box.Height() - eh);
   for (int k = 0; k < 4 * c; ++k) {
@@ -89,22 +89,35 @@ BOOL DrawRoundShape(HDC dc, int left, int top, int right, int bottom, std::int64
     PaintShape(*dc, interior, outline.data(), static_cast<int>(outline.size()));
     return TRUE;
   }
-  // Scratch kept per thread: drawing many ellipses allocates nothing once warm.
-  static thread_local RowShape interior;
-  static thread_local std::vector<PointI> outline;
+  // The DC's scratch: drawing many ellipses allocates nothing once warm. The interior's rows
+  // are lent by the DC for the call.
+  struct LentRows {
+    RowShape rows;
+    ScratchArena& arena;
+    explicit LentRows(ScratchArena& a) : arena(a) {
+      rows.left.swap(arena.row_left);
+      rows.right.swap(arena.row_right);
+    }
+    ~LentRows() {
+      rows.left.swap(arena.row_left);
+      rows.right.swap(arena.row_right);
+    }
+  } lent(dc->scratch);
+  RowShape& interior = lent.rows;
+  std::vector<PointI>& outline = dc->scratch.outline;
   const bool has_brush = dc->brush != nullptr && !dc->brush->IsNull();
   if (has_brush) {
     const Box64 grown{box.left, box.top, box.right + 1, box.bottom + 1};
     interior.top = grown.top;
-    RoundRectRows(grown, ew, eh, &interior.left, &interior.right);
+    RoundRectRows(grown, ew, eh, &interior.left, &interior.right, &dc->scratch.curve);
   }
   outline.clear();
   if (dc->pen == nullptr || dc->pen->IsNull()) {
     // No outline to draw (filled pads): skip stepping it.
   } else if (is_ellipse) {
-    EllipseOutline(box, ArcDirectionIsClockwise(*dc), &outline);
+    EllipseOutline(box, ArcDirectionIsClockwise(*dc), &outline, &dc->scratch.curve);
   } else {
-    RoundRectOutline(box, ew, eh, ArcDirectionIsClockwise(*dc), &outline);
+    RoundRectOutline(box, ew, eh, ArcDirectionIsClockwise(*dc), &outline, &dc->scratch.curve);
   }
   PaintRowShape(*dc, interior, has_brush, outline.data(), static_cast<int>(outline.size()),
                 is_ellipse);
@@ -143,7 +156,7 @@ HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
       fx.push_back(PointFx{static_cast<std::int64_t>(std::llround(p.x * kFixOne)),
                            static_cast<std::int64_t>(std::llround(p.y * kFixOne))});
     }
-    static thread_local PolygonScanner scanner;
+    PolygonScanner scanner;  // a region is being made: its memory is allocated anyway
     RegionBuilder builder;
     const int n = static_cast<int>(fx.size());
     if (n >= 3) scanner.Fill(fx.data(), &n, 1, FillRule::kWinding, reach, builder);

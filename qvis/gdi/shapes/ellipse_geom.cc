@@ -112,9 +112,10 @@ int FindRayIndex(const std::vector<PointI>& q, std::int64_t cx, std::int64_t cy,
 
 }  // namespace
 
-int EllipseRing(const Box64& box, bool clockwise, std::vector<PointI>* ring) {
+int EllipseRing(const Box64& box, bool clockwise, std::vector<PointI>* ring, CurveScratch* work) {
   ring->clear();
-  static thread_local std::vector<PointI> q;
+  CurveScratch own;
+  std::vector<PointI>& q = (work != nullptr ? work : &own)->quadrant;
   q.clear();
   EllipseQuadrant(box.Width(), box.Height(), &q);
   BuildRing(q, box, clockwise, ring);
@@ -133,13 +134,15 @@ int RingIndexOfRay(const std::vector<PointI>& quadrant, const Box64& box, bool c
 }
 
 bool ArcPoints(const Box64& box, PointI start, PointI end, bool clockwise,
-               std::vector<PointI>* points) {
+               std::vector<PointI>* points, CurveScratch* work) {
   points->clear();
   if (!Steppable(box.Width(), box.Height())) return false;
-  static thread_local std::vector<PointI> q;
+  CurveScratch own;
+  CurveScratch& scratch = work != nullptr ? *work : own;
+  std::vector<PointI>& q = scratch.quadrant;
   q.clear();
   EllipseQuadrant(box.Width(), box.Height(), &q);
-  static thread_local std::vector<PointI> ring;
+  std::vector<PointI>& ring = scratch.ring;
   BuildRing(q, box, clockwise, &ring);
   const int c = static_cast<int>(q.size());
   if (c == 0) return false;
@@ -154,10 +157,13 @@ bool ArcPoints(const Box64& box, PointI start, PointI end, bool clockwise,
   return true;
 }
 
-void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* points) {
+void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* points,
+                    CurveScratch* work) {
   points->clear();
-  static thread_local std::vector<PointI> ring;
-  EllipseRing(box, clockwise, &ring);
+  CurveScratch own;
+  CurveScratch& scratch = work != nullptr ? *work : own;
+  std::vector<PointI>& ring = scratch.ring;
+  EllipseRing(box, clockwise, &ring, &scratch);
   for (const PointI& p : ring) {
     if (points->empty() || points->back() != p) points->push_back(p);
   }
@@ -165,7 +171,8 @@ void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* point
 }
 
 std::int64_t RoundRectRows(const Box64& box, std::int64_t corner_w, std::int64_t corner_h,
-                           std::vector<std::int64_t>* left, std::vector<std::int64_t>* right) {
+                           std::vector<std::int64_t>* left, std::vector<std::int64_t>* right,
+                           CurveScratch* work) {
   left->clear();
   right->clear();
   // The region leaves out the right and bottom edges of the box.
@@ -180,7 +187,8 @@ std::int64_t RoundRectRows(const Box64& box, std::int64_t corner_w, std::int64_t
 
   // inset[y] for the eh rows of the corner ellipse; the walk sets the lower half, moving
   // inward each time it steps down a row.
-  static thread_local std::vector<std::int64_t> inset;
+  CurveScratch own;
+  std::vector<std::int64_t>& inset = (work != nullptr ? work : &own)->inset;
   inset.assign(static_cast<std::size_t>(eh), -1);
   std::int64_t x = 0;
   std::int64_t y = eh / 2;

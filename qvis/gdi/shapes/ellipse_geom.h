@@ -17,6 +17,14 @@ namespace qvis::gdi {
 inline constexpr std::int64_t kMaxSteppedEllipse = std::int64_t{1} << 16;
 
 // A box normalised to left <= right, top <= bottom in 64 bits (sides of any 32-bit box fit).
+// CurveScratch: working memory of the ellipse stepping, lent by the caller (a DC keeps one so
+// that warm drawing does not allocate). Null where a function takes one: its own buffers.
+struct CurveScratch {
+  std::vector<PointI> quadrant;
+  std::vector<PointI> ring;
+  std::vector<std::int64_t> inset;
+};
+
 struct Box64 {
   std::int64_t left = 0;
   std::int64_t top = 0;
@@ -42,7 +50,8 @@ void EllipseQuadrant(std::int64_t width, std::int64_t height, std::vector<PointI
 // `clockwise`. Pixels on the axes may appear twice in a row (the quarters are mirrored, not
 // merged). Returns the quadrant size q; 0 (and an empty ring) for boxes narrower than 1 or
 // wider than kMaxSteppedEllipse.
-int EllipseRing(const Box64& box, bool clockwise, std::vector<PointI>* ring);
+int EllipseRing(const Box64& box, bool clockwise, std::vector<PointI>* ring,
+                CurveScratch* work = nullptr);
 
 // RingIndexOfRay returns the index in the ring of EllipseRing (same box and direction) where
 // the ray from the ring's centre through (x, y) crosses it: the first outline pixel reached
@@ -57,12 +66,13 @@ int RingIndexOfRay(const std::vector<PointI>& quadrant, const Box64& box, bool c
 // last pixel is left out). Equal rays give the whole ellipse. Returns false (empty list) when
 // the box is empty or too big to step.
 bool ArcPoints(const Box64& box, PointI start, PointI end, bool clockwise,
-               std::vector<PointI>* points);
+               std::vector<PointI>* points, CurveScratch* work = nullptr);
 
 // EllipseOutline fills `points` with the closed outline of the ellipse in `box`, drawing order
 // from the middle of the right edge in the given direction, repeated pixels removed (for
 // Ellipse; draw it as a closed polyline). Empty for empty or too big boxes.
-void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* points);
+void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* points,
+                    CurveScratch* work = nullptr);
 
 // RoundRectRows computes the rows of a round-rectangle region of the box with corner ellipses
 // of corner_w x corner_h (an elliptic region when they equal the box's size): for every row y
@@ -71,7 +81,8 @@ void EllipseOutline(const Box64& box, bool clockwise, std::vector<PointI>* point
 // sizes are clamped to the box. Returns the number of rows (0 for an empty box or one taller
 // or wider than kMaxSteppedEllipse).
 std::int64_t RoundRectRows(const Box64& box, std::int64_t corner_w, std::int64_t corner_h,
-                           std::vector<std::int64_t>* left, std::vector<std::int64_t>* right);
+                           std::vector<std::int64_t>* left, std::vector<std::int64_t>* right,
+                           CurveScratch* work = nullptr);
 
 }  // namespace qvis::gdi
 

@@ -249,11 +249,13 @@ BOOL RenderPath(HDC dc, PathRender what) {
     }
   }
   if (stroke && dc->pen->IsWide()) {
-    PolygonSet set;
+    PolygonSet& set = dc->scratch.stroke.set;
+    set.Clear();
     const StrokeStyle style = StyleOfSelectedPen(*dc);
     for (const Figure& f : figures) {
       if (!f.has_segments) continue;
-      BuildStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip, &set);
+      BuildDashedStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip,
+                        &set, dc->scratch.stroke);
     }
     RegionBuilder builder;
     if (!set.counts.empty()) {

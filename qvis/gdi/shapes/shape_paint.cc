@@ -143,11 +143,12 @@ void PaintPolygons(DeviceContext& dc, const SpanRegion& interior, const PointI* 
   const bool has_pen = dc.pen != nullptr && !dc.pen->IsNull();
   const bool has_brush = dc.brush != nullptr && !dc.brush->IsNull();
   if (has_pen && dc.pen->IsWide()) {
-    PolygonSet set;
+    PolygonSet& set = dc.scratch.stroke.set;
+    set.Clear();
     const StrokeStyle style = StyleOfSelectedPen(dc);
     const PointI* p = points;
     for (int i = 0; i < polygons; ++i) {
-      BuildStroke(p, counts[i], true, style, clip, &set);
+      BuildDashedStroke(p, counts[i], true, style, clip, &set, dc.scratch.stroke);
       p += counts[i];
     }
     RegionBuilder builder;

@@ -77,6 +77,15 @@ HPEN WidePen(int width, DWORD caps_and_join, COLORREF color) {
                       nullptr);
 }
 
+HPEN StyledPen(DWORD style, int width, DWORD caps_and_join, COLORREF color, DWORD entries = 0,
+               const DWORD* entry = nullptr) {
+  LOGBRUSH brush;
+  brush.lbStyle = BS_SOLID;
+  brush.lbColor = color;
+  return ExtCreatePen(PS_GEOMETRIC | style | caps_and_join, static_cast<DWORD>(width), &brush,
+                      entries, entry);
+}
+
 // One random primitive of the shapes code, drawn with whatever is selected.
 using Draw = std::function<void(HDC)>;
 
@@ -121,8 +130,11 @@ void SelectRandomTools(Canvas& canvas, std::mt19937& rng, bool wide_only) {
   } else if (kind == 1) {
     const DWORD caps[] = {PS_ENDCAP_ROUND, PS_ENDCAP_SQUARE, PS_ENDCAP_FLAT};
     const DWORD joins[] = {PS_JOIN_ROUND, PS_JOIN_BEVEL, PS_JOIN_MITER};
-    canvas.Select(
-        WidePen(2 + static_cast<int>(rng() % 14), caps[rng() % 3] | joins[rng() % 3], color));
+    // Dashed as often as solid: the dashes of one stroke must paint each pixel once too.
+    const DWORD styles[] = {PS_SOLID, PS_SOLID, PS_SOLID, PS_DASH, PS_DOT, PS_DASHDOT,
+                            PS_DASHDOTDOT};
+    canvas.Select(StyledPen(styles[rng() % 7], 2 + static_cast<int>(rng() % 14),
+                            caps[rng() % 3] | joins[rng() % 3], color));
   } else {
     canvas.Select(CreatePen(PS_SOLID, 2 + static_cast<int>(rng() % 6), color));
   }
@@ -400,6 +412,112 @@ TEST(AlphaTest, RoundCappedLineCoversItsStadium) {
   EXPECT_EQ(canvas.At(20, 21), 0u);
   EXPECT_EQ(ArgbFromColor(0x0000FF, 128), 0x80FF0000u);
   EXPECT_EQ(ArgbFromColor(0x123456, 0x1FF), 0xFF563412u);
+}
+
+
+// --- Dashed geometric pens --------------------------------------------------------------------
+
+// Row: which pixels of row y differ from the background (0).
+std::string Row(const Canvas& c, int y, int x0, int x1) {
+  std::string r;
+  for (int x = x0; x < x1; ++x) r += c.At(x, y) != 0 ? '#' : '.';
+  return r;
+}
+
+TEST(DashedPenTest, FlatDashesScaleWithTheWidth) {
+  Canvas c(80, 20);
+  c.Fill(0);
+  c.Select(StyledPen(PS_DASHDOT, 2, PS_ENDCAP_FLAT, 0xFFFFFF));
+  MoveToEx(c.dc(), 0, 5, nullptr);
+  LineTo(c.dc(), 40, 5);
+  // dash 3 widths, gap, dot 1 width, gap: 6 on, 2 off, 2 on, 2 off.
+  EXPECT_EQ(Row(c, 5, 0, 40), "######..##..######..##..######..##..####");
+  EXPECT_EQ(Row(c, 4, 0, 12), "######..##..");  // the extra row of an even width goes up
+  EXPECT_EQ(Row(c, 6, 0, 12), "............");
+}
+
+TEST(DashedPenTest, CappedDashesKeepTheStyleLength) {
+  Canvas c(80, 20);
+  c.Fill(0);
+  c.Select(StyledPen(PS_DASH, 4, PS_ENDCAP_SQUARE, 0xFFFFFF));
+  MoveToEx(c.dc(), 2, 5, nullptr);
+  LineTo(c.dc(), 62, 5);
+  // Each dash is 2 widths between caps of half a width: 12 pixels from 2 - 2, then 4 off.
+  EXPECT_EQ(Row(c, 5, 0, 62), "############....############....############....############..");
+}
+
+TEST(DashedPenTest, RoundDotsAreLoneCaps) {
+  Canvas c(60, 20);
+  c.Fill(0);
+  c.Select(StyledPen(PS_DOT, 5, PS_ENDCAP_ROUND, 0xFFFFFF));
+  MoveToEx(c.dc(), 5, 10, nullptr);
+  LineTo(c.dc(), 45, 10);
+  // A dot's on length gives all of itself to its caps: discs every 2 widths.
+  for (int x = 5; x < 45; x += 10) {
+    EXPECT_NE(c.At(x, 10), 0u) << x;
+    EXPECT_NE(c.At(x, 8), 0u) << x;
+    EXPECT_EQ(c.At(x + 5, 10), 0u) << x + 5;
+  }
+}
+
+TEST(DashedPenTest, UserStyleEntriesArePixels) {
+  const DWORD dash[] = {12, 4};
+  Canvas a(120, 40), b(120, 40);
+  a.Fill(0);
+  b.Fill(0);
+  a.Select(StyledPen(PS_DASH, 4, PS_ENDCAP_ROUND | PS_JOIN_MITER, 0xFFFFFF));
+  b.Select(StyledPen(PS_USERSTYLE, 4, PS_ENDCAP_ROUND | PS_JOIN_MITER, 0xFFFFFF, 2, dash));
+  const CPoint pts[] = {{3, 3}, {100, 10}, {20, 35}, {110, 30}};
+  Polyline(a.dc(), pts, 4);
+  Polyline(b.dc(), pts, 4);
+  EXPECT_EQ(a.Pixels(), b.Pixels());
+  // An odd count runs twice: {5} is 5 on, 5 off.
+  const DWORD odd[] = {5};
+  Canvas d(40, 10);
+  d.Fill(0);
+  d.Select(StyledPen(PS_USERSTYLE, 2, PS_ENDCAP_FLAT, 0xFFFFFF, 1, odd));
+  MoveToEx(d.dc(), 0, 5, nullptr);
+  LineTo(d.dc(), 30, 5);
+  EXPECT_EQ(Row(d, 5, 0, 30), "#####.....#####.....#####.....");
+}
+
+TEST(DashedPenTest, TheDashRunsOnRoundACorner) {
+  Canvas c(40, 40);
+  c.Fill(0);
+  c.Select(StyledPen(PS_DASH, 2, PS_ENDCAP_FLAT | PS_JOIN_MITER, 0xFFFFFF));
+  const CPoint pts[] = {{0, 5}, {10, 5}, {10, 30}};
+  Polyline(c.dc(), pts, 3);
+  // 6 on, 2 off, then a dash of 6: 2 along the top, the corner, 4 down.
+  EXPECT_EQ(Row(c, 5, 0, 12), "######..###.");
+  EXPECT_NE(c.At(10, 8), 0u);
+  EXPECT_EQ(c.At(10, 9), 0u);
+  EXPECT_EQ(c.At(10, 10), 0u);
+  EXPECT_NE(c.At(10, 11), 0u);
+}
+
+TEST(DashedPenTest, FarOffscreenPatternIsSkippedNotWalked) {
+  // The pattern position is kept by arithmetic across the invisible part: a line starting a
+  // whole number of periods to the left draws exactly what the short one does.
+  Canvas a(100, 12), b(100, 12);
+  a.Fill(0);
+  b.Fill(0);
+  a.Select(StyledPen(PS_DASHDOT, 4, PS_ENDCAP_FLAT, 0xFFFFFF));
+  b.Select(StyledPen(PS_DASHDOT, 4, PS_ENDCAP_FLAT, 0xFFFFFF));
+  MoveToEx(a.dc(), 0, 6, nullptr);
+  LineTo(a.dc(), 100, 6);
+  MoveToEx(b.dc(), -24 * 1000000, 6, nullptr);  // period 24
+  LineTo(b.dc(), 100, 6);
+  EXPECT_EQ(a.Pixels(), b.Pixels());
+  EXPECT_EQ(Row(a, 6, 0, 26), "############....####....##");
+}
+
+TEST(DashedPenTest, CreatePenWideDashesDrawSolid) {
+  Canvas c(40, 10);
+  c.Fill(0);
+  c.Select(CreatePen(PS_DASH, 3, 0xFFFFFF));
+  MoveToEx(c.dc(), 5, 5, nullptr);
+  LineTo(c.dc(), 35, 5);
+  EXPECT_EQ(Row(c, 5, 5, 35), std::string(30, '#'));
 }
 
 }  // namespace

@@ -63,14 +63,7 @@ void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out
   out->Add(fx.data(), static_cast<int>(fx.size()));
 }
 
-// Body: the four corners of a wide segment, on the left and right of the walk from start to end
-// (left as seen on screen, y growing downward).
-struct Body {
-  PointFx start_left;
-  PointFx end_left;
-  PointFx end_right;
-  PointFx start_right;
-};
+using Body = StrokeBody;
 
 // Nearest integer, halves upward.
 std::int64_t RoundHalfUp(double v) { return static_cast<std::int64_t>(std::floor(v + 0.5)); }
@@ -79,10 +72,9 @@ std::int64_t RoundHalfUp(double v) { return static_cast<std::int64_t>(std::floor
 // vertical segments are the box of whole pixels centred on the line; slanted ones offset both
 // ends by the half widths across the line rounded to whole pixels, the larger half on the side of
 // larger x. Square caps stretch the ends by half the width along the line.
-Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool cap_end) {
+Body SegmentBodyAlong(PointI a, PointI b, std::int64_t dx, std::int64_t dy, std::int64_t width,
+                      bool cap_start, bool cap_end) {
   const std::int64_t ax = a.x, ay = a.y, bx = b.x, by = b.y;
-  const std::int64_t dx = bx - ax;
-  const std::int64_t dy = by - ay;
   auto P = [](std::int64_t x, std::int64_t y) { return PointFx{x * kFixOne, y * kFixOne}; };
   Body body;
   if (dy == 0) {
@@ -155,6 +147,23 @@ Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool ca
   return Body{a_plus, b_plus, b_minus, a_minus};
 }
 
+// HeadingOf: the direction from a to b as a vector that fits in int (scaled down, both parts
+// alike, when the coordinates are far apart).
+PointI HeadingOf(PointI a, PointI b) {
+  std::int64_t dx = std::int64_t{b.x} - a.x;
+  std::int64_t dy = std::int64_t{b.y} - a.y;
+  while (dx > (1 << 30) || dx < -(1 << 30) || dy > (1 << 30) || dy < -(1 << 30)) {
+    dx /= 2;
+    dy /= 2;
+  }
+  return PointI{static_cast<int>(dx), static_cast<int>(dy)};
+}
+
+Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool cap_end) {
+  return SegmentBodyAlong(a, b, std::int64_t{b.x} - a.x, std::int64_t{b.y} - a.y, width,
+                          cap_start, cap_end);
+}
+
 }  // namespace
 
 void PolygonSet::Add(const PointFx* p, int n) {
@@ -169,18 +178,10 @@ void PolygonSet::Add(const PointFx* p, int n) {
 
 namespace {
 
-// The staircase outline of a round dot of one width, relative to the dot's top-left pixel and
-// already turned the way PolygonSet winds its polygons. Tracks use a handful of widths, so a
-// few cached outlines spare the stepping for every cap and join.
-struct DotOutline {
-  std::int64_t width = 0;
-  std::vector<PointFx> points;
-};
-
-const DotOutline& CachedDot(std::int64_t width) {
+const DotOutline& CachedDot(std::int64_t width, StrokeScratch& work) {
   constexpr std::size_t kSlots = 16;
-  static thread_local std::vector<DotOutline> cache;
-  static thread_local std::size_t next = 0;
+  std::vector<DotOutline>& cache = work.dots;
+  std::size_t& next = work.next_dot;
   for (const DotOutline& d : cache) {
     if (d.width == width) return d;
   }
@@ -219,7 +220,8 @@ const DotOutline& CachedDot(std::int64_t width) {
 
 }  // namespace
 
-void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* out) {
+void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* out,
+                 StrokeScratch& work) {
   if (width < 1) return;
   const std::int64_t left = static_cast<std::int64_t>(c.x) - width / 2;
   const std::int64_t top = static_cast<std::int64_t>(c.y) - width / 2;
@@ -232,7 +234,7 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
     AddBigDisc(c, width, rows, out);
     return;
   }
-  const DotOutline& dot = CachedDot(width);
+  const DotOutline& dot = CachedDot(width, work);
   if (dot.points.size() < 3) return;
   const std::int64_t dx = left * kFixOne;
   const std::int64_t dy = top * kFixOne;
@@ -240,25 +242,91 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
   out->counts.push_back(static_cast<int>(dot.points.size()));
 }
 
+namespace {
+
+// AddJoin appends the bevel or miter piece at corner c between the segment bodies coming from
+// p0 and going to p2 (round joins are dots; the caller adds them), on the outer side of the turn.
+void AddJoin(const Body& in_body, const Body& out_body, PointI p0, PointI c, PointI p2,
+             const StrokeStyle& style, PolygonSet* out) {
+  const double d1x = static_cast<double>(c.x) - p0.x;
+  const double d1y = static_cast<double>(c.y) - p0.y;
+  const double d2x = static_cast<double>(p2.x) - c.x;
+  const double d2y = static_cast<double>(p2.y) - c.y;
+  const double cross = d1x * d2y - d1y * d2x;
+  if (cross == 0) return;  // straight on (or straight back: nothing to fill)
+  // Turning right on screen (y down) leaves the left edges outside.
+  const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
+  const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
+  const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
+  const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
+  const PointFx cf = ToFx(c);
+  bool miter = style.join == JoinStyle::kMiter;
+  PointFx tip;
+  if (miter) {
+    // The miter tip: where the two outer edges meet.
+    const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
+    const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
+    const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
+    const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
+    const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
+    const double den = ux * wy - uy * wx;
+    miter = den != 0;
+    if (miter) {
+      const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
+      const double mx = ax + ux * t;
+      const double my = ay + uy * t;
+      const double hw = static_cast<double>(style.width) / 2.0 * static_cast<double>(kFixOne);
+      const double ratio =
+          std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
+      miter = ratio <= style.miter_limit;
+      const double one = static_cast<double>(kFixOne);
+      tip = PointFx{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
+                    static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
+    }
+  }
+  if (miter) {
+    const PointFx quad[4] = {cf, in_corner, tip, out_corner};
+    out->Add(quad, 4);
+  } else {
+    const PointFx tri[3] = {cf, in_corner, out_corner};
+    out->Add(tri, 3);
+  }
+}
+
+}  // namespace
+
 void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
-                 const IRect& clip, PolygonSet* out) {
+                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+  BuildStrokeAlong(points, nullptr, count, closed, style, clip, out, work);
+}
+
+void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool closed,
+                      const StrokeStyle& style, const IRect& clip, PolygonSet* out,
+                      StrokeScratch& work) {
   if (count < 1 || points == nullptr) return;
-  static thread_local std::vector<PointI> v;
+  std::vector<PointI>& v = work.points;
+  std::vector<PointI>& vd = work.headings;
   v.clear();
+  vd.clear();
   for (int i = 0; i < count; ++i) {
-    if (v.empty() || v.back() != points[i]) v.push_back(points[i]);
+    if (v.empty() || v.back() != points[i]) {
+      if (!v.empty()) {
+        vd.push_back(dirs != nullptr ? dirs[i - 1] : HeadingOf(v.back(), points[i]));
+      }
+      v.push_back(points[i]);
+    }
   }
   if (closed) {
     while (v.size() > 1 && v.back() == v.front()) v.pop_back();
   }
   const std::int64_t width = std::max<std::int64_t>(1, style.width);
   if (v.size() == 1) {
-    if (style.cap == CapStyle::kRound) AddRoundDot(v[0], width, clip, out);
+    if (style.cap == CapStyle::kRound) AddRoundDot(v[0], width, clip, out, work);
     return;
   }
   const int n = static_cast<int>(v.size());
   const int segments = closed ? n : n - 1;
-  static thread_local std::vector<Body> bodies;
+  std::vector<Body>& bodies = work.bodies;
   bodies.assign(static_cast<std::size_t>(segments), Body{});
   for (int i = 0; i < segments; ++i) {
     const PointI& a = v[static_cast<std::size_t>(i)];
@@ -266,14 +334,19 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
     const bool cap_start = !closed && i == 0 && style.cap == CapStyle::kSquare;
     const bool cap_end = !closed && i == segments - 1 && style.cap == CapStyle::kSquare;
     Body& body = bodies[static_cast<std::size_t>(i)];
-    body = SegmentBody(a, b, width, cap_start, cap_end);
+    if (i < static_cast<int>(vd.size())) {
+      const PointI d = vd[static_cast<std::size_t>(i)];
+      body = SegmentBodyAlong(a, b, d.x, d.y, width, cap_start, cap_end);
+    } else {
+      body = SegmentBody(a, b, width, cap_start, cap_end);
+    }
     const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
     out->Add(quad, 4);
   }
   // Round caps.
   if (!closed && style.cap == CapStyle::kRound) {
-    AddRoundDot(v.front(), width, clip, out);
-    AddRoundDot(v.back(), width, clip, out);
+    AddRoundDot(v.front(), width, clip, out, work);
+    AddRoundDot(v.back(), width, clip, out, work);
   }
   // Joins between consecutive segments, on the outer side of the turn.
   const int first_join = closed ? 0 : 1;
@@ -283,57 +356,276 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
     const int out_seg = j;
     const PointI& c = v[static_cast<std::size_t>(j)];
     if (style.join == JoinStyle::kRound) {
-      AddRoundDot(c, width, clip, out);
+      AddRoundDot(c, width, clip, out, work);
       continue;
     }
-    const PointI& p0 = v[static_cast<std::size_t>(in_seg)];
-    const PointI& p2 = v[static_cast<std::size_t>((j + 1) % n)];
-    const double d1x = static_cast<double>(c.x) - p0.x;
-    const double d1y = static_cast<double>(c.y) - p0.y;
-    const double d2x = static_cast<double>(p2.x) - c.x;
-    const double d2y = static_cast<double>(p2.y) - c.y;
-    const double cross = d1x * d2y - d1y * d2x;
-    if (cross == 0) continue;  // straight on (or straight back: nothing to fill)
-    // Turning right on screen (y down) leaves the left edges outside.
-    const Body& in_body = bodies[static_cast<std::size_t>(in_seg)];
-    const Body& out_body = bodies[static_cast<std::size_t>(out_seg)];
-    const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
-    const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
-    const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
-    const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
-    const PointFx cf = ToFx(c);
-    bool miter = style.join == JoinStyle::kMiter;
-    PointFx tip;
-    if (miter) {
-      // The miter tip: where the two outer edges meet.
-      const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
-      const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
-      const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
-      const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
-      const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
-      const double den = ux * wy - uy * wx;
-      miter = den != 0;
-      if (miter) {
-        const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
-        const double mx = ax + ux * t;
-        const double my = ay + uy * t;
-        const double hw = static_cast<double>(width) / 2.0 * static_cast<double>(kFixOne);
-        const double ratio =
-            std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
-        miter = ratio <= style.miter_limit;
-        const double one = static_cast<double>(kFixOne);
-        tip = PointFx{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
-                      static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
-      }
+    AddJoin(bodies[static_cast<std::size_t>(in_seg)], bodies[static_cast<std::size_t>(out_seg)],
+            v[static_cast<std::size_t>(in_seg)], c, v[static_cast<std::size_t>((j + 1) % n)],
+            style, out);
+  }
+}
+
+void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* style) {
+  style->dash_count = 0;
+  constexpr int kDash = 1, kDashDotDot = 4, kUserStyle = 7;  // PS_DOT and PS_DASHDOT between
+  static constexpr double kUnits[4][6] = {
+      {3, 1}, {1, 1}, {3, 1, 1, 1}, {3, 1, 1, 1, 1, 1}};
+  static constexpr int kUnitCount[4] = {2, 2, 4, 6};
+  const double w = static_cast<double>(std::max<std::int64_t>(1, style->width));
+  int n = 0;
+  if (pen_style >= kDash && pen_style <= kDashDotDot) {
+    n = kUnitCount[pen_style - kDash];
+    for (int i = 0; i < n; ++i) style->dashes[static_cast<std::size_t>(i)] = kUnits[pen_style - kDash][i] * w;
+  } else if (pen_style == kUserStyle && !user.empty()) {
+    const int m = static_cast<int>(std::min<std::size_t>(user.size(), 16));
+    double total = 0;
+    for (int i = 0; i < m; ++i) total += static_cast<double>(user[static_cast<std::size_t>(i)]);
+    if (!(total > 0)) return;  // no length at all: solid
+    n = (m % 2 == 0) ? m : 2 * m;
+    for (int i = 0; i < n; ++i) {
+      style->dashes[static_cast<std::size_t>(i)] =
+          static_cast<double>(user[static_cast<std::size_t>(i % m)]);
     }
-    if (miter) {
-      const PointFx quad[4] = {cf, in_corner, tip, out_corner};
-      out->Add(quad, 4);
-    } else {
-      const PointFx tri[3] = {cf, in_corner, out_corner};
-      out->Add(tri, 3);
+  } else {
+    return;
+  }
+  if (style->cap != CapStyle::kFlat) {
+    for (int i = 0; i + 1 < n; i += 2) {
+      const double on = style->dashes[static_cast<std::size_t>(i)];
+      const double shorter = std::max(0.0, on - w);
+      style->dashes[static_cast<std::size_t>(i)] = shorter;
+      style->dashes[static_cast<std::size_t>(i) + 1] += on - shorter;
     }
   }
+  style->dash_count = n;
+}
+
+namespace {
+
+// LoneCap: the figure of a zero-length dash at c on a segment heading (dx, dy): the pen's
+// round dot, or with square caps the two caps of a segment of no length (a square as wide as
+// the pen, half a width to each side along the path, rounded down as segment caps are).
+void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& style,
+             const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+  if (style.cap == CapStyle::kRound) {
+    AddRoundDot(c, style.width, clip, out, work);
+    return;
+  }
+  if (style.cap != CapStyle::kSquare || (dx == 0 && dy == 0)) return;
+  const Body body = SegmentBodyAlong(c, c, dx, dy, style.width, true, true);
+  const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
+  out->Add(quad, 4);
+}
+
+// DashWalker: the position in a dash pattern while walking a polyline, and the dash being
+// collected.
+class DashWalker {
+ public:
+  DashWalker(const StrokeStyle& style, const IRect& clip, PolygonSet* out, StrokeScratch& work)
+      : style_(style), clip_(clip), out_(out), work_(work), dash_(work.dash),
+        dirs_(work.dash_headings) {
+    solid_ = style;
+    solid_.dash_count = 0;
+    for (int i = 0; i < style.dash_count; ++i) period_ += style.dashes[static_cast<std::size_t>(i)];
+    left_ = style.dashes[0];
+    // Pieces farther than this from the clip box cannot reach it: half the width, or the
+    // longest miter.
+    reach_ = static_cast<double>(style.width) * std::max(1.0, style.miter_limit) + 2.0;
+    ClearDash();
+  }
+
+  // Segment walks from a to b (a != b).
+  void Segment(PointI a, PointI b) {
+    const double dx = static_cast<double>(b.x) - a.x;
+    const double dy = static_cast<double>(b.y) - a.y;
+    // A segment runs the pattern on by its length rounded to whole pixels; points along it are
+    // placed by the true direction.
+    const double true_len = std::hypot(dx, dy);
+    const double len = std::max(1.0, std::floor(true_len + 0.5));
+    const double ux = dx / true_len, uy = dy / true_len;
+    const PointI heading = HeadingOf(a, b);
+    dir_x_ = heading.x;
+    dir_y_ = heading.y;
+    auto at = [&](double t) { return t >= len - kEps ? b : Along(a, ux, uy, t); };
+    // The part of the segment near the clip box; the pattern skips the rest by arithmetic.
+    double t0 = 0, t1 = len;
+    if (!NearClip(a, dx, dy, len, &t0, &t1)) {
+      Flush();
+      Advance(len);
+      return;
+    }
+    if (t0 > 0) {
+      Flush();
+      Advance(t0);
+    }
+    double t = t0;
+    if (on() && dash_.empty()) Add(at(t));
+    while (true) {
+      if (on() && left_ <= 0) {
+        // A zero-length dash: a lone cap.
+        LoneCap(at(t), dir_x_, dir_y_, style_, clip_, out_, work_);
+        ClearDash();
+        Next();
+        continue;
+      }
+      const double step = std::min(left_, t1 - t);
+      t += step;
+      left_ -= step;
+      if (left_ > kEps) break;  // the segment (or its visible part) ends inside this run
+      if (on()) {
+        Add(at(t));
+        Flush();
+      }
+      Next();
+      if (on()) Add(at(t));
+      if (t >= t1 - kEps) break;
+    }
+    if (t1 < len) {
+      Flush();
+      Advance(len - t1);
+    } else if (on()) {
+      Add(b);  // the dash runs on round the corner
+    }
+  }
+
+  // Finish draws the dash still open at the end of the polyline; a dash that would only start
+  // at the very end (none of its length walked) is not drawn.
+  void Finish() {
+    if (dash_.size() == 1 && left_ > 0 &&
+        left_ == style_.dashes[static_cast<std::size_t>(index_)]) {
+      ClearDash();
+    }
+    Flush();
+  }
+
+ private:
+  static constexpr double kEps = 1e-9;
+
+  bool on() const { return index_ % 2 == 0; }
+  void Next() {
+    index_ = (index_ + 1) % style_.dash_count;
+    left_ = style_.dashes[static_cast<std::size_t>(index_)];
+  }
+  // Advance moves the pattern on by d without drawing.
+  void Advance(double d) {
+    if (period_ > 0 && d > 2 * period_) d = std::fmod(d, period_) + period_;
+    while (d > kEps) {
+      const double step = std::min(left_, d);
+      d -= step;
+      left_ -= step;
+      if (left_ <= kEps) Next();
+    }
+    ClearDash();
+  }
+  // Along: the pixel at distance t from a; the offset is cut toward a (whole pixels of it).
+  static PointI Along(PointI a, double ux, double uy, double t) {
+    return PointI{static_cast<int>(a.x + std::trunc(ux * t)),
+                  static_cast<int>(a.y + std::trunc(uy * t))};
+  }
+  void ClearDash() {
+    dash_.clear();
+    dirs_.clear();
+  }
+  void Add(PointI p) {
+    if (dash_.empty() || dash_.back() != p) {
+      if (!dash_.empty()) dirs_.push_back(PointI{dir_x_, dir_y_});
+      dash_.push_back(p);
+    }
+  }
+  // Flush strokes the collected dash.
+  void Flush() {
+    if (dash_.size() == 1) {
+      LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_, work_);
+    } else if (dash_.size() > 1) {
+      BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, solid_,
+                       clip_, out_, work_);
+    }
+    ClearDash();
+  }
+  // NearClip narrows [t0, t1] of the segment from a along (dx, dy) to the part within reach_ of
+  // the clip box; false when none is.
+  bool NearClip(PointI a, double dx, double dy, double len, double* t0, double* t1) const {
+    const double lo[2] = {clip_.left - reach_, clip_.top - reach_};
+    const double hi[2] = {clip_.right + reach_, clip_.bottom + reach_};
+    const double p[2] = {static_cast<double>(a.x), static_cast<double>(a.y)};
+    const double d[2] = {dx / len, dy / len};
+    for (int k = 0; k < 2; ++k) {
+      if (d[k] == 0) {
+        if (p[k] < lo[k] || p[k] > hi[k]) return false;
+        continue;
+      }
+      double u = (lo[k] - p[k]) / d[k];
+      double v = (hi[k] - p[k]) / d[k];
+      if (u > v) std::swap(u, v);
+      *t0 = std::max(*t0, u);
+      *t1 = std::min(*t1, v);
+    }
+    return *t0 < *t1;
+  }
+
+  const StrokeStyle& style_;
+  StrokeStyle solid_;
+  const IRect& clip_;
+  PolygonSet* out_;
+  double period_ = 0;
+  double reach_ = 0;
+  int index_ = 0;
+  double left_ = 0;
+  int dir_x_ = 1;  // the segment being walked
+  int dir_y_ = 0;
+  StrokeScratch& work_;
+  std::vector<PointI>& dash_;
+  std::vector<PointI>& dirs_;  // the heading of each segment of dash_
+};
+
+}  // namespace
+
+void BuildDashedStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
+                       const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+  if (style.dash_count < 2) {
+    BuildStroke(points, count, closed, style, clip, out, work);
+    return;
+  }
+  if (count < 1 || points == nullptr) return;
+  int first = 0;
+  int n = 0;
+  PointI prev{};
+  DashWalker walker(style, clip, out, work);
+  for (int i = 0; i < count; ++i) {
+    if (n > 0 && points[i] == prev) continue;
+    if (n == 0) {
+      first = i;
+    } else {
+      walker.Segment(prev, points[i]);
+    }
+    prev = points[i];
+    ++n;
+  }
+  if (n == 1) {
+    // One point: the first dash is a dot with round caps.
+    if (style.cap == CapStyle::kRound) AddRoundDot(points[first], style.width, clip, out, work);
+    return;
+  }
+  if (closed && prev != points[first]) walker.Segment(prev, points[first]);
+  walker.Finish();
+  // A closed figure's first dash starts with the join at the first point, the corner from the
+  // closing segment, whether or not the last dash reaches it.
+  if (!closed || n < 3 || style.dashes[0] <= 0) return;
+  const PointI p1 = points[first];
+  PointI p2 = p1;
+  PointI p0 = p1;
+  for (int i = first + 1; i < count; ++i) {
+    if (points[i] == p1) continue;
+    if (p2 == p1) p2 = points[i];
+    p0 = points[i];
+  }
+  if (p2 == p1 || p0 == p1) return;
+  if (style.join == JoinStyle::kRound) {
+    AddRoundDot(p1, style.width, clip, out, work);
+    return;
+  }
+  AddJoin(SegmentBody(p0, p1, style.width, false, false), SegmentBody(p1, p2, style.width, false, false),
+          p0, p1, p2, style, out);
 }
 
 StrokeStyle StyleOfSelectedPen(const DeviceContext& dc) {
@@ -363,16 +655,11 @@ StrokeStyle StyleOfSelectedPen(const DeviceContext& dc) {
       break;
   }
   st.miter_limit = std::max(1.0, static_cast<double>(dc.miter_limit));
+  if (dc.pen->geometric) DashPatternOf(dc.pen->style, dc.pen->user_style, &st);
   return st;
 }
 
 namespace {
-
-PolygonSet& Scratch() {
-  static thread_local PolygonSet set;
-  set.Clear();
-  return set;
-}
 
 }  // namespace
 
@@ -384,6 +671,7 @@ namespace {
 // send every one of its thousands of outline edges across each visible row.
 bool StrokeCoversBox(const PointI* points, int count, const StrokeStyle& style, const IRect& clip) {
   if (style.cap != CapStyle::kRound || style.join != JoinStyle::kRound) return false;
+  if (style.dash_count > 0) return false;
   const double reach = static_cast<double>(style.width) / 2.0 - 2.0;
   if (!(reach > 0.0)) return false;
   for (int i = 0; i < count; ++i) {
@@ -397,7 +685,7 @@ bool StrokeCoversBox(const PointI* points, int count, const StrokeStyle& style, 
 
 // BuildVisibleStroke: the stroke's polygons, or the clip box itself when the stroke covers it.
 void BuildVisibleStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
-                        const IRect& clip, PolygonSet* set) {
+                        const IRect& clip, PolygonSet* set, StrokeScratch& work) {
   if (!clip.IsEmpty() && StrokeCoversBox(points, count, style, clip)) {
     set->Clear();
     const PointFx box[4] = {ToFx(PointI{clip.left, clip.top}), ToFx(PointI{clip.right, clip.top}),
@@ -406,15 +694,16 @@ void BuildVisibleStroke(const PointI* points, int count, bool closed, const Stro
     set->Add(box, 4);
     return;
   }
-  BuildStroke(points, count, closed, style, clip, set);
+  BuildDashedStroke(points, count, closed, style, clip, set, work);
 }
 
 }  // namespace
 
 SpanRegion WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed) {
   const IRect clip = ClipBox(dc);
-  PolygonSet& set = Scratch();
-  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
+  PolygonSet& set = dc.scratch.stroke.set;
+  set.Clear();
+  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set, dc.scratch.stroke);
   RegionBuilder builder;
   if (!clip.IsEmpty() && !set.counts.empty()) {
     dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
@@ -427,8 +716,9 @@ void StrokeWide(DeviceContext& dc, const PointI* points, int count, bool closed)
   if (dc.pen == nullptr || dc.pen->IsNull() || count < 1) return;
   const IRect clip = ClipBox(dc);
   if (clip.IsEmpty()) return;
-  PolygonSet& set = Scratch();
-  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set);
+  PolygonSet& set = dc.scratch.stroke.set;
+  set.Clear();
+  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set, dc.scratch.stroke);
   if (set.counts.empty()) return;
   dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                   FillRule::kWinding, clip, PenSink(dc));

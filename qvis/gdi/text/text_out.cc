@@ -93,10 +93,6 @@ void PaintRule(DeviceContext& dc, const TextLayout& t, int position, int thickne
   FillQuad(dc, t, 0.0, static_cast<double>(t.width), top, top + thickness, box, sink);
 }
 
-// Scratch kept between calls so that warm text drawing does not allocate.
-thread_local std::vector<std::uint8_t> g_mask;
-thread_local std::vector<int> g_pen;
-
 // DrawRun draws or records a run of text. (x, y) is the reference point of `align`; `dx`, when
 // given, replaces the font's advances; `limit`, when given, clips the output (ETO_CLIPPED and
 // DrawTextA boxes). Returns FALSE when there is no usable font.
@@ -106,7 +102,7 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   if (face == nullptr) return FALSE;
   const FontMetrics& m = face->metrics();
 
-  TextLayout t{.pen = g_pen};
+  TextLayout t{.pen = dc.scratch.text_pen};
   long esc = face->escapement() % 3600;
   double radians = static_cast<double>(esc) / 10.0 * kPi / 180.0;
   t.ux = esc == 0 ? 1.0 : std::cos(radians);
@@ -201,7 +197,7 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   if (box.IsEmpty()) return TRUE;
   const std::int64_t bw = box.right - box.left;
   const std::int64_t bh = box.bottom - box.top;
-  std::vector<std::uint8_t>& mask = g_mask;
+  std::vector<std::uint8_t>& mask = dc.scratch.text_mask;
   mask.assign(static_cast<std::size_t>(bw * bh), 0);
 
   for (int i = 0; i < n; ++i) {

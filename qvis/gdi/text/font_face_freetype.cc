@@ -37,8 +37,6 @@ namespace {
 // Largest em size glyphs are rendered at. Heights beyond it draw at this size: a glyph mask of
 // a million pixels a side would exhaust memory, and no display shows more than this anyway.
 constexpr int kMaxPpem = 1024;
-// Cell height used for a height of 0 (the "default size" of a logical font).
-constexpr int kDefaultCellHeight = 16;
 // Requested weights from this one up are bold.
 constexpr int kBoldWeight = 600;
 // Horizontal shear of synthesised italics (x += y / 4, about 14 degrees).
@@ -122,18 +120,7 @@ bool ChooseFace(const LOGFONTA& lf, FaceChoice* choice) {
   return ok;
 }
 
-// Windows-1252 code points of bytes 0x80..0x9F (0 for the five unassigned ones).
-constexpr char16_t kCp1252High[32] = {
-    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
-
 }  // namespace
-
-char32_t AnsiToUnicode(unsigned char c) {
-  if (c >= 0x80 && c < 0xA0) return kCp1252High[c - 0x80];
-  return c;
-}
 
 struct FontFace::Impl {
   FT_Face face = nullptr;
@@ -201,7 +188,7 @@ std::unique_ptr<FontFace> FontFace::Realize(const LOGFONTA& lf) {
     ascent_units = hhea->Ascender;
     descent_units = -hhea->Descender;
   }
-  long long height = lf.lfHeight == 0 ? kDefaultCellHeight : lf.lfHeight;
+  long long height = lf.lfHeight == 0 ? kDefaultFontCellHeight : lf.lfHeight;
   long long ppem = 0;
   if (height > 0) {
     const long long cell = std::max(1L, ascent_units + descent_units);
@@ -255,25 +242,6 @@ std::unique_ptr<FontFace> FontFace::Realize(const LOGFONTA& lf) {
   return font;
 }
 
-FontFace* FontFace::ForFont(FontData* font) {
-  if (font == nullptr) {
-    // A DC without a selected font draws with a plain bold sans face of 16-pixel cells.
-    static std::unique_ptr<FontFace> fallback = [] {
-      LOGFONTA lf;
-      lf.lfHeight = kDefaultCellHeight;
-      lf.lfWeight = FW_BOLD;
-      return Realize(lf);
-    }();
-    return fallback.get();
-  }
-  if (font->engine_cache == nullptr) {
-    std::unique_ptr<FontFace> face = Realize(font->logfont);
-    if (face == nullptr) return nullptr;
-    font->engine_cache = std::shared_ptr<FontFace>(std::move(face));
-  }
-  return static_cast<FontFace*>(font->engine_cache.get());
-}
-
 void FontFace::LoadAdvances(unsigned char c) {
   int advance = 0;
   int extent = 0;
@@ -289,16 +257,6 @@ void FontFace::LoadAdvances(unsigned char c) {
   advances_[c] = std::max(0, advance);
   extent_advances_[c] = std::max(0, extent);
   have_advance_[c] = true;
-}
-
-int FontFace::Advance(unsigned char c) {
-  if (!have_advance_[c]) LoadAdvances(c);
-  return advances_[c];
-}
-
-int FontFace::ExtentAdvance(unsigned char c) {
-  if (!have_advance_[c]) LoadAdvances(c);
-  return extent_advances_[c];
 }
 
 const GlyphMask& FontFace::Glyph(unsigned char c) {

@@ -103,7 +103,7 @@ cmake -S tests/consumer -B build/consumer-subproject -G Ninja -DCMAKE_BUILD_TYPE
   -DQVIS_CHECKOUT="$root" -DBUILD_SHARED_LIBS=ON -DQVIS_INSTALL=ON \
   "${host_flags[@]}" "${launcher[@]}" >/dev/null
 cmake --build build/consumer-subproject -j "$jobs" >/dev/null
-ldd build/consumer-subproject/board_host | grep -q 'libqvis\.so' || {
+ldd build/consumer-subproject/board_host | grep 'libqvis\.so' >/dev/null || {
   echo "consumer: the subproject host does not use libqvis.so" >&2; exit 1; }
 build/consumer-subproject/board_host "$work"
 
@@ -115,12 +115,12 @@ soname=$(readelf -d "$work/shared/lib/libqvis.so" | sed -n 's/.*Library soname: 
 [[ "$soname" == libqvis.so.* && -f "$work/shared/lib/$soname" ]] || {
   echo "consumer: libqvis.so has no versioned SONAME (got '$soname')" >&2; exit 1; }
 # Only what QVIS_API marks is exported: the internal helpers (rubber bands, font faces) stay inside.
-if nm -DC --defined-only "$work/shared/lib/libqvis.so" | grep -qE 'qvis::(RubberBand|gdi::FontFace)::'; then
+if nm -DC --defined-only "$work/shared/lib/libqvis.so" | grep -E 'qvis::(RubberBand|gdi::FontFace)::' >/dev/null; then
   echo "consumer: libqvis.so exports internals" >&2; exit 1
 fi
 step "shared library, find_package(qvis)"
 build_with_package "$work/shared" shared-cmake
-ldd "$work/shared-cmake/board_host" | grep -q "$work/shared/lib/$soname" || {
+ldd "$work/shared-cmake/board_host" | grep "$work/shared/lib/$soname" >/dev/null || {
   echo "consumer: board_host does not use the installed $soname" >&2; exit 1; }
 step "shared library, pkg-config"
 build_with_pkgconfig "$work/shared" shared-pc

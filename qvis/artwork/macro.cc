@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace qvis {
 
@@ -47,13 +48,23 @@ double MacroExpr::Evaluate(const std::vector<double>& vars) const {
   return stack.back();
 }
 
+std::string FormatDecimal(double v, int significant) {
+  char buf[400];
+  std::snprintf(buf, sizeof buf, "%.*g", significant, v);
+  if (std::strpbrk(buf, "eE") == nullptr) return buf;
+  std::snprintf(buf, sizeof buf, "%.15f", v);
+  std::string s = buf;
+  if (s.find('.') != std::string::npos) {
+    s.erase(s.find_last_not_of('0') + 1);
+    if (s.back() == '.') s.pop_back();
+  }
+  if (s == "-0") s = "0";
+  return s;
+}
+
 namespace {
 
-std::string FormatNumber(double v) {
-  char buf[64];
-  std::snprintf(buf, sizeof buf, "%.10g", v);
-  return buf;
-}
+std::string FormatNumber(double v) { return FormatDecimal(v, 10); }
 
 int Precedence(MacroExpr::Op op) {
   switch (op) {

@@ -13,6 +13,11 @@ namespace qvis {
 
 // MacroExpr is an arithmetic expression kept in postfix order, so it copies and compares as a
 // plain vector.
+// FormatDecimal writes v with `significant` digits as Gerber reads a number: never in exponent
+// form (very large and very small values are written in full, the fraction's trailing zeros
+// dropped). NaN and infinities are the caller's to avoid.
+std::string FormatDecimal(double v, int significant);
+
 struct MacroExpr {
   enum class Op : std::uint8_t { kConst, kVar, kAdd, kSub, kMul, kDiv, kNeg };
   struct Token {

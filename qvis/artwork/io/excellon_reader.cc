@@ -201,9 +201,12 @@ class ExcellonParser {
     if (static_cast<int>(layer_->apertures.size()) >= limits_.max_apertures) {
       Fail(at, "fewer tools");
     }
+    // The same bound as every Gerber size, so that a drill layer always writes as Gerber.
+    const double dia_nm = dia * static_cast<double>(UnitNm());
+    if (!(std::fabs(dia_nm) < 1e15)) Fail(at + c + 1, "a diameter below 10^9 mm");
     Aperture ap;
     ap.kind = ApertureKind::kCircle;
-    ap.size_x = ap.size_y = static_cast<Coord>(std::llround(dia * static_cast<double>(UnitNm())));
+    ap.size_x = ap.size_y = static_cast<Coord>(std::llround(dia_nm));
     layer_->apertures[DrillAperture(t)] = ap;
   }
 

@@ -50,6 +50,8 @@ TEST(ExcellonReaderTest, RoutedPaths) {
 
 TEST(ExcellonReaderTest, ErrorsAndLimits) {
   Layer layer;
+  // A tool no Gerber size could hold is refused, so a drill layer always writes as Gerber.
+  EXPECT_FALSE(ReadExcellon("M48\nINCH\nT1C66666666666\n%\nM30\n", &layer).ok);
   ReadResult r = ReadExcellon("M48\nINCH\n%\nT5\nX1Y1\n", &layer);
   ASSERT_FALSE(r.ok);
   EXPECT_EQ(r.error.line, 4);

@@ -283,5 +283,23 @@ TEST(GerberWriterTest, InchFilesRenderTheSameWrittenInMillimetres) {
   EXPECT_EQ(c.objects, a.objects);
 }
 
+// Numbers too large or too small for "%g" without an exponent are written in full, since a
+// Gerber number has no exponent form; found by the Gerber fuzz target.
+TEST(GerberWriterTest, ExtremeNumbersAreWrittenWithoutExponents) {
+  EXPECT_EQ(FormatDecimal(1.5e20, 15), "150000000000000000000");
+  EXPECT_EQ(FormatDecimal(-2.5e-20, 15), "0");
+  EXPECT_EQ(FormatDecimal(0.125, 15), "0.125");
+  Layer layer;
+  const ReadResult r = ReadGerber(
+      "%FSLAX46Y46*%%MOMM*%%AMBIG*1,1,133333333333333333333333,0,0*%%ADD10BIG*%D10*X0Y0D03*M02*",
+      &layer);
+  ASSERT_TRUE(r.ok) << r.error.ToString();
+  const std::string written = WriteGerber(layer);
+  EXPECT_EQ(written.find("e+"), std::string::npos) << written;
+  Layer again;
+  const ReadResult r2 = ReadGerber(written, &again);
+  EXPECT_TRUE(r2.ok) << r2.error.ToString() << "\n" << written;
+}
+
 }  // namespace
 }  // namespace qvis

@@ -2,17 +2,14 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <set>
 
 namespace qvis {
 
 namespace {
 
-std::string Num(double v) {
-  char buf[64];
-  std::snprintf(buf, sizeof buf, "%.15g", v);
-  return buf;
-}
+std::string Num(double v) { return FormatDecimal(v, 15); }
 
 // Modifier indexes of each macro primitive that are lengths (scaled with the units).
 bool IsLengthModifier(int code, std::size_t i, std::size_t count) {

@@ -23,7 +23,7 @@ mkdir -p "$out"
 scripts/wine-session.sh build/mingw/wineprefix bash -c '
   set -e
   ctest --test-dir build/mingw --output-on-failure -j "$1" --timeout 900
-  "$wine64" build/mingw/apps/qvis-design-bytes/qvis-design-bytes.exe "$2/windows.design" "$2/windows.records"
+  "$wine64" build/mingw/bin/qvis-design-bytes.exe "$2/windows.design" "$2/windows.records"
 ' wine-tests "${jobs}" "$out"
 
 echo "== windows: the same bytes on both platforms"

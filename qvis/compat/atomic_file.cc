@@ -155,6 +155,14 @@ AtomicFile::AtomicFile(const std::string& path, bool keep_contents) : path_(path
 #ifdef _WIN32
   bool is_dir = false, is_regular = false;
   const bool exists = SysStat(path, &is_dir, &is_regular);
+  // Windows does not replace a read-only file (MoveFileExW refuses it); asking first keeps every
+  // Windows, and Wine, which would replace it, to that rule, before anything is written.
+  if (exists && is_regular) {
+    const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+      Fail(EACCES, "the file is read-only");
+    }
+  }
 #else
   struct stat st {};
   const bool exists = ::stat(path.c_str(), &st) == 0;

@@ -4,6 +4,9 @@
 #include "qvis/compat/atomic_file.h"
 
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -247,6 +250,27 @@ TEST_F(AtomicFileTest, ReadOnlyTargetRefusesTheReplacementAndKeepsTheOldFile) {
   MakeReadOnly(path, false);
   WriteFileAtomically(path, data.data(), data.size());
   EXPECT_EQ(ReadBytes(path), data);
+}
+
+// A target another program holds open without delete sharing cannot be replaced: the last step
+// (MoveFileExW) fails after every byte was written, and the temporary file goes.
+TEST_F(AtomicFileTest, TargetHeldOpenRefusesTheReplacementAndKeepsTheOldFile) {
+  const std::string path = Path("held.bin");
+  const auto old = MakeOld(path);
+  const HANDLE held = CreateFileW(std::filesystem::path(path).wstring().c_str(), GENERIC_READ,
+                                  FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(held, INVALID_HANDLE_VALUE);
+  const auto data = Payload(3000);
+  try {
+    WriteFileAtomically(path, data.data(), data.size());
+    ADD_FAILURE() << "a file held open was replaced";
+  } catch (const CFileException& e) {
+    EXPECT_EQ(e.m_cause, CFileException::accessDenied) << e.what();
+    EXPECT_EQ(e.m_strFileName.str(), path);
+  }
+  CloseHandle(held);
+  EXPECT_EQ(ReadBytes(path), old);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"held.bin"});
 }
 
 // A name outside the ANSI code page: the UTF-8 path reaches the system as UTF-16, so the file

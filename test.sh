@@ -1,9 +1,14 @@
 #!/usr/bin/env bash
 # Builds and runs every test twice: a Release build and an AddressSanitizer + UBSan build,
-# each with ctest. Build trees go to build/release and build/asan.
+# each with ctest, then the Windows build under Wine (scripts/test-windows.sh; skipped with
+# QVIS_SKIP_WINDOWS=1). Build trees go to build/release, build/asan and build/mingw.
 set -euo pipefail
 cd "$(dirname "$0")"
-bash scripts/setup.sh
+if [[ "${QVIS_SKIP_WINDOWS:-0}" == "1" ]]; then
+  bash scripts/setup.sh
+else
+  bash scripts/setup.sh --windows
+fi
 
 jobs=$(nproc 2>/dev/null || echo 2)
 werror=OFF
@@ -50,5 +55,8 @@ if command -v clang++ >/dev/null 2>&1; then
   ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf|session_script|gerber|excellon)_fuzz$'
 else
   echo "== fuzz: skipped (clang++ is not installed; the seed replays ran in both suites)"
+fi
+if [[ "${QVIS_SKIP_WINDOWS:-0}" != "1" ]]; then
+  bash scripts/test-windows.sh build/release
 fi
 echo "== all test suites passed"

@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian packages qvis builds and tests with, and nothing else; packages that are
 # already there are left alone. `--bench` adds the benchmark-only ones (Cairo, the reference
-# renderer), `--qt` the Qt 6 development files for the desktop port and editor.
+# renderer), `--qt` the Qt 6 development files for the desktop port and editor, `--windows` the
+# cross compiler, its zlib, GoogleTest's sources, Wine and a virtual X display for the Windows
+# build and its tests (test.sh asks for it).
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
-          libfreetype-dev libfontconfig-dev libpng-dev fonts-liberation2
+          libfreetype-dev libfontconfig-dev libpng-dev zlib1g-dev fonts-liberation2
           libboost-dev  # Boost.Geometry R-tree: the board's spatial index (headers only)
           gerbv   # the reference viewer the artwork renderer is compared with
           clang libclang-rt-14-dev)  # libFuzzer, for the bounded fuzz runs of ./test.sh
@@ -13,7 +15,9 @@ for arg in "$@"; do
   case "$arg" in
     --bench) packages+=(libcairo2-dev) ;;
     --qt) packages+=(qt6-base-dev) ;;
-    *) echo "setup: unknown option $arg (use --bench, --qt)" >&2; exit 2 ;;
+    --windows) packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine64 xvfb
+                          xauth) ;;
+    *) echo "setup: unknown option $arg (use --bench, --qt, --windows)" >&2; exit 2 ;;
   esac
 done
 

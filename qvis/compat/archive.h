@@ -5,6 +5,7 @@
 #ifndef QVIS_COMPAT_ARCHIVE_H_
 #define QVIS_COMPAT_ARCHIVE_H_
 
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -116,10 +117,17 @@ class QVIS_API CArchive {
   CArchive& operator<<(WORD v) { return Put(v); }
   CArchive& operator<<(int v) { return Put(v); }
   CArchive& operator<<(unsigned int v) { return Put(v); }
-  // long and unsigned long go out at their own width (as every type does); the file formats use
-  // the fixed-width LONG, DWORD, INT_PTR and long long types.
+  // Plain long is 4 bytes on Windows and 8 on 64-bit Linux, so a file written with it would
+  // differ between the platforms: records use LONG and DWORD (4 bytes everywhere) or long long.
+  // Where long is what LONG is (Windows), the long overloads are LONG's and write 4 bytes;
+  // elsewhere they are deleted, so writing or reading a plain long does not compile.
+#if LONG_MAX == 2147483647L
   CArchive& operator<<(long v) { return Put(v); }
   CArchive& operator<<(unsigned long v) { return Put(v); }
+#else
+  CArchive& operator<<(long v) = delete;
+  CArchive& operator<<(unsigned long v) = delete;
+#endif
   CArchive& operator<<(long long v) { return Put(v); }
   CArchive& operator<<(unsigned long long v) { return Put(v); }
   CArchive& operator<<(float v) { return Put(v); }
@@ -132,8 +140,13 @@ class QVIS_API CArchive {
   CArchive& operator>>(WORD& v) { return Get(v); }
   CArchive& operator>>(int& v) { return Get(v); }
   CArchive& operator>>(unsigned int& v) { return Get(v); }
+#if LONG_MAX == 2147483647L
   CArchive& operator>>(long& v) { return Get(v); }
   CArchive& operator>>(unsigned long& v) { return Get(v); }
+#else
+  CArchive& operator>>(long& v) = delete;
+  CArchive& operator>>(unsigned long& v) = delete;
+#endif
   CArchive& operator>>(long long& v) { return Get(v); }
   CArchive& operator>>(unsigned long long& v) { return Get(v); }
   CArchive& operator>>(float& v) { return Get(v); }

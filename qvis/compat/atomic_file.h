@@ -14,9 +14,11 @@
 #include <cstdint>
 #include <string>
 
+#include "qvis/compat/export.h"
+
 namespace qvis {
 
-class AtomicFile {
+class QVIS_API AtomicFile {
  public:
   // Opens the temporary file beside `path`. With keep_contents the temporary file starts as a
   // copy of the target (which must then exist), for writers that update a file in place.
@@ -58,10 +60,10 @@ class AtomicFile {
 
 // WriteFileAtomically writes `size` bytes as the whole new content of `path` through an
 // AtomicFile; throws CFileException on failure, leaving the old file as it was.
-void WriteFileAtomically(const std::string& path, const void* data, std::size_t size);
+QVIS_API void WriteFileAtomically(const std::string& path, const void* data, std::size_t size);
 
 // FileCauseFromErrno maps an errno value to a CFileException cause code.
-int FileCauseFromErrno(int err);
+QVIS_API int FileCauseFromErrno(int err);
 
 }  // namespace qvis
 

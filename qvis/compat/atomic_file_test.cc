@@ -4,10 +4,14 @@
 #include "qvis/compat/atomic_file.h"
 
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -19,11 +23,14 @@ namespace {
 
 using qvis::AtomicFile;
 using qvis::WriteFileAtomically;
-using qvis::testing_support::FileSizeLimit;
 using qvis::testing_support::FolderEntries;
+using qvis::testing_support::MakeReadOnly;
 using qvis::testing_support::ReadBytes;
-using qvis::testing_support::RunUnprivileged;
 using qvis::testing_support::WriteBytes;
+#ifndef _WIN32
+using qvis::testing_support::FileSizeLimit;
+using qvis::testing_support::RunUnprivileged;
+#endif
 
 // Each test gets a fresh folder of its own.
 class AtomicFileTest : public ::testing::Test {
@@ -36,6 +43,12 @@ class AtomicFileTest : public ::testing::Test {
   }
   void TearDown() override {
     std::filesystem::permissions(dir_, std::filesystem::perms::owner_all);
+    for (const auto& e : std::filesystem::directory_iterator(dir_)) {
+      if (e.is_regular_file()) {
+        std::filesystem::permissions(e.path(), std::filesystem::perms::owner_write,
+                                     std::filesystem::perm_options::add);
+      }
+    }
     std::filesystem::remove_all(dir_);
   }
   std::string Path(const std::string& name) const { return dir_ + "/" + name; }
@@ -61,6 +74,11 @@ TEST_F(AtomicFileTest, ReplacesTheFileWholeAndLeavesNothingElse) {
   const std::string path = Path("design.qvd");
   MakeOld(path, 5000);
   const auto data = Payload(1234);
+#ifdef _WIN32
+  WriteFileAtomically(path, data.data(), data.size());
+  EXPECT_EQ(ReadBytes(path), data);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"design.qvd"});
+#else
   ::chmod(path.c_str(), 0640);
   WriteFileAtomically(path, data.data(), data.size());
   EXPECT_EQ(ReadBytes(path), data);
@@ -68,6 +86,7 @@ TEST_F(AtomicFileTest, ReplacesTheFileWholeAndLeavesNothingElse) {
   struct stat st {};
   ASSERT_EQ(::stat(path.c_str(), &st), 0);
   EXPECT_EQ(st.st_mode & 0777, 0640u) << "the new file keeps the old one's permissions";
+#endif
 }
 
 TEST_F(AtomicFileTest, AbandonedOrUncommittedWritesKeepTheOldFile) {
@@ -84,6 +103,7 @@ TEST_F(AtomicFileTest, AbandonedOrUncommittedWritesKeepTheOldFile) {
   EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"keep.bin"});
 }
 
+#ifndef _WIN32  // a file-size limit (RLIMIT_FSIZE) is POSIX; Windows has none
 TEST_F(AtomicFileTest, FileSizeLimitFailsTheWriteAndKeepsTheOldFile) {
   const std::string path = Path("limited.bin");
   const auto old = MakeOld(path);
@@ -124,6 +144,8 @@ TEST_F(AtomicFileTest, ArchiveOverCFileKeepsTheOldFileWhenTheLimitIsHit) {
   EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"archive.bin"});
 }
 
+#endif  // !_WIN32
+
 TEST_F(AtomicFileTest, CFileWithoutCloseNeverReplacesAndCloseDoes) {
   const std::string path = Path("cfile.bin");
   const auto old = MakeOld(path);
@@ -149,6 +171,7 @@ TEST_F(AtomicFileTest, CFileWithoutCloseNeverReplacesAndCloseDoes) {
   EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"cfile.bin"});
 }
 
+#ifndef _WIN32  // /dev/full has no Windows counterpart
 TEST_F(AtomicFileTest, DevFullFailsWithDiskFullAndStaysADevice) {
   struct stat before {};
   if (::stat("/dev/full", &before) != 0 || !S_ISCHR(before.st_mode)) {
@@ -176,6 +199,8 @@ TEST_F(AtomicFileTest, DevFullFailsWithDiskFullAndStaysADevice) {
   EXPECT_EQ(after.st_rdev, before.st_rdev);
 }
 
+#endif  // !_WIN32
+
 TEST_F(AtomicFileTest, MissingFolderFailsWithTheCauseAndCreatesNothing) {
   const std::string path = Path("no/such/folder/x.bin");
   const auto data = Payload(10);
@@ -195,6 +220,74 @@ TEST_F(AtomicFileTest, MissingFolderFailsWithTheCauseAndCreatesNothing) {
   delete error;
 }
 
+#ifdef _WIN32
+// Windows refuses to replace a read-only file: every byte reaches the temporary file, the last
+// step (MoveFileExW over the target) fails, and the old file and its folder are as they were.
+TEST_F(AtomicFileTest, ReadOnlyTargetRefusesTheReplacementAndKeepsTheOldFile) {
+  const std::string path = Path("locked.bin");
+  const auto old = MakeOld(path);
+  MakeReadOnly(path);
+  const auto data = Payload(5000);
+  try {
+    WriteFileAtomically(path, data.data(), data.size());
+    ADD_FAILURE() << "a read-only file was replaced";
+  } catch (const CFileException& e) {
+    EXPECT_EQ(e.m_cause, CFileException::accessDenied) << e.what();
+    EXPECT_EQ(e.m_strFileName.str(), path);
+  }
+  EXPECT_THROW(
+      {
+        CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+        CArchive ar(&file, CArchive::store);
+        ar << 1.0;
+        ar.Close();
+        file.Close();
+      },
+      CFileException);
+  EXPECT_EQ(ReadBytes(path), old);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"locked.bin"});
+  // Writable again, the same write goes through.
+  MakeReadOnly(path, false);
+  WriteFileAtomically(path, data.data(), data.size());
+  EXPECT_EQ(ReadBytes(path), data);
+}
+
+// A target another program holds open without delete sharing cannot be replaced: the last step
+// (MoveFileExW) fails after every byte was written, and the temporary file goes.
+TEST_F(AtomicFileTest, TargetHeldOpenRefusesTheReplacementAndKeepsTheOldFile) {
+  const std::string path = Path("held.bin");
+  const auto old = MakeOld(path);
+  const HANDLE held = CreateFileW(std::filesystem::path(path).wstring().c_str(), GENERIC_READ,
+                                  FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(held, INVALID_HANDLE_VALUE);
+  const auto data = Payload(3000);
+  try {
+    WriteFileAtomically(path, data.data(), data.size());
+    ADD_FAILURE() << "a file held open was replaced";
+  } catch (const CFileException& e) {
+    EXPECT_EQ(e.m_cause, CFileException::accessDenied) << e.what();
+    EXPECT_EQ(e.m_strFileName.str(), path);
+  }
+  CloseHandle(held);
+  EXPECT_EQ(ReadBytes(path), old);
+  EXPECT_EQ(FolderEntries(dir_), std::vector<std::string>{"held.bin"});
+}
+
+// A name outside the ANSI code page: the UTF-8 path reaches the system as UTF-16, so the file
+// is written under that name and no other.
+TEST_F(AtomicFileTest, Utf8NamesAreWrittenAsTheyAreNamed) {
+  const std::u8string name = u8"\u03b1\u03b2-\u677f.bin";
+  const std::string path = dir_ + "/" + std::string(name.begin(), name.end());
+  const auto data = Payload(77);
+  WriteFileAtomically(path, data.data(), data.size());
+  const std::filesystem::path wide = std::filesystem::path(dir_) / std::filesystem::path(name);
+  ASSERT_TRUE(std::filesystem::exists(wide));
+  EXPECT_EQ(std::filesystem::file_size(wide), data.size());
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_),
+                          std::filesystem::directory_iterator()), 1);
+  std::filesystem::remove(wide);
+}
+#else
 // A folder that refuses new files: even where the file itself could be overwritten in place,
 // the write fails and the file keeps its bytes (half-writing it in place is what is prevented).
 TEST_F(AtomicFileTest, ReadOnlyFolderFailsAndKeepsTheOldFile) {
@@ -231,6 +324,8 @@ TEST_F(AtomicFileTest, SymbolicLinkIsFollowedAndKept) {
   EXPECT_EQ(ReadBytes(real), data);
   EXPECT_EQ(FolderEntries(dir_), (std::vector<std::string>{"link.bin", "real.bin"}));
 }
+
+#endif  // _WIN32
 
 TEST_F(AtomicFileTest, AFolderIsNeverReplaced) {
   const auto data = Payload(5);

@@ -1,14 +1,17 @@
 // Test support: real ways to make a file write fail (a file-size limit, a folder that refuses
 // new files) and a look at a folder's entries, so a test can prove that no temporary file is
-// left behind. Used only by *_test.cc.
+// left behind. Used only by *_test.cc. The file-size limit and the unprivileged child are POSIX
+// mechanisms; a Windows test makes a write fail with a read-only file instead (MakeReadOnly).
 #ifndef QVIS_COMPAT_FAILING_WRITES_TEST_SUPPORT_H_
 #define QVIS_COMPAT_FAILING_WRITES_TEST_SUPPORT_H_
 
+#ifndef _WIN32
 #include <grp.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <csignal>
@@ -21,6 +24,16 @@
 
 namespace qvis::testing_support {
 
+// MakeReadOnly clears (or, with false, restores) a file's write permission. On Windows this is
+// the read-only attribute, which makes the system refuse to replace or delete the file.
+inline void MakeReadOnly(const std::string& path, bool read_only = true) {
+  namespace fs = std::filesystem;
+  const auto write = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+  fs::permissions(path, read_only ? write : fs::perms::owner_write,
+                  read_only ? fs::perm_options::remove : fs::perm_options::add);
+}
+
+#ifndef _WIN32
 // FileSizeLimit lowers RLIMIT_FSIZE for this process while it lives, with SIGXFSZ ignored so
 // that a write past the limit fails with EFBIG instead of killing the process.
 class FileSizeLimit {
@@ -75,6 +88,8 @@ inline int RunUnprivileged(const std::function<int()>& body) {
   if (::waitpid(pid, &status, 0) != pid || !WIFEXITED(status)) return -1;
   return WEXITSTATUS(status);
 }
+
+#endif  // !_WIN32
 
 inline std::vector<unsigned char> ReadBytes(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

@@ -9,6 +9,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <new>
+#ifdef _WIN32
+#include <malloc.h>
+#endif
 #include <random>
 #include <vector>
 
@@ -27,8 +30,19 @@ void* Allocate(std::size_t n) {
 void* AllocateAligned(std::size_t n, std::size_t align) {
   if (g_counting.load(std::memory_order_relaxed)) g_allocations.fetch_add(1, std::memory_order_relaxed);
   const std::size_t size = (n + align - 1) / align * align;
+#ifdef _WIN32  // the Windows C runtime has no aligned_alloc; its aligned blocks have their own free
+  if (void* p = _aligned_malloc(size == 0 ? align : size, align)) return p;
+#else
   if (void* p = std::aligned_alloc(align, size == 0 ? align : size)) return p;
+#endif
   throw std::bad_alloc();
+}
+void FreeAligned(void* p) {
+#ifdef _WIN32
+  _aligned_free(p);
+#else
+  std::free(p);
+#endif
 }
 }  // namespace
 
@@ -54,10 +68,10 @@ void operator delete(void* p) noexcept { std::free(p); }
 void operator delete[](void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
-void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::align_val_t) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t, std::align_val_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { std::free(p); }
+void operator delete(void* p, std::align_val_t) noexcept { FreeAligned(p); }
+void operator delete[](void* p, std::align_val_t) noexcept { FreeAligned(p); }
+void operator delete(void* p, std::size_t, std::align_val_t) noexcept { FreeAligned(p); }
+void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { FreeAligned(p); }
 
 namespace qvis::gdi {
 namespace {

@@ -101,10 +101,10 @@ QVIS_API BOOL DeleteObject(HGDIOBJ object);
 QVIS_API HGDIOBJ GetStockObject(int index);
 // GetObjectType returns the type of a live object as Win32 numbers it: 1 pen, 2 brush, 6 font,
 // 7 bitmap, 8 region. A null, deleted or made-up handle returns 0.
-DWORD GetObjectType(HGDIOBJ object);
+QVIS_API DWORD GetObjectType(HGDIOBJ object);
 // IsSelected tells whether a live object is selected into a DC now (a cache keeps such objects).
 // Stock, null, deleted and made-up handles: false.
-bool IsSelected(HGDIOBJ object);
+QVIS_API bool IsSelected(HGDIOBJ object);
 // GetCurrentPen / GetCurrentBrush / GetCurrentFont / GetCurrentBitmap return what is selected
 // in the DC (null for a null DC).
 QVIS_API HPEN GetCurrentPen(HDC dc);
@@ -114,19 +114,19 @@ QVIS_API HBITMAP GetCurrentBitmap(HDC dc);
 
 // DC state. Each setter returns the previous value, or 0 for a null DC or an out-of-range
 // value (then nothing changes).
-int SetROP2(HDC dc, int rop2);           // R2_BLACK 1 .. R2_WHITE 16
+QVIS_API int SetROP2(HDC dc, int rop2);           // R2_BLACK 1 .. R2_WHITE 16
 QVIS_API int GetROP2(HDC dc);
-int SetBkMode(HDC dc, int mode);         // TRANSPARENT 1, OPAQUE 2
+QVIS_API int SetBkMode(HDC dc, int mode);         // TRANSPARENT 1, OPAQUE 2
 QVIS_API int GetBkMode(HDC dc);
-COLORREF SetBkColor(HDC dc, COLORREF color);   // null DC: kClrInvalid
+QVIS_API COLORREF SetBkColor(HDC dc, COLORREF color);   // null DC: kClrInvalid
 QVIS_API COLORREF GetBkColor(HDC dc);
-COLORREF SetTextColor(HDC dc, COLORREF color); // null DC: kClrInvalid
+QVIS_API COLORREF SetTextColor(HDC dc, COLORREF color); // null DC: kClrInvalid
 QVIS_API COLORREF GetTextColor(HDC dc);
-int SetPolyFillMode(HDC dc, int mode);   // ALTERNATE 1, WINDING 2
+QVIS_API int SetPolyFillMode(HDC dc, int mode);   // ALTERNATE 1, WINDING 2
 QVIS_API int GetPolyFillMode(HDC dc);
-int SetArcDirection(HDC dc, int direction);  // AD_COUNTERCLOCKWISE 1, AD_CLOCKWISE 2
+QVIS_API int SetArcDirection(HDC dc, int direction);  // AD_COUNTERCLOCKWISE 1, AD_CLOCKWISE 2
 QVIS_API int GetArcDirection(HDC dc);
-UINT SetTextAlign(HDC dc, UINT align);   // TA_* flags; null DC: GDI_ERROR (0xFFFFFFFF)
+QVIS_API UINT SetTextAlign(HDC dc, UINT align);   // TA_* flags; null DC: GDI_ERROR (0xFFFFFFFF)
 QVIS_API UINT GetTextAlign(HDC dc);
 // SetMiterLimit sets the miter limit of geometric joins (>= 1; smaller values return FALSE).
 QVIS_API BOOL SetMiterLimit(HDC dc, float limit, float* old_limit);

@@ -99,8 +99,10 @@ TEST(PngIoTest, DamagedFilesAreRejectedWithoutCrashing) {
 
   // Truncated inside the signature, the header and the image data. (A file that loses only
   // its end marker still holds the whole image and may be read.)
-  for (std::size_t n : {0ul, 7ul, 8ul, 20ul, 33ul, 40ul, bytes.size() / 2, bytes.size() - 17}) {
-    WriteBytes(bad, std::vector<char>(bytes.begin(), bytes.begin() + static_cast<long>(n)));
+  for (std::size_t n : std::initializer_list<std::size_t>{0, 7, 8, 20, 33, 40, bytes.size() / 2,
+                                                          bytes.size() - 17}) {
+    WriteBytes(bad,
+               std::vector<char>(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(n)));
     EXPECT_FALSE(ReadPngImage(bad, &image)) << "truncated to " << n;
     EXPECT_EQ(image.width, 0);
   }

@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <random>
 #include <vector>
 
@@ -172,8 +173,8 @@ TEST(KernelTransforms, EachRotateKeepsItsOwnSense) {
 
 TEST(KernelArcs, LengthAndRegion) {
   EXPECT_EQ(CQVIS_Math::GetLengthArc(0, 0, 2, 2, 0, 2, 0), 0);  // not a full circle
-  EXPECT_NEAR(CQVIS_Math::GetLengthArc(0, 0, 2, 2, 0, 0, -2), M_PI, 1e-15);
-  EXPECT_NEAR(CQVIS_Math::GetLengthArc(0, 0, 2, 0, -2, 2, 0), 3 * M_PI, 1e-14);
+  EXPECT_NEAR(CQVIS_Math::GetLengthArc(0, 0, 2, 2, 0, 0, -2), std::numbers::pi, 1e-15);
+  EXPECT_NEAR(CQVIS_Math::GetLengthArc(0, 0, 2, 0, -2, 2, 0), 3 * std::numbers::pi, 1e-14);
 
   // A quarter arc from east to north (y up): the end angle lies between the start angle and
   // the three-quarter and half turns, so the box reaches down and left too; kept.
@@ -210,7 +211,7 @@ TEST(KernelArcs, MakeArcToLineStepsAndEndsOnTheEnd) {
     CQVIS_Math::MakeArcToLine(10, 20, 2, r.start, r.end, r.step, &p.list);
     ASSERT_EQ(p.size(), static_cast<INT_PTR>(r.angles.size())) << r.start << ".." << r.end;
     for (size_t i = 0; i < r.angles.size(); ++i) {
-      const double a = r.angles[i] * M_PI / 180;
+      const double a = r.angles[i] * std::numbers::pi / 180;
       EXPECT_NEAR(p.at(i).x, 10 + 2 * std::cos(a), 1e-12);
       EXPECT_NEAR(p.at(i).y, 20 - 2 * std::sin(a), 1e-12);
     }

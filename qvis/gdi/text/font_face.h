@@ -1,6 +1,6 @@
-// FontFace: a logical font (LOGFONTA) realised on a system face through fontconfig and FreeType:
-// cell metrics as GDI reports them, integer advances, monochrome glyph masks (rotated by the
-// escapement) and glyph outlines for paths.
+// FontFace: a logical font (LOGFONTA) realised on a system face (through fontconfig and FreeType
+// on Linux, through the system's GDI on Windows): cell metrics as GDI reports them, integer
+// advances, monochrome glyph masks (rotated by the escapement) and glyph outlines for paths.
 #ifndef QVIS_GDI_TEXT_FONT_FACE_H_
 #define QVIS_GDI_TEXT_FONT_FACE_H_
 
@@ -15,6 +15,9 @@
 namespace qvis::gdi {
 
 struct FontData;
+
+// Cell height, in pixels, of a logical font whose height is 0 (its "default size").
+inline constexpr int kDefaultFontCellHeight = 16;
 struct PathData;
 
 // FontMetrics are the cell metrics of a realised font, in whole pixels.

@@ -1,17 +1,19 @@
 #!/usr/bin/env bash
 # Installs the Debian packages qvis builds and tests with, and nothing else; packages that are
 # already there are left alone. `--bench` adds the benchmark-only ones (Cairo, the reference
-# renderer), `--qt` the Qt 6 development files for the desktop port and editor.
+# renderer). The Qt 6 development files (desktop port and editor) and the X server and input tool
+# of the editor's end-to-end test are installed by default; `--qt` is kept for old callers.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
           libfreetype-dev libfontconfig-dev libpng-dev fonts-liberation2
           gerbv   # the reference viewer the artwork renderer is compared with
-          clang libclang-rt-14-dev)  # libFuzzer, for the bounded fuzz runs of ./test.sh
+          clang libclang-rt-14-dev  # libFuzzer, for the bounded fuzz runs of ./test.sh
+          qt6-base-dev xvfb xdotool)  # the Qt editor and its end-to-end test in a real X server
 for arg in "$@"; do
   case "$arg" in
     --bench) packages+=(libcairo2-dev) ;;
-    --qt) packages+=(qt6-base-dev) ;;
+    --qt) ;;
     *) echo "setup: unknown option $arg (use --bench, --qt)" >&2; exit 2 ;;
   esac
 done

@@ -94,10 +94,10 @@ TEST_F(QtPortTest, EscTellsTheParentAndEndsTheCommand) {
   EXPECT_STREQ(d_->GetCurrentProcInfo().GetString(), "Select Command");
 }
 
-TEST_F(QtPortTest, WheelAndCharactersZoom) {
+TEST_F(QtPortTest, WheelUpAndPlusZoomInAboutTheCursor) {
   const QPoint p(120, 80);
   const double wx = d_->m_pCoords->ScreenXToWorld(p.x());
-  QWheelEvent wheel(QPointF(p), QPointF(port_.mapToGlobal(p)), QPoint(), QPoint(0, -120),
+  QWheelEvent wheel(QPointF(p), QPointF(port_.mapToGlobal(p)), QPoint(), QPoint(0, 120),
                     Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
   QCoreApplication::sendEvent(&port_, &wheel);
   EXPECT_DOUBLE_EQ(d_->m_pCoords->m_dZoom, 15.0);

@@ -30,6 +30,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "qvis/artwork/render.h"
 #include "qvis/compat/atomic_file.h"
@@ -261,7 +262,7 @@ QAction* EditorWindow::Action(const std::string& name) const {
 
 std::vector<std::string> EditorWindow::ActionNames() const { return action_order_; }
 
-void EditorWindow::StartTool(const std::string& name) {
+void EditorWindow::StartTool(std::string name) {
   CQVIS_Design* d = design();
   if (name != "zoombox" && name != tool_) previous_tool_ = tool_;
   if (name == "zoombox") previous_tool_ = tool_;
@@ -272,8 +273,10 @@ void EditorWindow::StartTool(const std::string& name) {
     if (name == "measure") measurement_ = "Measure: click the first point";
   } else if (name == "track") {
     canvas_.OnDrawLine();
+    d->m_pDrawLineCmd->SetWidth(track_width_, true);
   } else if (name == "arc") {
     canvas_.OnDrawArc();
+    d->m_pDrawArcCmd->SetWidth(track_width_);
   } else if (name == "circle") {
     StartCommand(d, d->m_pDrawCircleCmd);
   } else if (name == "circle3") {

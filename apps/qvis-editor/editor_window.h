@@ -112,7 +112,8 @@ class EditorWindow : public QMainWindow {
  private:
   void BuildActions();
   void BuildPanels();
-  void StartTool(const std::string& name);
+  // StartTool takes the name by value: it may be previous_tool_, which it changes.
+  void StartTool(std::string name);
   void ApplyDefaults();
   void UpdateStatus();
   void UpdateLayers();

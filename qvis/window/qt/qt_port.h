@@ -48,6 +48,9 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   using KeyFilter = std::function<bool(QKeyEvent* event)>;
   void SetKeyFilter(KeyFilter filter) { key_filter_ = std::move(filter); }
 
+  // FrontBitmap: the front buffer, what the widget shows.
+  HBITMAP FrontBitmap() const { return front_.bitmap(); }
+
   // LastRepaint: the widget area the last message asked to repaint (the front-buffer pixels
   // that changed), empty when nothing changed. RepaintCount counts such requests.
   QRect LastRepaint() const { return last_repaint_; }

@@ -15,6 +15,8 @@
 #include "apps/qvis-editor/editor_window.h"
 #include "qvis/compat/atomic_file.h"
 #include "qvis/compat/exceptions.h"
+#include "qvis/coords/view_coords.h"
+#include "qvis/design/design.h"
 
 namespace {
 
@@ -32,6 +34,9 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName("qvis-editor");
   const char* snapshot = nullptr;
+  // --print-canvas: once the files are open, print where the canvas is on the screen and its
+  // view ("canvas X Y W H ZOOM VIEWX VIEWY"), for scripts that drive the editor from outside.
+  bool print_canvas = false;
   int width = 1200, height = 800;
   QStringList files;
   for (int i = 1; i < argc; ++i) {
@@ -42,6 +47,8 @@ int main(int argc, char** argv) {
           width > 16384 || height > 16384) {
         return Usage();
       }
+    } else if (std::strcmp(argv[i], "--print-canvas") == 0) {
+      print_canvas = true;
     } else if (std::strcmp(argv[i], "--help") == 0 || argv[i][0] == '-') {
       return Usage();
     } else {
@@ -76,8 +83,16 @@ int main(int argc, char** argv) {
     return 0;
   }
   window.show();
-  if (!files.isEmpty()) {
-    QTimer::singleShot(0, &window, [&window, files] { window.OpenFiles(files); });
-  }
+  QTimer::singleShot(100, &window, [&window, files, print_canvas] {
+    if (!files.isEmpty()) window.OpenFiles(files);
+    if (print_canvas) {
+      const QPoint origin = window.port()->mapToGlobal(QPoint(0, 0));
+      const CQVIS_Coords* c = window.design()->m_pCoords;
+      std::printf("canvas %d %d %d %d %.17g %.17g %.17g\n", origin.x(), origin.y(),
+                  window.port()->width(), window.port()->height(), c->m_dZoom, c->m_dViewX,
+                  c->m_dViewY);
+      std::fflush(stdout);
+    }
+  });
   return app.exec();
 }

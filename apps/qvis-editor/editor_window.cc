@@ -21,6 +21,8 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPainter>
+#include <QPainterPath>
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
@@ -60,6 +62,101 @@ std::uint32_t Blend(std::uint32_t under, std::uint32_t over, int percent) {
     return static_cast<std::uint32_t>((a * (100 - percent) + b * percent) / 100) << shift;
   };
   return ch(16) | ch(8) | ch(0);
+}
+
+// ToolIcon: the tool bar's icons, drawn here (24 px, dark strokes on transparent) so the
+// editor needs no icon theme or image plugin.
+QIcon ToolIcon(const QString& name) {
+  QPixmap pm(24, 24);
+  pm.fill(Qt::transparent);
+  QPainter p(&pm);
+  p.setRenderHint(QPainter::Antialiasing);
+  const QColor ink(40, 40, 40);
+  const QColor copper(200, 60, 50);
+  p.setPen(QPen(ink, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  p.setBrush(Qt::NoBrush);
+  if (name == "select") {
+    const QPointF arrow[] = {{5, 3}, {5, 19}, {9, 15}, {12, 21}, {14, 20}, {11, 14}, {17, 14}};
+    p.setBrush(Qt::white);
+    p.drawPolygon(arrow, 7);
+  } else if (name == "track") {
+    p.setPen(QPen(copper, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const QPointF line[] = {{3, 19}, {10, 19}, {18, 8}, {21, 8}};
+    p.drawPolyline(line, 4);
+  } else if (name == "arc") {
+    p.setPen(QPen(copper, 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawArc(QRectF(4, 6, 16, 16), 0, 180 * 16);
+  } else if (name == "circle" || name == "circle3") {
+    p.setPen(QPen(copper, 2.5));
+    p.drawEllipse(QRectF(4, 4, 16, 16));
+    if (name == "circle3") {
+      p.setPen(Qt::NoPen);
+      p.setBrush(ink);
+      for (QPointF c : {QPointF(12, 4), QPointF(4, 12), QPointF(20, 12)}) p.drawEllipse(c, 2, 2);
+    }
+  } else if (name == "rectangle") {
+    p.setPen(QPen(copper, 2.5));
+    p.drawRect(QRectF(4, 6, 16, 12));
+  } else if (name == "polygon") {
+    p.setPen(QPen(copper, 2.5));
+    const QPointF poly[] = {{4, 18}, {8, 5}, {19, 8}, {20, 19}};
+    p.drawPolygon(poly, 4);
+  } else if (name.startsWith("pad-")) {
+    p.setPen(Qt::NoPen);
+    p.setBrush(copper);
+    QPainterPath pad;
+    if (name == "pad-round") pad.addEllipse(QRectF(3, 3, 18, 18));
+    if (name == "pad-square") pad.addRect(QRectF(3, 3, 18, 18));
+    if (name == "pad-obround") pad.addRoundedRect(QRectF(2, 6, 20, 12), 6, 6);
+    if (name == "pad-octagon") {
+      QPolygonF oct;
+      for (int i = 0; i < 8; ++i) {
+        const double a = (22.5 + 45.0 * i) * M_PI / 180.0;
+        oct << QPointF(12 + 10 * std::cos(a), 12 + 10 * std::sin(a));
+      }
+      pad.addPolygon(oct);
+      pad.closeSubpath();
+    }
+    QPainterPath hole;
+    hole.addEllipse(QPointF(12, 12), 3.5, 3.5);
+    p.drawPath(pad.subtracted(hole));
+  } else if (name == "measure") {
+    p.drawLine(QPointF(3, 18), QPointF(21, 6));
+    p.drawLine(QPointF(3, 14), QPointF(3, 21));
+    p.drawLine(QPointF(21, 3), QPointF(21, 10));
+  } else if (name == "undo" || name == "redo") {
+    if (name == "redo") {
+      p.translate(24, 0);
+      p.scale(-1, 1);
+    }
+    p.drawArc(QRectF(5, 6, 14, 12), -90 * 16, 240 * 16);
+    const QPointF head[] = {{4, 6}, {9, 5}, {7, 10}};
+    p.setBrush(ink);
+    p.drawPolygon(head, 3);
+  } else if (name == "delete") {
+    p.setPen(QPen(QColor(190, 30, 30), 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(6, 6), QPointF(18, 18));
+    p.drawLine(QPointF(18, 6), QPointF(6, 18));
+  } else if (name == "fit") {
+    p.drawRect(QRectF(7, 7, 10, 10));
+    for (QPointF c : {QPointF(3, 3), QPointF(21, 3), QPointF(3, 21), QPointF(21, 21)}) {
+      p.drawLine(c, QPointF(c.x() < 12 ? c.x() + 4 : c.x() - 4, c.y()));
+      p.drawLine(c, QPointF(c.x(), c.y() < 12 ? c.y() + 4 : c.y() - 4));
+    }
+  } else if (name.startsWith("zoom")) {
+    p.drawEllipse(QRectF(3, 3, 13, 13));
+    p.setPen(QPen(ink, 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(15, 15), QPointF(21, 21));
+    p.setPen(QPen(ink, 1.5));
+    if (name == "zoom-in" || name == "zoom-out") p.drawLine(QPointF(6.5, 9.5), QPointF(12.5, 9.5));
+    if (name == "zoom-in") p.drawLine(QPointF(9.5, 6.5), QPointF(9.5, 12.5));
+    if (name == "zoom-box") p.drawRect(QRectF(6.5, 6.5, 6, 6));
+  } else if (name == "open" || name == "save") {
+    p.drawRect(QRectF(4, 4, 16, 16));
+    if (name == "save") p.drawRect(QRectF(8, 4, 8, 6));
+    if (name == "open") p.drawLine(QPointF(4, 9), QPointF(20, 9));
+  }
+  return QIcon(pm);
 }
 
 }  // namespace
@@ -238,7 +335,7 @@ void EditorWindow::ApplyDefaults() {
 QAction* EditorWindow::AddAction(const std::string& name, const QString& text, const QString& icon,
                                  const QKeySequence& key, std::function<void()> run) {
   QAction* a = new QAction(text, this);
-  if (!icon.isEmpty()) a->setIcon(QIcon(":/icons/" + icon + ".svg"));
+  if (!icon.isEmpty()) a->setIcon(ToolIcon(icon));
   if (!key.isEmpty()) {
     a->setShortcut(key);
     a->setToolTip(text + " (" + key.toString(QKeySequence::NativeText) + ")");

@@ -23,7 +23,9 @@ run_suite() {
   ctest --test-dir "build/${name}" --output-on-failure -j "${jobs}" --timeout 900
 }
 
-run_suite release -DCMAKE_BUILD_TYPE=Release
+# The Release stage also builds the Qt port and editor; their tests run on Qt's offscreen
+# platform and the editor's end-to-end test under Xvfb.
+run_suite release -DCMAKE_BUILD_TYPE=Release -DQVIS_WITH_QT=ON
 # A host project outside the tree, built against qvis installed from the Release tree (CMake
 # package and pkg-config), against a shared libqvis (its own library-only build) and with qvis
 # as a subproject.

@@ -1,20 +1,22 @@
 #!/usr/bin/env bash
 # Installs the Debian packages qvis builds and tests with, and nothing else; packages that are
 # already there are left alone. `--bench` adds the benchmark-only ones (Cairo, the reference
-# renderer), `--qt` the Qt 6 development files for the desktop port and editor, `--windows` the
-# cross compiler, its zlib, GoogleTest's sources, Wine and a virtual X display for the Windows
-# build and its tests (test.sh asks for it).
+# renderer), `--windows` the cross compiler, its zlib, GoogleTest's sources, Wine and a virtual
+# X display for the Windows build and its tests (test.sh asks for it). The Qt 6 development files
+# (desktop port and editor) and the X server and input tool of the editor's end-to-end test are
+# installed by default; `--qt` is kept for old callers.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
           libfreetype-dev libfontconfig-dev libpng-dev zlib1g-dev fonts-liberation2
           libboost-dev  # Boost.Geometry R-tree: the board's spatial index (headers only)
           gerbv   # the reference viewer the artwork renderer is compared with
-          clang libclang-rt-14-dev)  # libFuzzer, for the bounded fuzz runs of ./test.sh
+          clang libclang-rt-14-dev  # libFuzzer, for the bounded fuzz runs of ./test.sh
+          qt6-base-dev xvfb xdotool)  # the Qt editor and its end-to-end test in a real X server
 for arg in "$@"; do
   case "$arg" in
     --bench) packages+=(libcairo2-dev) ;;
-    --qt) packages+=(qt6-base-dev) ;;
+    --qt) ;;
     --windows) packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine64 xvfb
                           xauth) ;;
     *) echo "setup: unknown option $arg (use --bench, --qt, --windows)" >&2; exit 2 ;;

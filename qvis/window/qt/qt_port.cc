@@ -9,6 +9,7 @@
 #include <QResizeEvent>
 #include <QWheelEvent>
 #include <algorithm>
+#include <cstring>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/gdi.h"
@@ -86,11 +87,12 @@ void QtWindowPort::Invalidate(bool /*erase*/) {
 void QtWindowPort::RedrawNow() {
   invalid_ = true;
   PaintWindow();
-  repaint();
+  if (!last_repaint_.isEmpty()) repaint(last_repaint_);
 }
 
-void QtWindowPort::FrontChanged(const CRect& area) {
-  update(QRect(area.left, area.top, area.Width(), area.Height()));
+void QtWindowPort::FrontChanged(const CRect& /*area*/) {
+  // The window presented a frame: only what differs from the last frame is repainted.
+  if (!painting_) ShowChanges();
 }
 
 void QtWindowPort::PaintWindow() {
@@ -99,6 +101,7 @@ void QtWindowPort::PaintWindow() {
   invalid_ = false;
   wnd_->WindowProc(WM_PAINT, 0, 0);
   painting_ = false;
+  ShowChanges();
 }
 
 void QtWindowPort::paintEvent(QPaintEvent* /*event*/) {
@@ -135,9 +138,47 @@ LRESULT QtWindowPort::Dispatch(UINT message, WPARAM wparam, LPARAM lparam) {
     if (!wnd_->PreTranslateMessage(&msg)) result = wnd_->WindowProc(message, wparam, lparam);
   }
   if (hook_) hook_(message, wparam, true);
-  // Rubber bands are drawn straight into the front buffer: show whatever the message did.
-  update();
+  // Rubber bands are drawn straight into the front buffer: show what the message changed.
+  ShowChanges();
   return result;
+}
+
+void QtWindowPort::ShowChanges() {
+  const gdi::BitmapView v = gdi::BitmapPixels(front_.bitmap());
+  last_repaint_ = QRect();
+  if (v.bits == nullptr || v.width <= 0 || v.height <= 0) return;
+  const std::size_t w = static_cast<std::size_t>(v.width);
+  if (v.width != shown_width_ || v.height != shown_height_) {
+    shown_.assign(w * static_cast<std::size_t>(v.height), 0);
+    shown_width_ = v.width;
+    shown_height_ = v.height;
+    for (int y = 0; y < v.height; ++y) {
+      std::memcpy(&shown_[static_cast<std::size_t>(y) * w], v.Row32(y), w * 4);
+    }
+    last_repaint_ = rect();
+    ++repaint_count_;
+    update();
+    return;
+  }
+  int top = -1, bottom = -1, left = v.width, right = -1;
+  for (int y = 0; y < v.height; ++y) {
+    const std::uint32_t* row = v.Row32(y);
+    std::uint32_t* old = &shown_[static_cast<std::size_t>(y) * w];
+    if (std::memcmp(row, old, w * 4) == 0) continue;
+    if (top < 0) top = y;
+    bottom = y;
+    int x0 = 0;
+    while (x0 < left && row[x0] == old[x0]) ++x0;
+    int x1 = v.width - 1;
+    while (x1 > right && row[x1] == old[x1]) --x1;
+    left = std::min(left, x0);
+    right = std::max(right, x1);
+    std::memcpy(old, row, w * 4);
+  }
+  if (top < 0) return;
+  last_repaint_ = QRect(left, top, right - left + 1, bottom - top + 1);
+  ++repaint_count_;
+  update(last_repaint_);
 }
 
 WPARAM QtWindowPort::MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) const {
@@ -154,9 +195,23 @@ void QtWindowPort::SendMouse(UINT message, QMouseEvent* event) {
   Dispatch(message, MouseFlags(event->buttons(), event->modifiers()), PackPointLParam(p.x(), p.y()));
 }
 
-void QtWindowPort::mouseMoveEvent(QMouseEvent* event) { SendMouse(WM_MOUSEMOVE, event); }
+void QtWindowPort::mouseMoveEvent(QMouseEvent* event) {
+  if (panning_) {
+    const QPoint p = event->position().toPoint();
+    const QPoint d = p - pan_last_;
+    pan_last_ = p;
+    if (pan_handler_ && !d.isNull()) pan_handler_(d.x(), d.y());
+    return;
+  }
+  SendMouse(WM_MOUSEMOVE, event);
+}
 
 void QtWindowPort::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::MiddleButton) {
+    panning_ = true;
+    pan_last_ = event->position().toPoint();
+    return;
+  }
   if (event->button() == Qt::LeftButton) {
     keys_[VK_LBUTTON] = true;
     SendMouse(WM_LBUTTONDOWN, event);
@@ -167,6 +222,10 @@ void QtWindowPort::mousePressEvent(QMouseEvent* event) {
 }
 
 void QtWindowPort::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() == Qt::MiddleButton) {
+    panning_ = false;
+    return;
+  }
   if (event->button() == Qt::LeftButton) {
     keys_[VK_LBUTTON] = false;
     SendMouse(WM_LBUTTONUP, event);
@@ -184,8 +243,10 @@ void QtWindowPort::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void QtWindowPort::wheelEvent(QWheelEvent* event) {
-  const int delta = event->angleDelta().y();
+  int delta = event->angleDelta().y();
   if (delta == 0) return;
+  // The window zooms out for a positive delta; wheel-up zooms in unless the host flips it.
+  if (wheel_up_zooms_in_) delta = -delta;
   const QPoint screen = event->globalPosition().toPoint();
   const WPARAM wparam = PackWheelWParam(MouseFlags(event->buttons(), event->modifiers()),
                                         static_cast<short>(std::clamp(delta, -32768, 32767)));
@@ -193,6 +254,7 @@ void QtWindowPort::wheelEvent(QWheelEvent* event) {
 }
 
 void QtWindowPort::keyPressEvent(QKeyEvent* event) {
+  if (key_filter_ && key_filter_(event)) return;
   const int vk = VirtualKeyFromQt(event->key());
   const bool alt = event->modifiers() & Qt::AltModifier;
   if (vk != 0) {

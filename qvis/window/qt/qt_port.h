@@ -6,7 +6,9 @@
 
 #include <QWidget>
 #include <array>
+#include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "qvis/compat/handles.h"
 #include "qvis/compat/key_state.h"
@@ -34,6 +36,25 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   // it (after = false) and once it has (after = true). A host takes finished figures there.
   using MessageHook = std::function<void(UINT message, WPARAM wparam, bool after)>;
   void SetMessageHook(MessageHook hook) { hook_ = std::move(hook); }
+
+  // Wheel direction: by default wheel-up (a positive angle) zooms in about the cursor; false
+  // gives the window the raw delta, whose positive values zoom out.
+  void SetWheelUpZoomsIn(bool zoom_in) { wheel_up_zooms_in_ = zoom_in; }
+  bool WheelUpZoomsIn() const { return wheel_up_zooms_in_; }
+  // PanHandler receives the live drag of the middle button in pixels since the last call.
+  using PanHandler = std::function<void(int dx, int dy)>;
+  void SetPanHandler(PanHandler handler) { pan_handler_ = std::move(handler); }
+  // KeyFilter sees every key press before the window; returning true consumes it.
+  using KeyFilter = std::function<bool(QKeyEvent* event)>;
+  void SetKeyFilter(KeyFilter filter) { key_filter_ = std::move(filter); }
+
+  // FrontBitmap: the front buffer, what the widget shows.
+  HBITMAP FrontBitmap() const { return front_.bitmap(); }
+
+  // LastRepaint: the widget area the last message asked to repaint (the front-buffer pixels
+  // that changed), empty when nothing changed. RepaintCount counts such requests.
+  QRect LastRepaint() const { return last_repaint_; }
+  long RepaintCount() const { return repaint_count_; }
 
   // Dispatch: runs one message through the bound window as a message loop would
   // (PreTranslateMessage, then WindowProc) and schedules a repaint of the widget.
@@ -73,6 +94,9 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   void PaintWindow();
   WPARAM MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) const;
   void SendMouse(UINT message, QMouseEvent* event);
+  // ShowChanges: compares the front buffer with what the widget last showed and asks Qt to
+  // repaint only the rectangle that differs.
+  void ShowChanges();
 
   CQVIS_Wnd* wnd_ = nullptr;
   FrontBuffer front_;
@@ -82,6 +106,16 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   ParentHandler parent_handler_;
   DefaultHandler default_handler_;
   MessageHook hook_;
+  PanHandler pan_handler_;
+  KeyFilter key_filter_;
+  bool wheel_up_zooms_in_ = true;
+  bool panning_ = false;
+  QPoint pan_last_;
+  std::vector<std::uint32_t> shown_;  // the front buffer as last shown, row after row
+  int shown_width_ = 0;
+  int shown_height_ = 0;
+  QRect last_repaint_;
+  long repaint_count_ = 0;
 };
 
 // VirtualKeyFromQt: the Win32 virtual-key code of a Qt key (letters and digits as their

@@ -1,0 +1,304 @@
+// Tests of the editor window on Qt's offscreen platform: Qt events and the menus' actions in,
+// the board, the status bar and the canvas's pixels out.
+#include <QAction>
+#include <QApplication>
+#include <QImage>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QStandardPaths>
+#include <QWheelEvent>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "apps/qvis-editor/editor_window.h"
+#include "qvis/design/design.h"
+#include "qvis/design/design_objects.h"
+
+namespace {
+
+using qvis::editor::EditorWindow;
+namespace fs = std::filesystem;
+
+void SendMouse(QWidget* w, QEvent::Type type, QPoint p, Qt::MouseButton button,
+               Qt::MouseButtons buttons, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+  QMouseEvent event(type, QPointF(p), QPointF(w->mapToGlobal(p)), button, buttons, mods);
+  QCoreApplication::sendEvent(w, &event);
+}
+
+void Click(QWidget* w, QPoint p) {
+  SendMouse(w, QEvent::MouseMove, p, Qt::NoButton, Qt::NoButton);
+  SendMouse(w, QEvent::MouseButtonPress, p, Qt::LeftButton, Qt::LeftButton);
+  SendMouse(w, QEvent::MouseButtonRelease, p, Qt::LeftButton, Qt::NoButton);
+}
+
+void Drag(QWidget* w, QPoint from, QPoint to) {
+  SendMouse(w, QEvent::MouseMove, from, Qt::NoButton, Qt::NoButton);
+  SendMouse(w, QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
+  SendMouse(w, QEvent::MouseMove, (from + to) / 2, Qt::NoButton, Qt::LeftButton);
+  SendMouse(w, QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
+  SendMouse(w, QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
+}
+
+void Key(QWidget* w, int key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+  QKeyEvent press(QEvent::KeyPress, key, mods);
+  QCoreApplication::sendEvent(w, &press);
+  QKeyEvent release(QEvent::KeyRelease, key, mods);
+  QCoreApplication::sendEvent(w, &release);
+}
+
+std::string Example(const char* name) {
+  return std::string(QVIS_SOURCE_DIR) + "/examples/gerber/" + name;
+}
+
+class EditorTest : public testing::Test {
+ protected:
+  EditorTest() {
+    w_.SetQuiet(true);
+    w_.SetCloseAnswerForTests(1);
+    w_.resize(1000, 700);
+    w_.show();
+    QCoreApplication::processEvents();
+    port_ = w_.port();
+    d_ = w_.design();
+    // A known view: 10 px per mm, the screen's top left at world (0, 0), snap 1 mm.
+    d_->m_pCoords->SetZoom(10.0);
+    d_->m_pCoords->SetScreenViewPosition(0.0, 0.0);
+    w_.SetSnap(1.0);
+    w_.Refresh();
+    QCoreApplication::processEvents();
+  }
+  void Trigger(const char* name) {
+    QAction* a = w_.Action(name);
+    ASSERT_NE(a, nullptr) << name;
+    a->trigger();
+  }
+  std::size_t Objects(int layer = 0) { return w_.board().document().layers[static_cast<std::size_t>(layer)].objects.size(); }
+
+  EditorWindow w_;
+  qvis::QtWindowPort* port_ = nullptr;
+  CQVIS_Design* d_ = nullptr;
+};
+
+TEST_F(EditorTest, TrackEndsAtItsLastClickOnEnterAndIsDrawnOnTheCanvas) {
+  Trigger("track");
+  Click(port_, QPoint(100, 100));
+  Click(port_, QPoint(300, 100));
+  SendMouse(port_, QEvent::MouseMove, QPoint(350, 240), Qt::NoButton, Qt::NoButton);
+  Key(port_, Qt::Key_Return);
+  ASSERT_EQ(Objects(), 1u);
+  // The crosshair follows the mouse; it is moved off the track to look at its pixels.
+  SendMouse(port_, QEvent::MouseMove, QPoint(500, 400), Qt::NoButton, Qt::NoButton);
+  const qvis::ArtObject& t = w_.board().document().layers[0].objects[0];
+  EXPECT_EQ(t.start, (qvis::ArtPoint{10000000, -10000000}));
+  EXPECT_EQ(t.end, (qvis::ArtPoint{30000000, -10000000}));  // not at the cursor
+  // A new track is 0.25 mm wide.
+  EXPECT_EQ(w_.board().document().layers[0].apertures.at(t.aperture).size_x, 250000);
+  port_->RedrawNow();
+  const QImage shown = port_->grab().toImage();
+  const QRgb colour = w_.board().document().layers[0].colour;
+  EXPECT_EQ(shown.pixel(200, 100) & 0xFFFFFF, colour & 0xFFFFFF);
+  EXPECT_NE(shown.pixel(200, 110) & 0xFFFFFF, colour & 0xFFFFFF);
+  EXPECT_NE(shown.pixel(330, 170) & 0xFFFFFF, colour & 0xFFFFFF);
+}
+
+TEST_F(EditorTest, EscLeavesEveryCommandIncludingTheThreePointCircle) {
+  for (const char* tool : {"track", "arc", "circle", "circle3", "rectangle", "polygon", "pad-round",
+                           "pad-square", "pad-obround", "pad-octagon", "zoombox"}) {
+    Trigger(tool);
+    if (std::string(tool) == "circle3") {
+      Click(port_, QPoint(100, 100));  // one point fixed
+      Key(port_, Qt::Key_Escape);       // the step ends
+      EXPECT_EQ(d_->m_pDraw3PCircleCmd->m_nProgress, 0);
+    }
+    Key(port_, Qt::Key_Escape);
+    EXPECT_STREQ(d_->GetCurrentProcInfo().GetString(), "Select Command") << tool;
+    EXPECT_TRUE(d_->m_pSelectCmd->IsActived()) << tool;
+  }
+  EXPECT_EQ(Objects(), 0u);
+}
+
+TEST_F(EditorTest, PadsAndSelectionDragMoveArrowKeysDeleteUndo) {
+  Trigger("pad-round");
+  Click(port_, QPoint(200, 200));
+  Click(port_, QPoint(400, 200));
+  ASSERT_EQ(Objects(), 2u);
+  Key(port_, Qt::Key_Escape);
+  ASSERT_TRUE(d_->m_pSelectCmd->IsActived());
+  // Drag the first pad by 5 mm to the right.
+  Drag(port_, QPoint(200, 200), QPoint(250, 200));
+  ASSERT_EQ(w_.board().selection().size(), 1u);
+  EXPECT_EQ(w_.board().document().layers[0].objects[0].end, (qvis::ArtPoint{25000000, -20000000}));
+  // The arrow keys move it by the snap step (1 mm); board y is up.
+  Key(port_, Qt::Key_Up);
+  EXPECT_EQ(w_.board().document().layers[0].objects[0].end, (qvis::ArtPoint{25000000, -19000000}));
+  // The selection is highlighted on the canvas.
+  port_->RedrawNow();
+  const std::uint32_t colour = w_.board().document().layers[0].colour;
+  SendMouse(port_, QEvent::MouseMove, QPoint(500, 400), Qt::NoButton, Qt::NoButton);
+  // Pads of 1.6 mm with a 0.8 mm hole: the ring is 4 to 8 px from the centre.
+  const QImage shown = port_->grab().toImage();
+  EXPECT_NE(shown.pixel(256, 190) & 0xFFFFFF, colour);
+  EXPECT_NE(shown.pixel(256, 190) & 0xFFFFFF, 0u);
+  EXPECT_EQ(shown.pixel(406, 200) & 0xFFFFFF, colour);  // not selected
+  EXPECT_NE(shown.pixel(400, 200) & 0xFFFFFF, colour);  // the hole shows what is under it
+  Key(port_, Qt::Key_Delete);
+  EXPECT_EQ(Objects(), 1u);
+  Trigger("undo");
+  EXPECT_EQ(Objects(), 2u);
+  Trigger("undo");
+  Trigger("undo");
+  EXPECT_EQ(w_.board().document().layers[0].objects[0].end, (qvis::ArtPoint{20000000, -20000000}));
+  Trigger("redo");
+  EXPECT_EQ(w_.board().document().layers[0].objects[0].end, (qvis::ArtPoint{25000000, -20000000}));
+  // A box round both pads selects both.
+  Drag(port_, QPoint(150, 150), QPoint(450, 250));
+  EXPECT_EQ(w_.board().selection().size(), 2u);
+}
+
+TEST_F(EditorTest, ViewWheelZoomsInAboutTheCursorFitAndAdaptiveGrid) {
+  const QPoint p(300, 200);
+  const double wx = d_->m_pCoords->ScreenXToWorld(p.x());
+  QWheelEvent up(QPointF(p), QPointF(port_->mapToGlobal(p)), QPoint(), QPoint(0, 120), Qt::NoButton,
+                 Qt::NoModifier, Qt::NoScrollPhase, false);
+  QCoreApplication::sendEvent(port_, &up);
+  EXPECT_GT(d_->m_pCoords->m_dZoom, 10.0);
+  EXPECT_NEAR(d_->m_pCoords->ScreenXToWorld(p.x()), wx, 1e-9);
+  // The grid coarsens by powers of ten to stay at least 8 px apart.
+  d_->m_pCoords->SetZoom(10.0);
+  w_.SetBaseGrid(0.1);
+  EXPECT_DOUBLE_EQ(w_.DisplayedGrid(), 1.0);
+  d_->m_pCoords->SetZoom(0.5);
+  EXPECT_DOUBLE_EQ(w_.DisplayedGrid(), 100.0);
+  d_->m_pCoords->SetZoom(200.0);
+  EXPECT_DOUBLE_EQ(w_.DisplayedGrid(), 0.1);
+  // Fit frames the board.
+  ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-Edge_Cuts.gbr"))}));
+  w_.FitView();
+  double x1, y1, x2, y2;
+  ASSERT_TRUE(w_.board().Extent(&x1, &y1, &x2, &y2));
+  const CRect r = port_->GetClientRect();
+  EXPECT_GE(d_->m_pCoords->WorldXToScreen(x1), 0);
+  EXPECT_LE(d_->m_pCoords->WorldXToScreen(x2), r.right);
+  EXPECT_GE(d_->m_pCoords->WorldYToScreen(y1), 0);
+  EXPECT_LE(d_->m_pCoords->WorldYToScreen(y2), r.bottom);
+  EXPECT_GT((d_->m_pCoords->WorldXToScreen(x2) - d_->m_pCoords->WorldXToScreen(x1)) * 1.0 / r.Width() +
+                (d_->m_pCoords->WorldYToScreen(y2) - d_->m_pCoords->WorldYToScreen(y1)) * 1.0 / r.Height(),
+            0.9);
+  // Middle drag pans live: the world point under the press follows the mouse.
+  const double before = d_->m_pCoords->ScreenXToWorld(100);
+  SendMouse(port_, QEvent::MouseButtonPress, QPoint(100, 100), Qt::MiddleButton, Qt::MiddleButton);
+  SendMouse(port_, QEvent::MouseMove, QPoint(160, 100), Qt::NoButton, Qt::MiddleButton);
+  EXPECT_NEAR(d_->m_pCoords->ScreenXToWorld(160), before, 1e-9);
+  SendMouse(port_, QEvent::MouseButtonRelease, QPoint(160, 100), Qt::MiddleButton, Qt::NoButton);
+}
+
+TEST_F(EditorTest, ZoomBoxReturnsToThePreviousTool) {
+  Trigger("track");
+  Trigger("zoombox");
+  EXPECT_TRUE(d_->m_pZoomMgr->IsActived());
+  Drag(port_, QPoint(100, 100), QPoint(300, 250));
+  EXPECT_GT(d_->m_pCoords->m_dZoom, 10.0);
+  EXPECT_TRUE(d_->m_pDrawLineCmd->IsActived());
+}
+
+TEST_F(EditorTest, StatusBarShowsTheSnappedPositionInTheChosenUnitAndThePrompt) {
+  Trigger("track");
+  SendMouse(port_, QEvent::MouseMove, QPoint(254, 101), Qt::NoButton, Qt::NoButton);
+  EXPECT_TRUE(w_.StatusText().contains("X 25.000 mm")) << w_.StatusText().toStdString();
+  EXPECT_TRUE(w_.StatusText().contains("Y -10.000 mm")) << w_.StatusText().toStdString();
+  EXPECT_TRUE(w_.StatusText().contains(QString(d_->GetCurrentProcInfo().GetString())));
+  Trigger("unit-mil");
+  EXPECT_TRUE(w_.StatusText().contains("X 984.3 mil")) << w_.StatusText().toStdString();
+  Trigger("unit-inch");
+  EXPECT_TRUE(w_.StatusText().contains("X 0.9843 in"));
+  Trigger("unit-um");
+  EXPECT_TRUE(w_.StatusText().contains("X 25000 µm"));
+  Trigger("unit-cm");
+  EXPECT_TRUE(w_.StatusText().contains("X 2.5000 cm"));
+  // The crosshair sits on the snapped point: the cursor is drawn at world (25, 10).
+  EXPECT_EQ(d_->m_nMouseScreenX, 250);
+  EXPECT_EQ(d_->m_nMouseScreenY, 100);
+}
+
+TEST_F(EditorTest, MeasureGivesDistanceAndAngle) {
+  Trigger("measure");
+  Click(port_, QPoint(100, 100));
+  Click(port_, QPoint(130, 60));
+  EXPECT_TRUE(w_.Measurement().contains("distance 5.000 mm")) << w_.Measurement().toStdString();
+  EXPECT_TRUE(w_.Measurement().contains("dy 4.000 mm"));
+  EXPECT_TRUE(w_.Measurement().contains("angle 53.13"));
+}
+
+TEST_F(EditorTest, FilesOpenSaveExportAndErrorsLeaveTheBoard) {
+  const fs::path dir = fs::temp_directory_path() / ("qvis_editor_test_" + std::to_string(::getpid()));
+  fs::create_directories(dir);
+  ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr")),
+                            QString::fromStdString(Example("board.drl"))}));
+  EXPECT_EQ(w_.board().document().layers.size(), 2u);
+  EXPECT_TRUE(w_.RecentFiles().first().contains("board-F_Cu.gbr"));
+  const qvis::ArtDocument before = w_.board().document();
+  std::ofstream(dir / "broken.drl") << "M48\nMETRIC\nT1C0.8\n%\nT9\nX1Y1\n";
+  EXPECT_FALSE(w_.OpenFiles({QString::fromStdString((dir / "broken.drl").string())}));
+  EXPECT_TRUE(w_.Error().contains("broken.drl")) << w_.Error().toStdString();
+  EXPECT_EQ(w_.board().document(), before);
+
+  const QString saved = QString::fromStdString((dir / "b.qvb").string());
+  ASSERT_TRUE(w_.SaveAs(saved));
+  EXPECT_FALSE(w_.SaveAs(QString::fromStdString((dir / "none" / "x.qvb").string())));
+  EXPECT_TRUE(w_.Error().contains("old file is unchanged"));
+  ASSERT_TRUE(w_.OpenFiles({saved}));
+  EXPECT_EQ(w_.board().document().layers[0].objects, before.layers[0].objects);
+  EXPECT_TRUE(w_.ExportGerberLayer(0, QString::fromStdString((dir / "l.gbr").string())));
+  EXPECT_TRUE(w_.ExportPng(QString::fromStdString((dir / "v.png").string())));
+  EXPECT_TRUE(w_.ExportSvg(QString::fromStdString((dir / "v.svg").string())));
+  QImage png(QString::fromStdString((dir / "v.png").string()));
+  EXPECT_EQ(png.size(), port_->size());
+  EXPECT_GT(fs::file_size(dir / "v.svg"), 1000u);
+  // Unsaved changes: "cancel" keeps the window open, "discard" lets it close.
+  Trigger("pad-round");
+  Click(port_, QPoint(300, 300));
+  EXPECT_TRUE(w_.board().modified());
+  w_.SetCloseAnswerForTests(2);
+  EXPECT_FALSE(w_.MaybeKeepChanges());
+  w_.SetCloseAnswerForTests(1);
+  EXPECT_TRUE(w_.MaybeKeepChanges());
+  fs::remove_all(dir);
+}
+
+// Every action of the menus that needs no dialog runs, and the board stays consistent.
+TEST_F(EditorTest, EveryMenuActionRuns) {
+  const std::set<std::string> dialogs = {"open", "add-layers", "save", "save-as", "export-gerber",
+                                         "export-png", "export-svg", "quit"};
+  Trigger("pad-round");
+  Click(port_, QPoint(200, 200));
+  Key(port_, Qt::Key_Escape);
+  Trigger("select-all");
+  EXPECT_EQ(w_.board().selection().size(), 1u);
+  Trigger("copy");
+  Trigger("paste");
+  EXPECT_EQ(Objects(), 2u);
+  int ran = 0;
+  for (const std::string& name : w_.ActionNames()) {
+    if (dialogs.count(name) != 0) continue;
+    Trigger(name.c_str());
+    Key(port_, Qt::Key_Escape);
+    ++ran;
+  }
+  EXPECT_GT(ran, 25);
+  EXPECT_TRUE(w_.Action("wheel-direction")->isChecked() == !port_->WheelUpZoomsIn());
+  Trigger("wheel-direction");  // back as it was
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  QStandardPaths::setTestModeEnabled(true);
+  QApplication app(argc, argv);
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}

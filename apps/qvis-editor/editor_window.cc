@@ -1,0 +1,1031 @@
+#include "apps/qvis-editor/editor_window.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QBuffer>
+#include <QCloseEvent>
+#include <QColorDialog>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QDoubleSpinBox>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPushButton>
+#include <QSettings>
+#include <QSpinBox>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "qvis/artwork/render.h"
+#include "qvis/compat/atomic_file.h"
+#include "qvis/compat/exceptions.h"
+#include "qvis/compat/win32_names.h"
+#include "qvis/coords/unit_mgr.h"
+#include "qvis/design/design.h"
+#include "qvis/design/design_objects.h"
+#include "qvis/design/render_buffer.h"
+#include "qvis/gdi/gdi.h"
+
+namespace qvis::editor {
+namespace {
+
+template <class Cmd>
+void StartCommand(CQVIS_Design* d, Cmd* cmd) {
+  if (cmd->IsActived()) return;
+  d->AllDeactiveCmd();
+  cmd->Active();
+}
+
+std::uint32_t Blend(std::uint32_t under, std::uint32_t over, int percent) {
+  if (percent >= 100) return over;
+  auto ch = [&](int shift) {
+    const int a = static_cast<int>((under >> shift) & 0xFF);
+    const int b = static_cast<int>((over >> shift) & 0xFF);
+    return static_cast<std::uint32_t>((a * (100 - percent) + b * percent) / 100) << shift;
+  };
+  return ch(16) | ch(8) | ch(0);
+}
+
+// ToolIcon: the tool bar's icons, drawn here (24 px, dark strokes on transparent) so the
+// editor needs no icon theme or image plugin.
+QIcon ToolIcon(const QString& name) {
+  QPixmap pm(24, 24);
+  pm.fill(Qt::transparent);
+  QPainter p(&pm);
+  p.setRenderHint(QPainter::Antialiasing);
+  const QColor ink(40, 40, 40);
+  const QColor copper(200, 60, 50);
+  p.setPen(QPen(ink, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  p.setBrush(Qt::NoBrush);
+  if (name == "select") {
+    const QPointF arrow[] = {{5, 3}, {5, 19}, {9, 15}, {12, 21}, {14, 20}, {11, 14}, {17, 14}};
+    p.setBrush(Qt::white);
+    p.drawPolygon(arrow, 7);
+  } else if (name == "track") {
+    p.setPen(QPen(copper, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const QPointF line[] = {{3, 19}, {10, 19}, {18, 8}, {21, 8}};
+    p.drawPolyline(line, 4);
+  } else if (name == "arc") {
+    p.setPen(QPen(copper, 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawArc(QRectF(4, 6, 16, 16), 0, 180 * 16);
+  } else if (name == "circle" || name == "circle3") {
+    p.setPen(QPen(copper, 2.5));
+    p.drawEllipse(QRectF(4, 4, 16, 16));
+    if (name == "circle3") {
+      p.setPen(Qt::NoPen);
+      p.setBrush(ink);
+      for (QPointF c : {QPointF(12, 4), QPointF(4, 12), QPointF(20, 12)}) p.drawEllipse(c, 2, 2);
+    }
+  } else if (name == "rectangle") {
+    p.setPen(QPen(copper, 2.5));
+    p.drawRect(QRectF(4, 6, 16, 12));
+  } else if (name == "polygon") {
+    p.setPen(QPen(copper, 2.5));
+    const QPointF poly[] = {{4, 18}, {8, 5}, {19, 8}, {20, 19}};
+    p.drawPolygon(poly, 4);
+  } else if (name.startsWith("pad-")) {
+    p.setPen(Qt::NoPen);
+    p.setBrush(copper);
+    QPainterPath pad;
+    if (name == "pad-round") pad.addEllipse(QRectF(3, 3, 18, 18));
+    if (name == "pad-square") pad.addRect(QRectF(3, 3, 18, 18));
+    if (name == "pad-obround") pad.addRoundedRect(QRectF(2, 6, 20, 12), 6, 6);
+    if (name == "pad-octagon") {
+      QPolygonF oct;
+      for (int i = 0; i < 8; ++i) {
+        const double a = (22.5 + 45.0 * i) * M_PI / 180.0;
+        oct << QPointF(12 + 10 * std::cos(a), 12 + 10 * std::sin(a));
+      }
+      pad.addPolygon(oct);
+      pad.closeSubpath();
+    }
+    QPainterPath hole;
+    hole.addEllipse(QPointF(12, 12), 3.5, 3.5);
+    p.drawPath(pad.subtracted(hole));
+  } else if (name == "measure") {
+    p.drawLine(QPointF(3, 18), QPointF(21, 6));
+    p.drawLine(QPointF(3, 14), QPointF(3, 21));
+    p.drawLine(QPointF(21, 3), QPointF(21, 10));
+  } else if (name == "undo" || name == "redo") {
+    if (name == "redo") {
+      p.translate(24, 0);
+      p.scale(-1, 1);
+    }
+    p.drawArc(QRectF(5, 6, 14, 12), -90 * 16, 240 * 16);
+    const QPointF head[] = {{4, 6}, {9, 5}, {7, 10}};
+    p.setBrush(ink);
+    p.drawPolygon(head, 3);
+  } else if (name == "delete") {
+    p.setPen(QPen(QColor(190, 30, 30), 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(6, 6), QPointF(18, 18));
+    p.drawLine(QPointF(18, 6), QPointF(6, 18));
+  } else if (name == "fit") {
+    p.drawRect(QRectF(7, 7, 10, 10));
+    for (QPointF c : {QPointF(3, 3), QPointF(21, 3), QPointF(3, 21), QPointF(21, 21)}) {
+      p.drawLine(c, QPointF(c.x() < 12 ? c.x() + 4 : c.x() - 4, c.y()));
+      p.drawLine(c, QPointF(c.x(), c.y() < 12 ? c.y() + 4 : c.y() - 4));
+    }
+  } else if (name.startsWith("zoom")) {
+    p.drawEllipse(QRectF(3, 3, 13, 13));
+    p.setPen(QPen(ink, 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(15, 15), QPointF(21, 21));
+    p.setPen(QPen(ink, 1.5));
+    if (name == "zoom-in" || name == "zoom-out") p.drawLine(QPointF(6.5, 9.5), QPointF(12.5, 9.5));
+    if (name == "zoom-in") p.drawLine(QPointF(9.5, 6.5), QPointF(9.5, 12.5));
+    if (name == "zoom-box") p.drawRect(QRectF(6.5, 6.5, 6, 6));
+  } else if (name == "open" || name == "save") {
+    p.drawRect(QRectF(4, 4, 16, 16));
+    if (name == "save") p.drawRect(QRectF(8, 4, 8, 6));
+    if (name == "open") p.drawLine(QPointF(4, 9), QPointF(20, 9));
+  }
+  return QIcon(pm);
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Canvas.
+
+bool Canvas::DrawingCommandActive() {
+  CQVIS_Design* d = GetDesign();
+  return d->m_pDrawLineCmd->IsActived() || d->m_pDrawCircleCmd->IsActived() ||
+         d->m_pDraw3PCircleCmd->IsActived() || d->m_pDrawArcCmd->IsActived() ||
+         d->m_pDrawRectCmd->IsActived() || d->m_pDrawPolygonCmd->IsActived() ||
+         d->m_pDrawFlashCircleCmd->IsActived() || d->m_pDrawFlashRectCmd->IsActived() ||
+         d->m_pDrawFlashObroundCmd->IsActived() || d->m_pDrawFlashPolygonCmd->IsActived();
+}
+
+void Canvas::OnMouseMove(UINT nFlags, CPoint point) {
+  // While a figure is placed the crosshair sits on the point the figure will get.
+  CQVIS_Coords* c = GetDesign()->m_pCoords;
+  if (DrawingCommandActive()) {
+    point = CPoint(c->WorldXToScreen(c->ScreenXToWorldSnap(point.x)),
+                   c->WorldYToScreen(c->ScreenYToWorldSnap(point.y)));
+  }
+  CQVIS_Wnd::OnMouseMove(nFlags, point);
+}
+
+void Canvas::OnDrawHost(CQVIS_GDI* /*surface*/, qvis::HDC dc) {
+  CQVIS_Design* d = GetDesign();
+  const gdi::BitmapView back = gdi::BitmapPixels(d->m_pRenderBuffer->GetBitmap());
+  if (back.bits == nullptr || back.width <= 0 || back.height <= 0) return;
+  CQVIS_Coords* c = d->m_pCoords;
+  const double zoom = c->m_dZoom;
+  // Major grid lines every `major_every` grid spacings, dim, under the artwork.
+  const double grid = c->m_dGridX;
+  if (d->m_pGridSnapMgr->GetShowGrid() && grid > 0 && major_every > 1) {
+    const double major = grid * major_every;
+    if (major * zoom >= 4.0) {
+      const HPEN pen = gdi::CreatePen(PS_SOLID, 1, 0x404040);
+      const HGDIOBJ old = gdi::SelectObject(dc, pen);
+      const double x0 = std::floor(c->ScreenXToWorld(0) / major) * major;
+      for (double x = x0; c->WorldXToScreen(x) < back.width; x += major) {
+        const int sx = c->WorldXToScreen(x);
+        gdi::MoveToEx(dc, sx, 0, nullptr);
+        gdi::LineTo(dc, sx, back.height);
+      }
+      const double y0 = std::floor(c->ScreenYToWorld(0) / major) * major;
+      for (double y = y0; c->WorldYToScreen(y) < back.height; y += major) {
+        const int sy = c->WorldYToScreen(y);
+        gdi::MoveToEx(dc, 0, sy, nullptr);
+        gdi::LineTo(dc, back.width, sy);
+      }
+      gdi::SelectObject(dc, old);
+      gdi::DeleteObject(pen);
+    }
+  }
+  const ArtDocument& doc = board_->document();
+  MaskCache& m = cache_;
+  if (m.zoom != zoom || m.x != c->m_dViewX || m.y != c->m_dViewY || m.width != back.width ||
+      m.height != back.height || m.revision != board_->revision() ||
+      m.masks.size() != doc.layers.size()) {
+    ArtView view;
+    view.dpi = zoom * 25.4;
+    view.width = back.width;
+    view.height = back.height;
+    // The board's y is up: the screen's top row is world y = viewY, board y = -viewY.
+    view.origin_x = static_cast<Coord>(std::llround(c->m_dViewX * 1e6));
+    view.origin_y = static_cast<Coord>(std::llround((-c->m_dViewY - back.height / zoom) * 1e6));
+    m.masks.assign(doc.layers.size(), {});
+    for (std::size_t i = 0; i < doc.layers.size(); ++i) {
+      if (doc.layers[i].visible) m.masks[i] = RenderLayerMask(doc.layers[i], view);
+    }
+    m.selection = board_->selection().empty()
+                      ? std::vector<std::uint8_t>{}
+                      : RenderLayerMask(board_->SelectionLayer(highlight), view);
+    m.zoom = zoom;
+    m.x = c->m_dViewX;
+    m.y = c->m_dViewY;
+    m.width = back.width;
+    m.height = back.height;
+    m.revision = board_->revision();
+  }
+  std::vector<std::size_t> order;
+  for (std::size_t i = 0; i < doc.layers.size(); ++i) {
+    if (doc.layers[i].visible && !m.masks[i].empty()) order.push_back(i);
+  }
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    return doc.layers[a].order < doc.layers[b].order;
+  });
+  const std::size_t w = static_cast<std::size_t>(back.width);
+  auto lay = [&](const std::vector<std::uint8_t>& mask, std::uint32_t colour, int percent) {
+    for (int y = 0; y < back.height; ++y) {
+      std::uint32_t* row = back.Row32(y);
+      const std::uint8_t* mrow = &mask[static_cast<std::size_t>(y) * w];
+      for (std::size_t x = 0; x < w; ++x) {
+        if (mrow[x]) row[x] = Blend(row[x], colour, percent);
+      }
+    }
+  };
+  for (std::size_t i : order) {
+    lay(m.masks[i], doc.layers[i].colour & 0xFFFFFFu, board_->opacity(static_cast<int>(i)));
+  }
+  if (!m.selection.empty()) lay(m.selection, highlight, 60);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The main window.
+
+EditorWindow::EditorWindow() {
+  setWindowTitle("qvis editor");
+  setAcceptDrops(true);
+  port_ = new QtWindowPort;
+  setCentralWidget(port_);
+  resize(1100, 760);
+  collector_ = std::make_unique<session::FigureCollector>(canvas_.GetDesign(), &staging_);
+  port_->SetMessageHook([this](UINT message, WPARAM wparam, bool after) {
+    if (after) {
+      After(message, wparam);
+    } else {
+      Before(message, wparam, 0);
+    }
+  });
+  port_->SetParentHandler(
+      [this](UINT message, WPARAM wparam, LPARAM lparam) { return OnParentNotify(message, wparam, lparam); });
+  port_->SetKeyFilter([this](QKeyEvent* e) { return OnKey(e); });
+  port_->SetPanHandler([this](int dx, int dy) {
+    CQVIS_Coords* c = design()->m_pCoords;
+    c->SetScreenViewPosition(c->m_dViewX - dx / c->m_dZoom, c->m_dViewY - dy / c->m_dZoom);
+    port_->RedrawNow();
+    UpdateStatus();
+  });
+  QSettings settings("qvis", "qvis-editor");
+  recent_ = settings.value("recent").toStringList();
+  port_->SetWheelUpZoomsIn(!settings.value("wheel_inverted", false).toBool());
+  canvas_.Create(port_);
+  ApplyDefaults();
+  BuildActions();
+  BuildPanels();
+  position_label_ = new QLabel;
+  zoom_label_ = new QLabel;
+  grid_label_ = new QLabel;
+  prompt_label_ = new QLabel;
+  statusBar()->addWidget(prompt_label_, 1);
+  statusBar()->addPermanentWidget(position_label_);
+  statusBar()->addPermanentWidget(zoom_label_);
+  statusBar()->addPermanentWidget(grid_label_);
+  UpdateGrid();
+  Refresh();
+}
+
+EditorWindow::~EditorWindow() = default;
+
+void EditorWindow::ApplyDefaults() {
+  CQVIS_Design* d = design();
+  CQVIS_Coords* c = d->m_pCoords;
+  c->SetCurrentUnit(UNIT_MM);
+  c->SetSnap(snap_);
+  c->SetZoom(20.0);
+  c->SetScreenViewPosition(-5.0, -30.0);
+  d->m_pGridSnapMgr->SetShowSnap(0);
+  d->m_pDrawLineCmd->SetWidth(track_width_, true);
+  d->m_pDrawCircleCmd->SetWidth(0.25);
+  d->m_pDraw3PCircleCmd->SetWidth(0.25);
+  d->m_pDrawArcCmd->SetWidth(0.25);
+  d->m_pDrawFlashCircleCmd->SetDiameter(1.6);
+  d->m_pDrawFlashCircleCmd->SetHoleSize(0.8, 0.0);
+  d->m_pDrawFlashRectCmd->SetSquare(1.6);
+  d->m_pDrawFlashRectCmd->SetHoleSize(0.8, 0.0);
+  d->m_pDrawFlashObroundCmd->SetWidth(2.4);
+  d->m_pDrawFlashObroundCmd->SetHeight(1.4);
+  d->m_pDrawFlashObroundCmd->SetHoleSize(0.8, 0.0);
+  d->m_pDrawFlashPolygonCmd->SetDiameter(2.0);
+  d->m_pDrawFlashPolygonCmd->SetSideCount(8);
+  d->m_pDrawFlashPolygonCmd->SetHoleSize(0.8, 0.0);
+}
+
+QAction* EditorWindow::AddAction(const std::string& name, const QString& text, const QString& icon,
+                                 const QKeySequence& key, std::function<void()> run) {
+  QAction* a = new QAction(text, this);
+  if (!icon.isEmpty()) a->setIcon(ToolIcon(icon));
+  if (!key.isEmpty()) {
+    a->setShortcut(key);
+    a->setToolTip(text + " (" + key.toString(QKeySequence::NativeText) + ")");
+  } else {
+    a->setToolTip(text);
+  }
+  connect(a, &QAction::triggered, this, [this, run] {
+    run();
+    Refresh();
+    port_->setFocus();
+  });
+  actions_[name] = a;
+  action_order_.push_back(name);
+  return a;
+}
+
+QAction* EditorWindow::Action(const std::string& name) const {
+  const auto it = actions_.find(name);
+  return it == actions_.end() ? nullptr : it->second;
+}
+
+std::vector<std::string> EditorWindow::ActionNames() const { return action_order_; }
+
+void EditorWindow::StartTool(std::string name) {
+  CQVIS_Design* d = design();
+  if (name != "zoombox" && name != tool_) previous_tool_ = tool_;
+  if (name == "zoombox") previous_tool_ = tool_;
+  measuring_ = false;
+  tool_ = name;
+  if (name == "select" || name == "measure") {
+    canvas_.OnEditSelect();
+    if (name == "measure") measurement_ = "Measure: click the first point";
+  } else if (name == "track") {
+    canvas_.OnDrawLine();
+    d->m_pDrawLineCmd->SetWidth(track_width_, true);
+  } else if (name == "arc") {
+    canvas_.OnDrawArc();
+    d->m_pDrawArcCmd->SetWidth(track_width_);
+  } else if (name == "circle") {
+    StartCommand(d, d->m_pDrawCircleCmd);
+  } else if (name == "circle3") {
+    StartCommand(d, d->m_pDraw3PCircleCmd);
+  } else if (name == "rectangle") {
+    canvas_.OnDrawRectangle();
+  } else if (name == "polygon") {
+    canvas_.OnDrawPolygon();
+  } else if (name == "pad-round") {
+    StartCommand(d, d->m_pDrawFlashCircleCmd);
+  } else if (name == "pad-square") {
+    StartCommand(d, d->m_pDrawFlashRectCmd);
+  } else if (name == "pad-obround") {
+    StartCommand(d, d->m_pDrawFlashObroundCmd);
+  } else if (name == "pad-octagon") {
+    StartCommand(d, d->m_pDrawFlashPolygonCmd);
+  } else if (name == "zoombox") {
+    canvas_.OnZoomZoombox();
+  }
+  port_->Invalidate(true);
+  UpdateProperties();
+}
+
+void EditorWindow::BuildActions() {
+  QMenu* file = menuBar()->addMenu("&File");
+  QMenu* edit = menuBar()->addMenu("&Edit");
+  QMenu* view = menuBar()->addMenu("&View");
+  QMenu* place = menuBar()->addMenu("&Place");
+  QToolBar* tools = addToolBar("Tools");
+  tools->setObjectName("tools");
+
+  file->addAction(AddAction("open", "Open…", "open", QKeySequence::Open, [this] {
+    const QStringList paths = QFileDialog::getOpenFileNames(
+        this, "Open Gerber, Excellon or board files", QString(),
+        "Artwork (*.qvb *.gbr *.ger *.gtl *.gbl *.gto *.gbo *.gts *.gbs *.gko *.gm1 *.drl *.xln *.txt);;All files (*)");
+    if (!paths.isEmpty()) OpenFiles(paths);
+  }));
+  QMenu* recent_menu = file->addMenu("Open &Recent");
+  connect(recent_menu, &QMenu::aboutToShow, this, [this, recent_menu] {
+    recent_menu->clear();
+    for (const QString& r : recent_) {
+      recent_menu->addAction(r, this, [this, r] { OpenFiles(r.split('\n')); });
+    }
+  });
+  file->addAction(AddAction("add-layers", "Add Files as Layers…", "", QKeySequence(), [this] {
+    const QStringList paths = QFileDialog::getOpenFileNames(this, "Add Gerber or Excellon layers");
+    std::vector<std::string> list;
+    for (const QString& p : paths) list.push_back(p.toStdString());
+    std::string error;
+    if (!list.empty() && !board_.AddFiles(list, &error)) ShowError(QString::fromStdString(error));
+  }));
+  file->addAction(AddAction("save", "Save", "save", QKeySequence::Save, [this] {
+    QString path = QString::fromStdString(board_.path());
+    if (path.isEmpty()) path = QFileDialog::getSaveFileName(this, "Save the board", "board.qvb", "qvis board (*.qvb)");
+    if (!path.isEmpty()) SaveAs(path);
+  }));
+  file->addAction(AddAction("save-as", "Save As…", "", QKeySequence::SaveAs, [this] {
+    const QString path = QFileDialog::getSaveFileName(this, "Save the board as", "board.qvb", "qvis board (*.qvb)");
+    if (!path.isEmpty()) SaveAs(path);
+  }));
+  file->addSeparator();
+  file->addAction(AddAction("export-gerber", "Export Gerber (Active Layer)…", "", QKeySequence(), [this] {
+    const QString path = QFileDialog::getSaveFileName(this, "Export the active layer as Gerber", "layer.gbr");
+    if (!path.isEmpty()) ExportGerberLayer(board_.active_layer(), path);
+  }));
+  file->addAction(AddAction("export-png", "Export View as PNG…", "", QKeySequence(), [this] {
+    const QString path = QFileDialog::getSaveFileName(this, "Export the view", "view.png", "PNG (*.png)");
+    if (!path.isEmpty()) ExportPng(path);
+  }));
+  file->addAction(AddAction("export-svg", "Export Board as SVG…", "", QKeySequence(), [this] {
+    const QString path = QFileDialog::getSaveFileName(this, "Export as SVG", "board.svg", "SVG (*.svg)");
+    if (!path.isEmpty()) ExportSvg(path);
+  }));
+  file->addSeparator();
+  file->addAction(AddAction("quit", "Quit", "", QKeySequence::Quit, [this] { close(); }));
+
+  edit->addAction(AddAction("undo", "Undo", "undo", QKeySequence::Undo, [this] { board_.Undo(); }));
+  edit->addAction(AddAction("redo", "Redo", "redo", QKeySequence::Redo, [this] { board_.Redo(); }));
+  edit->addSeparator();
+  edit->addAction(AddAction("delete", "Delete", "delete", QKeySequence::Delete, [this] { board_.DeleteSelection(); }));
+  edit->addAction(AddAction("copy", "Copy", "", QKeySequence::Copy, [this] { board_.Copy(); }));
+  edit->addAction(AddAction("paste", "Paste", "", QKeySequence::Paste, [this] {
+    board_.Paste(10 * snap_, 10 * snap_);
+  }));
+  edit->addAction(AddAction("select-all", "Select All", "", QKeySequence::SelectAll, [this] { board_.SelectAll(); }));
+
+  view->addAction(AddAction("fit", "Fit Board", "fit", QKeySequence("Alt+1"), [this] { FitView(); }));
+  view->addAction(AddAction("zoom-in", "Zoom In", "zoom-in", QKeySequence(), [this] { canvas_.OnZoomZoomin(); }));
+  view->addAction(AddAction("zoom-out", "Zoom Out", "zoom-out", QKeySequence(), [this] { canvas_.OnZoomZoomout(); }));
+  view->addAction(AddAction("zoombox", "Zoom Box", "zoom-box", QKeySequence("Z"), [this] { StartTool("zoombox"); }));
+  QMenu* units = view->addMenu("Units");
+  const std::pair<const char*, DisplayUnit> unit_list[] = {
+      {"mm", DisplayUnit::kMm}, {"inch", DisplayUnit::kInch}, {"mil", DisplayUnit::kMil},
+      {"cm", DisplayUnit::kCm}, {"µm", DisplayUnit::kMicron}};
+  for (const auto& [label, unit] : unit_list) {
+    const DisplayUnit u = unit;
+    units->addAction(AddAction(std::string("unit-") + (u == DisplayUnit::kMicron ? "um" : label),
+                               label, "", QKeySequence(), [this, u] { SetDisplayUnit(u); }));
+  }
+  view->addAction(AddAction("wheel-direction", "Wheel Up Zooms Out", "", QKeySequence(), [this] {
+    port_->SetWheelUpZoomsIn(!port_->WheelUpZoomsIn());
+    QSettings("qvis", "qvis-editor").setValue("wheel_inverted", !port_->WheelUpZoomsIn());
+  }));
+  actions_["wheel-direction"]->setCheckable(true);
+  actions_["wheel-direction"]->setChecked(!port_->WheelUpZoomsIn());
+  view->addAction(AddAction("grid-finer", "Finer Grid", "", QKeySequence("G"), [this] { SetBaseGrid(base_grid_ / 10.0); }));
+  view->addAction(AddAction("grid-coarser", "Coarser Grid", "", QKeySequence("Shift+G"), [this] { SetBaseGrid(base_grid_ * 10.0); }));
+
+  struct Tool {
+    const char* name;
+    const char* text;
+    const char* icon;
+    const char* key;
+  };
+  static const Tool kTools[] = {
+      {"select", "Select", "select", "S"},           {"track", "Track", "track", "T"},
+      {"arc", "Arc", "arc", "A"},                    {"circle", "Circle", "circle", "C"},
+      {"circle3", "Circle Through 3 Points", "circle3", "Shift+C"},
+      {"rectangle", "Rectangle", "rectangle", "R"},  {"polygon", "Polygon", "polygon", "Shift+P"},
+      {"pad-round", "Round Pad", "pad-round", "P"},  {"pad-square", "Square Pad", "pad-square", "Shift+Q"},
+      {"pad-obround", "Obround Pad", "pad-obround", "O"},
+      {"pad-octagon", "Octagon Pad", "pad-octagon", "Shift+O"},
+      {"measure", "Measure", "measure", "M"},
+  };
+  for (const Tool& t : kTools) {
+    const std::string name = t.name;
+    QAction* a = AddAction(name, t.text, t.icon, QKeySequence(t.key), [this, name] { StartTool(name); });
+    place->addAction(a);
+    tools->addAction(a);
+  }
+  tools->addSeparator();
+  for (const char* n : {"undo", "redo", "delete", "fit", "zoom-in", "zoom-out", "zoombox"}) {
+    tools->addAction(actions_[n]);
+  }
+  // Single-letter shortcuts act only while the canvas has the focus, so typing in a panel's
+  // field never starts a tool.
+  for (auto& [name, a] : actions_) {
+    if (a->shortcut().count() == 1 && a->shortcut()[0].keyboardModifiers() == Qt::NoModifier) {
+      a->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+      port_->addAction(a);
+    }
+  }
+}
+
+void EditorWindow::BuildPanels() {
+  auto* layers_dock = new QDockWidget("Layers", this);
+  layers_dock->setObjectName("layers");
+  auto* lw = new QWidget;
+  auto* lv = new QVBoxLayout(lw);
+  layers_ = new QListWidget;
+  lv->addWidget(layers_);
+  auto* buttons = new QHBoxLayout;
+  auto add_button = [&](const QString& text, std::function<void()> run) {
+    auto* b = new QPushButton(text);
+    b->setToolTip(text);
+    connect(b, &QPushButton::clicked, this, [this, run] {
+      run();
+      Refresh();
+    });
+    buttons->addWidget(b);
+  };
+  add_button("Up", [this] { board_.MoveLayer(board_.active_layer(), 1); });
+  add_button("Down", [this] { board_.MoveLayer(board_.active_layer(), -1); });
+  add_button("Colour…", [this] {
+    const Layer& l = board_.document().layers[static_cast<std::size_t>(board_.active_layer())];
+    const QColor c = QColorDialog::getColor(QColor(QRgb(l.colour)), this, "Layer colour");
+    if (c.isValid()) board_.SetLayerColour(board_.active_layer(), c.rgb() & 0xFFFFFFu);
+  });
+  add_button("New", [this] { board_.SetActiveLayer(board_.AddLayer("Layer " + std::to_string(board_.document().layers.size() + 1))); });
+  lv->addLayout(buttons);
+  auto* opacity = new QSpinBox;
+  opacity->setRange(0, 100);
+  opacity->setSuffix(" %");
+  opacity->setObjectName("opacity");
+  lv->addWidget(new QLabel("Opacity of the active layer"));
+  lv->addWidget(opacity);
+  connect(opacity, &QSpinBox::valueChanged, this, [this](int v) {
+    if (updating_panels_ || v == board_.opacity(board_.active_layer())) return;
+    board_.SetOpacity(board_.active_layer(), v);
+    Refresh();
+  });
+  layers_dock->setWidget(lw);
+  addDockWidget(Qt::RightDockWidgetArea, layers_dock);
+  connect(layers_, &QListWidget::currentRowChanged, this, [this](int row) {
+    if (updating_panels_ || row < 0) return;
+    board_.SetActiveLayer(row);
+    Refresh();
+  });
+  connect(layers_, &QListWidget::itemChanged, this, [this](QListWidgetItem* item) {
+    if (updating_panels_) return;
+    const int row = layers_->row(item);
+    board_.SetLayerVisible(row, item->checkState() == Qt::Checked);
+    Refresh();
+  });
+
+  auto* props_dock = new QDockWidget("Properties", this);
+  props_dock->setObjectName("properties");
+  auto* pw = new QWidget;
+  auto* form = new QFormLayout(pw);
+  width_box_ = new QDoubleSpinBox;
+  width_box_->setDecimals(3);
+  width_box_->setRange(0.0, 50.0);
+  width_box_->setSingleStep(0.05);
+  width_box_->setSuffix(" mm");
+  form->addRow("Width", width_box_);
+  layer_box_ = new QComboBox;
+  form->addRow("Layer", layer_box_);
+  selection_label_ = new QLabel;
+  form->addRow(selection_label_);
+  props_dock->setWidget(pw);
+  addDockWidget(Qt::RightDockWidgetArea, props_dock);
+  connect(width_box_, &QDoubleSpinBox::valueChanged, this, [this](double v) {
+    if (updating_panels_) return;
+    if (!board_.selection().empty()) {
+      board_.SetSelectionWidth(v);
+    } else {
+      // The rubber band of the running command takes the new width at once.
+      track_width_ = v;
+      design()->m_pDrawLineCmd->SetWidth(v, true);
+      design()->m_pDrawArcCmd->SetWidth(v);
+      design()->m_pDrawCircleCmd->SetWidth(v);
+      design()->m_pDraw3PCircleCmd->SetWidth(v);
+    }
+    Refresh();
+  });
+  connect(layer_box_, &QComboBox::currentIndexChanged, this, [this](int i) {
+    if (updating_panels_ || i < 0) return;
+    if (!board_.selection().empty()) {
+      board_.MoveSelectionToLayer(i);
+    } else {
+      board_.SetActiveLayer(i);
+    }
+    Refresh();
+  });
+}
+
+void EditorWindow::Refresh() {
+  port_->Invalidate(true);
+  UpdateLayers();
+  UpdateProperties();
+  UpdateStatus();
+  setWindowModified(board_.modified());
+  const QString name = board_.path().empty() ? "untitled" : QFileInfo(QString::fromStdString(board_.path())).fileName();
+  setWindowTitle(name + "[*] — qvis editor");
+  if (QAction* a = Action("undo")) a->setEnabled(board_.CanUndo());
+  if (QAction* a = Action("redo")) a->setEnabled(board_.CanRedo());
+}
+
+void EditorWindow::UpdateLayers() {
+  if (layers_ == nullptr) return;
+  updating_panels_ = true;
+  const auto& layers = board_.document().layers;
+  layers_->clear();
+  layer_box_->clear();
+  for (std::size_t i = 0; i < layers.size(); ++i) {
+    const Layer& l = layers[i];
+    auto* item = new QListWidgetItem(QString::fromStdString(l.name) +
+                                     QString("  (order %1, %2 objects)").arg(l.order).arg(l.objects.size()));
+    item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+    item->setCheckState(l.visible ? Qt::Checked : Qt::Unchecked);
+    QPixmap swatch(12, 12);
+    swatch.fill(QColor(QRgb(l.colour)));
+    item->setIcon(QIcon(swatch));
+    layers_->addItem(item);
+    layer_box_->addItem(QString::fromStdString(l.name));
+  }
+  layers_->setCurrentRow(board_.active_layer());
+  layer_box_->setCurrentIndex(board_.active_layer());
+  if (auto* op = findChild<QSpinBox*>("opacity")) op->setValue(board_.opacity(board_.active_layer()));
+  updating_panels_ = false;
+}
+
+void EditorWindow::UpdateProperties() {
+  if (width_box_ == nullptr) return;
+  updating_panels_ = true;
+  const auto& sel = board_.selection();
+  if (sel.empty()) {
+    width_box_->setValue(track_width_);
+    selection_label_->setText(QString("Tool: %1").arg(QString::fromStdString(tool_)));
+  } else {
+    const ArtObject* o = board_.Object(sel.front());
+    const Layer& l = board_.document().layers[static_cast<std::size_t>(sel.front().layer)];
+    if (o != nullptr) {
+      const auto a = l.apertures.find(o->aperture);
+      if (a != l.apertures.end()) width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
+    }
+    selection_label_->setText(QString("%1 selected").arg(sel.size()));
+  }
+  updating_panels_ = false;
+}
+
+double EditorWindow::DisplayedGrid() const {
+  const double zoom = canvas_.m_pDesign->m_pCoords->m_dZoom;
+  double g = base_grid_;
+  for (int i = 0; i < 30 && g * zoom < kMinGridPixels; ++i) g *= 10.0;
+  return g;
+}
+
+void EditorWindow::SetBaseGrid(double mm) {
+  if (!(mm > 0.0)) return;
+  base_grid_ = mm;
+  UpdateGrid();
+}
+
+void EditorWindow::SetSnap(double mm) {
+  if (!(mm > 0.0)) return;
+  snap_ = mm;
+  design()->m_pCoords->SetSnap(mm);
+  UpdateStatus();
+}
+
+void EditorWindow::UpdateGrid() {
+  const double g = DisplayedGrid();
+  CQVIS_Coords* c = design()->m_pCoords;
+  if (c->m_dGridX != g) {
+    c->SetGrid(g);
+    port_->Invalidate(true);
+  }
+  last_zoom_ = c->m_dZoom;
+}
+
+QString EditorWindow::FormatLength(double mm) const {
+  int unit = UNIT_MM;
+  const char* name = "mm";
+  int decimals = 3;
+  switch (unit_) {
+    case DisplayUnit::kMm: break;
+    case DisplayUnit::kInch: unit = UNIT_INCH; name = "in"; decimals = 4; break;
+    case DisplayUnit::kMil: unit = UNIT_MIL; name = "mil"; decimals = 1; break;
+    case DisplayUnit::kCm: unit = UNIT_CM; name = "cm"; decimals = 4; break;
+    case DisplayUnit::kMicron: unit = UNIT_MICRO; name = "µm"; decimals = 0; break;
+  }
+  return QString("%1 %2").arg(CQVIS_UnitMgr::Change(UNIT_MM, unit, mm), 0, 'f', decimals).arg(name);
+}
+
+void EditorWindow::SetDisplayUnit(DisplayUnit unit) {
+  unit_ = unit;
+  UpdateStatus();
+}
+
+QString EditorWindow::StatusText() const {
+  return prompt_label_->text() + " | " + position_label_->text() + " | " + zoom_label_->text() +
+         " | " + grid_label_->text();
+}
+
+void EditorWindow::UpdateStatus() {
+  if (position_label_ == nullptr) return;
+  CQVIS_Design* d = canvas_.m_pDesign;
+  CQVIS_Coords* c = d->m_pCoords;
+  const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
+  const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+  // Board coordinates: y up.
+  position_label_->setText(QString("X %1  Y %2").arg(FormatLength(x), FormatLength(-y)));
+  zoom_label_->setText(QString("Zoom %1 px/mm").arg(c->m_dZoom, 0, 'g', 4));
+  grid_label_->setText(QString("Grid %1  Snap %2").arg(FormatLength(c->m_dGridX), FormatLength(c->m_dSnapX)));
+  QString prompt = d->GetCurrentProcInfo().GetString();
+  if (tool_ == "measure") prompt = measurement_;
+  prompt_label_->setText(prompt);
+}
+
+void EditorWindow::FitView() {
+  double x1, y1, x2, y2;
+  const CRect r = port_->GetClientRect();
+  CQVIS_Coords* c = design()->m_pCoords;
+  if (!board_.Extent(&x1, &y1, &x2, &y2) || r.Width() <= 0 || r.Height() <= 0) return;
+  const double w = std::max(x2 - x1, 1e-3);
+  const double h = std::max(y2 - y1, 1e-3);
+  const double zoom = std::min(r.Width() / w, r.Height() / h) * 0.92;
+  c->SetZoom(zoom);
+  c->SetScreenViewPosition((x1 + x2) / 2 - r.Width() / 2.0 / zoom, (y1 + y2) / 2 - r.Height() / 2.0 / zoom);
+  UpdateGrid();
+  port_->Invalidate(true);
+  UpdateStatus();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Messages around the window.
+
+bool EditorWindow::OnKey(QKeyEvent* e) {
+  CQVIS_Design* d = design();
+  // Alt+1 fits the board (the window's own Alt+1 asks the design, which keeps no board).
+  if (e->key() == Qt::Key_1 && (e->modifiers() & Qt::AltModifier)) {
+    FitView();
+    return true;
+  }
+  // Enter ends a track at its last click: the rubber band is first brought back there, so
+  // the leg the command adds at the cursor has no length.
+  if ((e->key() == Qt::Key_Return || e->key() == Qt::Key_Enter) && d->m_pDrawLineCmd->IsActived() &&
+      d->m_pDrawLineCmd->m_nProgress > 0) {
+    CQVIS_Coords* c = d->m_pCoords;
+    const int sx = c->WorldXToScreen(d->m_pDrawLineCmd->m_dAnchorX);
+    const int sy = c->WorldYToScreen(d->m_pDrawLineCmd->m_dAnchorY);
+    port_->Dispatch(WM_MOUSEMOVE, 0, qvis::PackPointLParam(sx, sy));
+  }
+  // Arrow keys move the selection by one snap step.
+  if (tool_ == "select" && !board_.selection().empty()) {
+    double dx = 0, dy = 0;
+    if (e->key() == Qt::Key_Left) dx = -snap_;
+    if (e->key() == Qt::Key_Right) dx = snap_;
+    if (e->key() == Qt::Key_Up) dy = -snap_;
+    if (e->key() == Qt::Key_Down) dy = snap_;
+    if (dx != 0 || dy != 0) {
+      board_.MoveSelection(dx, dy);
+      Refresh();
+      return true;
+    }
+  }
+  if (e->key() == Qt::Key_Delete && tool_ == "select") {
+    board_.DeleteSelection();
+    Refresh();
+    return true;
+  }
+  return false;
+}
+
+void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
+  collector_->Before(message, wparam);
+  CQVIS_Design* d = design();
+  busy_before_ = (d->m_pDrawLineCmd->IsActived() && d->m_pDrawLineCmd->m_nProgress > 0) ||
+                 (d->m_pDrawPolygonCmd->IsActived() && d->m_pDrawPolygonCmd->m_nProgress > 0) ||
+                 d->m_pDrawCircleCmd->IsBusy() || d->m_pDraw3PCircleCmd->IsBusy() ||
+                 d->m_pDrawArcCmd->IsBusy() || d->m_pDrawRectCmd->IsBusy();
+  if (message == WM_LBUTTONDOWN && tool_ == "select") {
+    const double wx = d->m_dMouseWorldX;
+    const double wy = d->m_dMouseWorldY;
+    const double tol = 4.0 / d->m_pCoords->m_dZoom;
+    ObjectRef hit;
+    if (board_.HitTest(wx, wy, tol, &hit)) {
+      // A press on an object picks it (Shift adds) and starts dragging it; the select
+      // command's box stays out of the way until the button is released.
+      const auto& sel = board_.selection();
+      if (std::find(sel.begin(), sel.end(), hit) == sel.end()) {
+        board_.SelectAt(wx, wy, tol, (wparam & MK_SHIFT) != 0);
+      }
+      dragging_ = true;
+      press_x_ = d->m_pCoords->ScreenXToWorldSnap(d->m_nMouseScreenX);
+      press_y_ = d->m_pCoords->ScreenYToWorldSnap(d->m_nMouseScreenY);
+      d->m_pSelectCmd->Deactive();
+      port_->Invalidate(true);
+    }
+  }
+}
+
+void EditorWindow::After(UINT message, WPARAM wparam) {
+  CQVIS_Design* d = design();
+  if (collector_->After(message, wparam)) TakeFigures();
+  if (message == WM_MOUSEMOVE) UpdateStatus();
+  if (esc_pending_) {
+    esc_pending_ = false;
+    // Esc ends the step in progress; with none, it leaves the command for selection. The
+    // three-point circle keeps its points through the library's Esc: restarted, it drops them.
+    const std::string tool = tool_;
+    if (busy_before_ && tool != "select") {
+      d->AllDeactiveCmd();
+      StartTool(tool);
+    } else {
+      d->AllDeactiveCmd();
+      board_.ClearSelection();
+      StartTool("select");
+    }
+    Refresh();
+  }
+  if (message == WM_LBUTTONUP) {
+    CQVIS_Coords* c = d->m_pCoords;
+    if (dragging_) {
+      dragging_ = false;
+      const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
+      const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+      board_.MoveSelection(x - press_x_, y - press_y_);
+      d->m_pSelectCmd->Active();
+      Refresh();
+    } else if (tool_ == "select" && d->m_pSelectCmd->IsActived()) {
+      CQVIS_DrawSelectCmd* s = d->m_pSelectCmd;
+      const bool add = (wparam & MK_SHIFT) != 0;
+      if (s->m_dX1 == s->m_dX2 && s->m_dY1 == s->m_dY2) {
+        board_.SelectAt(s->m_dX1, s->m_dY1, 4.0 / c->m_dZoom, add);
+      } else {
+        board_.SelectBox(s->m_dX1, s->m_dY1, s->m_dX2, s->m_dY2, add);
+      }
+      Refresh();
+    } else if (tool_ == "measure") {
+      const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
+      const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+      if (!measuring_) {
+        measuring_ = true;
+        measure_x_ = x;
+        measure_y_ = y;
+        measurement_ = "Measure: click the second point";
+      } else {
+        measuring_ = false;
+        const double dx = x - measure_x_;
+        const double dy = -(y - measure_y_);  // board y is up
+        const double angle = std::atan2(dy, dx) * 180.0 / M_PI;
+        measurement_ = QString("dx %1  dy %2  distance %3  angle %4°")
+                           .arg(FormatLength(dx), FormatLength(dy), FormatLength(std::hypot(dx, dy)))
+                           .arg(angle, 0, 'f', 2);
+      }
+      UpdateStatus();
+    } else if (tool_ == "zoombox" && d->m_pZoomMgr->m_nDragState == 0) {
+      // The box is done: back to the tool in use before it.
+      StartTool(previous_tool_);
+    }
+  }
+  if (d->m_pCoords->m_dZoom != last_zoom_) {
+    UpdateGrid();
+    UpdateStatus();
+  }
+}
+
+LRESULT EditorWindow::OnParentNotify(UINT, WPARAM, LPARAM) {
+  // The window tells us of Esc and Enter alike; Esc is the one still held.
+  if (port_->KeyState(VK_ESCAPE) & 0x8000) esc_pending_ = true;
+  UpdateStatus();
+  return 0;
+}
+
+void EditorWindow::TakeFigures() {
+  for (const session::Figure& f : staging_.figures()) board_.AddFigure(f);
+  staging_.Clear();
+  Refresh();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Files.
+
+void EditorWindow::ShowError(const QString& text) {
+  error_ = text;
+  if (!quiet_) QMessageBox::warning(this, "qvis editor", text);
+}
+
+void EditorWindow::AddRecent(const QStringList& paths) {
+  const QString entry = paths.join('\n');
+  recent_.removeAll(entry);
+  recent_.prepend(entry);
+  while (recent_.size() > 10) recent_.removeLast();
+  QSettings("qvis", "qvis-editor").setValue("recent", recent_);
+}
+
+bool EditorWindow::OpenFiles(const QStringList& paths) {
+  if (paths.isEmpty()) return false;
+  if (!MaybeKeepChanges()) return false;
+  std::string error;
+  bool ok;
+  if (paths.size() == 1 && paths[0].endsWith(".qvb")) {
+    Board::View view;
+    ok = board_.Load(paths[0].toStdString(), &view, &error);
+    if (ok && view.zoom > 0) {
+      design()->m_pCoords->SetZoom(view.zoom);
+      design()->m_pCoords->SetScreenViewPosition(view.x, view.y);
+      UpdateGrid();
+    } else if (ok) {
+      FitView();
+    }
+  } else {
+    std::vector<std::string> list;
+    for (const QString& p : paths) list.push_back(p.toStdString());
+    ok = board_.OpenFiles(list, &error);
+    if (ok) FitView();
+  }
+  if (!ok) {
+    ShowError(QString::fromStdString(error));
+    return false;
+  }
+  error_.clear();
+  AddRecent(paths);
+  Refresh();
+  return true;
+}
+
+bool EditorWindow::SaveAs(const QString& path) {
+  CQVIS_Coords* c = design()->m_pCoords;
+  std::string error;
+  if (!board_.Save(path.toStdString(), {c->m_dZoom, c->m_dViewX, c->m_dViewY}, &error)) {
+    ShowError("The board was not saved (the old file is unchanged): " + QString::fromStdString(error));
+    return false;
+  }
+  Refresh();
+  return true;
+}
+
+bool EditorWindow::ExportGerberLayer(int layer, const QString& path) {
+  std::string error;
+  if (!board_.ExportGerber(layer, path.toStdString(), &error)) {
+    ShowError("Export failed: " + QString::fromStdString(error));
+    return false;
+  }
+  return true;
+}
+
+bool EditorWindow::ExportPng(const QString& path) {
+  port_->RedrawNow();
+  QByteArray png;
+  QBuffer buffer(&png);
+  if (!buffer.open(QIODevice::WriteOnly) || !port_->grab().save(&buffer, "PNG")) {
+    ShowError("Export failed: the view could not be encoded as PNG");
+    return false;
+  }
+  try {
+    WriteFileAtomically(path.toStdString(), png.constData(), static_cast<std::size_t>(png.size()));
+  } catch (const CException& e) {
+    ShowError(QString("Export failed: ") + e.what());
+    return false;
+  }
+  return true;
+}
+
+bool EditorWindow::ExportSvg(const QString& path) {
+  const std::string svg = board_.SvgOfVisibleLayers();
+  try {
+    WriteFileAtomically(path.toStdString(), svg.data(), svg.size());
+  } catch (const CException& e) {
+    ShowError(QString("Export failed: ") + e.what());
+    return false;
+  }
+  return true;
+}
+
+bool EditorWindow::MaybeKeepChanges() {
+  if (!board_.modified()) return true;
+  int answer = close_answer_;
+  if (answer < 0) {
+    const auto b = QMessageBox::question(this, "qvis editor", "The board has unsaved changes. Save them?",
+                                         QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+    answer = b == QMessageBox::Save ? 0 : b == QMessageBox::Discard ? 1 : 2;
+  }
+  if (answer == 0) {
+    QString path = QString::fromStdString(board_.path());
+    if (path.isEmpty()) path = QFileDialog::getSaveFileName(this, "Save the board", "board.qvb");
+    return !path.isEmpty() && SaveAs(path);
+  }
+  return answer == 1;
+}
+
+void EditorWindow::closeEvent(QCloseEvent* event) {
+  if (MaybeKeepChanges()) {
+    event->accept();
+  } else {
+    event->ignore();
+  }
+}
+
+void EditorWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void EditorWindow::dropEvent(QDropEvent* event) {
+  QStringList paths;
+  for (const QUrl& u : event->mimeData()->urls()) {
+    if (u.isLocalFile()) paths << u.toLocalFile();
+  }
+  if (!paths.isEmpty()) OpenFiles(paths);
+  event->acceptProposedAction();
+}
+
+}  // namespace qvis::editor

@@ -1,0 +1,172 @@
+// qvis::editor::EditorWindow: the editor's main window: the canvas (a drawing window on the Qt
+// port that paints the board through its host hook), menus and a tool bar for every command,
+// the status bar, and the layers and properties panels. Tests drive it on Qt's offscreen
+// platform through the same actions the menus hold.
+#ifndef APPS_QVIS_EDITOR_EDITOR_WINDOW_H_
+#define APPS_QVIS_EDITOR_EDITOR_WINDOW_H_
+
+#include <QMainWindow>
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/qvis-editor/board.h"
+#include "apps/qvis-session/host_document.h"
+#include "qvis/window/drawing_window.h"
+#include "qvis/window/qt/qt_port.h"
+
+class QAction;
+class QDoubleSpinBox;
+class QLabel;
+class QListWidget;
+class QComboBox;
+class QSpinBox;
+
+namespace qvis::editor {
+
+// Canvas: the drawing window with the board painted in its host hook (each visible layer in
+// its colour and opacity, the selection highlighted, major grid lines), and the crosshair on
+// the snapped point while a drawing command runs.
+class Canvas : public CQVIS_Wnd {
+ public:
+  explicit Canvas(Board* board) : board_(board) {}
+  void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override;
+  void OnMouseMove(UINT nFlags, CPoint point) override;
+  // DrawingCommandActive: a command that places figures is running (the crosshair snaps).
+  bool DrawingCommandActive();
+  // The pixels between major grid lines are `major_every` minor spacings.
+  int major_every = 10;
+  std::uint32_t highlight = 0xFFFFFF;
+
+ private:
+  Board* board_;
+  // Layer masks of the last view, kept while neither the view nor the board changes.
+  struct MaskCache {
+    double zoom = 0, x = 0, y = 0;
+    int width = 0, height = 0;
+    std::uint64_t revision = 0;
+    std::vector<std::vector<std::uint8_t>> masks;
+    std::vector<std::uint8_t> selection;
+  } cache_;
+};
+
+enum class DisplayUnit { kMm, kInch, kMil, kCm, kMicron };
+
+class EditorWindow : public QMainWindow {
+ public:
+  EditorWindow();
+  ~EditorWindow() override;
+
+  Board& board() { return board_; }
+  Canvas& canvas() { return canvas_; }
+  QtWindowPort* port() { return port_; }
+  CQVIS_Design* design() { return canvas_.GetDesign(); }
+
+  // Files. Each returns false (and leaves the board as it was) when it fails; `Error` has
+  // the message, which is also shown unless messages are quiet (tests, --snapshot).
+  bool OpenFiles(const QStringList& paths);
+  bool SaveAs(const QString& path);
+  bool ExportGerberLayer(int layer, const QString& path);
+  bool ExportPng(const QString& path);
+  bool ExportSvg(const QString& path);
+  const QString& Error() const { return error_; }
+  void SetQuiet(bool quiet) { quiet_ = quiet; }
+  QStringList RecentFiles() const { return recent_; }
+
+  // View.
+  void FitView();
+  void SetDisplayUnit(DisplayUnit unit);
+  DisplayUnit display_unit() const { return unit_; }
+  // FormatLength: a world length in the display unit, with the unit's name.
+  QString FormatLength(double mm) const;
+  QString StatusText() const;  // position, zoom, grid and snap, prompt, as shown
+  // The world spacing of the grid as drawn, for the zoom now (the base spacing coarsened by
+  // powers of ten until it is at least kMinGridPixels apart).
+  double DisplayedGrid() const;
+  static constexpr double kMinGridPixels = 8.0;
+  void SetBaseGrid(double mm);
+  void SetSnap(double mm);
+
+  // The tool bar's and menus' actions by name ("track", "pad-round", "undo", "fit", ...).
+  QAction* Action(const std::string& name) const;
+  std::vector<std::string> ActionNames() const;
+  // Measure: the last measurement's text (dx, dy, distance, angle).
+  const QString& Measurement() const { return measurement_; }
+  // True when the window may close (no unsaved changes, or the user said so).
+  bool MaybeKeepChanges();
+  // Tests answer the unsaved-changes question: 0 save, 1 discard, 2 cancel.
+  void SetCloseAnswerForTests(int answer) { close_answer_ = answer; }
+
+  // Refresh: repaint the canvas and update the status bar and panels after a change.
+  void Refresh();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  void BuildActions();
+  void BuildPanels();
+  // StartTool takes the name by value: it may be previous_tool_, which it changes.
+  void StartTool(std::string name);
+  void ApplyDefaults();
+  void UpdateStatus();
+  void UpdateLayers();
+  void UpdateProperties();
+  void UpdateGrid();
+  void Before(UINT message, WPARAM wparam, LPARAM lparam);
+  void After(UINT message, WPARAM wparam);
+  LRESULT OnParentNotify(UINT message, WPARAM wparam, LPARAM lparam);
+  bool OnKey(QKeyEvent* event);
+  void ShowError(const QString& text);
+  void AddRecent(const QStringList& paths);
+  void TakeFigures();
+  QAction* AddAction(const std::string& name, const QString& text, const QString& icon,
+                     const QKeySequence& key, std::function<void()> run);
+
+  Board board_;
+  QtWindowPort* port_ = nullptr;
+  Canvas canvas_{&board_};
+  session::HostDocument staging_;  // figures the commands finished, before they join the board
+  std::unique_ptr<session::FigureCollector> collector_;
+  std::map<std::string, QAction*> actions_;
+  std::vector<std::string> action_order_;
+  QLabel* position_label_ = nullptr;
+  QLabel* zoom_label_ = nullptr;
+  QLabel* grid_label_ = nullptr;
+  QLabel* prompt_label_ = nullptr;
+  QListWidget* layers_ = nullptr;
+  QDoubleSpinBox* width_box_ = nullptr;
+  QComboBox* layer_box_ = nullptr;
+  QLabel* selection_label_ = nullptr;
+  bool updating_panels_ = false;
+  DisplayUnit unit_ = DisplayUnit::kMm;
+  double base_grid_ = 1.0;
+  double snap_ = 0.25;
+  double track_width_ = 0.25;
+  double last_zoom_ = 0.0;
+  std::string tool_ = "select";
+  std::string previous_tool_ = "select";
+  bool esc_pending_ = false;
+  bool busy_before_ = false;
+  // Select tool: a press on a selected object drags it; elsewhere the library's select
+  // command draws the box.
+  bool dragging_ = false;
+  double drag_x_ = 0, drag_y_ = 0, press_x_ = 0, press_y_ = 0;
+  bool measuring_ = false;
+  double measure_x_ = 0, measure_y_ = 0;
+  QString measurement_;
+  QString error_;
+  bool quiet_ = false;
+  int close_answer_ = -1;
+  QStringList recent_;
+};
+
+}  // namespace qvis::editor
+
+#endif  // APPS_QVIS_EDITOR_EDITOR_WINDOW_H_

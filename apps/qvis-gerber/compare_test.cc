@@ -316,6 +316,21 @@ TEST(GerberCompareTest, CommandLineRendersTheFramingItIsGiven) {
   EXPECT_EQ(img.At(19, 10), 0xFF0000u);
   EXPECT_EQ(img.At(20, 10), 0x00FF00u);
   EXPECT_EQ(img.At(0, 9), 0x00FF00u);
+  // Several files are layers in order: the second, in the first of the extra layer colours,
+  // over the first; a clear object of the second uncovers the first, not the background.
+  const std::string over = dir + "/over.gbr";
+  std::ofstream(over) << "%FSLAX26Y26*%\n%MOIN*%\n%ADD10R,0.05X0.05*%\nD10*\nX1050000Y2050000D03*\n"
+                         "%LPC*%\n%ADD11R,0.02X0.02*%\nD11*\nX1050000Y2050000D03*\nM02*\n";
+  ASSERT_EQ(RunGerberCli({"render", path, over, "-o", png, "--dpi", "200", "--origin", "1,2",
+                          "--size", "40x30"},
+                         out, err),
+            0)
+      << err.str();
+  ASSERT_TRUE(gdi::ReadPngImage(png, &img));
+  EXPECT_EQ(img.At(0, 29), 0x000000u);   // first layer only
+  EXPECT_EQ(img.At(6, 23), 0xC83232u);   // second layer over the first
+  EXPECT_EQ(img.At(10, 20), 0x000000u);  // the second layer's clear centre shows the first
+  EXPECT_EQ(img.At(25, 5), 0xFFFFFFu);   // background
   std::ostringstream info;
   ASSERT_EQ(RunGerberCli({"info", path}, info, err), 0);
   EXPECT_NE(info.str().find("1 flashes"), std::string::npos) << info.str();

@@ -1,6 +1,6 @@
 // The board text format: a whole board (layers, apertures and macros, every object with its
 // polarity and transform, attributes, and the view) as line-oriented text that diffs well.
-// README.md beside this file describes it.
+// board_format.md beside this file describes it.
 #ifndef QVIS_ARTWORK_IO_BOARD_FORMAT_H_
 #define QVIS_ARTWORK_IO_BOARD_FORMAT_H_
 

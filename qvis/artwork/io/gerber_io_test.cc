@@ -2,6 +2,7 @@
 // through the writer.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 #include "qvis/artwork/artwork_test_util.h"
@@ -252,6 +253,16 @@ TEST(GerberReaderTest, ImageCommandsDrawTheTurnedImage) {
   EXPECT_TRUE(HasWarning(r, "geometric mean"));
   EXPECT_EQ(layer.objects[0].end, (ArtPoint{kIn * 4 / 10, kIn / 5}));
   EXPECT_DOUBLE_EQ(layer.objects[0].transform.scale, 2.0);
+  // With the axes swapped as well the aperture is still a similarity: no stretch, no shear.
+  ASSERT_TRUE(Read("%FSLAX26Y26*%\n%MOIN*%\n%ASAYBX*%\n%SFA4B1*%\n%IR90*%\n%ADD10R,0.1X0.2*%\n"
+                   "D10*\nX100000Y200000D03*\nM02*\n",
+                   &layer)
+                  .ok);
+  EXPECT_EQ(layer.objects[0].end, (ArtPoint{-kIn / 10, kIn * 8 / 10}));
+  const Affine t = Affine::FromTransform(layer.objects[0].transform);
+  EXPECT_NEAR(t.Scale(), 2.0, 1e-9);
+  EXPECT_NEAR(t.a * t.c + t.b * t.d, 0.0, 1e-9);  // columns orthogonal
+  EXPECT_NEAR(std::hypot(t.a, t.b), 2.0, 1e-9);
   // Bad values are errors naming what was expected.
   EXPECT_NE(Read("%FSLAX26Y26*%\n%MOIN*%\n%IR45*%\nM02*\n").error.text.find("0, 90, 180"),
             std::string::npos);

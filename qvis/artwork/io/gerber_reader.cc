@@ -697,7 +697,10 @@ class GerberParser {
     lin.tx = lin.ty = 0;
     if (image_.scale_a != image_.scale_b) {
       // A non-uniform scale cannot be carried by an aperture: scale it by the mean.
-      const double fa = 1.0 / image_.scale_a, fb = 1.0 / image_.scale_b;
+      // The image is L = IR SF MI AS; undoing SF first needs its factors in the file's axes,
+      // which AS exchanges.
+      double fa = 1.0 / image_.scale_a, fb = 1.0 / image_.scale_b;
+      if (image_.swap) std::swap(fa, fb);
       const double g = std::sqrt(image_.scale_a * image_.scale_b);
       lin = lin.Then(Affine{fa * g, 0, 0, fb * g, 0, 0});
     }

@@ -529,6 +529,16 @@ BOOL BitBlt(HDC dst, int x, int y, int width, int height, HDC src, int sx, int s
     // Plain colour copy: whole rows at once. Rows go bottom-up when copying downwards within
     // one bitmap so that no source row is overwritten before it is read.
     const std::size_t bytes = static_cast<std::size_t>(box.right - box.left) * 4;
+    const BitmapData& db = *dst->bitmap;
+    if (&sb != &db && dx == 0 && box.left == 0 && box.right == db.width && sb.stride == db.stride &&
+        db.stride == static_cast<std::ptrdiff_t>(bytes)) {
+      // Whole rows of two bitmaps of one layout (a frame presented to the window): one block.
+      // A copy this long lets the C library stream it past the cache, which a row at a time
+      // does not.
+      std::memcpy(db.Row32(box.top), sb.Row32(static_cast<int>(box.top + dy)),
+                  bytes * static_cast<std::size_t>(box.bottom - box.top));
+      return TRUE;
+    }
     const bool upward = src->bitmap == dst->bitmap && dy < 0;
     for (int i = 0; i < box.bottom - box.top; ++i) {
       const int y = upward ? box.bottom - 1 - i : box.top + i;

@@ -400,6 +400,40 @@ TEST(GdiBlitTest, ColoursBecomeBitsOnMonochromeBitmapsByTheirOwnRules) {
   DeleteObject(mono);
 }
 
+// A whole-frame copy between two bitmaps of one size takes the block path: every pixel arrives,
+// including the tail of an odd-sized frame and a copy shifted by whole rows.
+TEST(GdiBlitTest, WholeFrameCopyBetweenBitmapsIsExact) {
+  for (const int w : {1, 17, 333}) {
+    const int h = 7;
+    HDC a = CreateCompatibleDC(nullptr);
+    HDC b = CreateCompatibleDC(nullptr);
+    HBITMAP ba = CreateBitmap32(w, h);
+    HBITMAP bb = CreateBitmap32(w, h);
+    SelectObject(a, ba);
+    SelectObject(b, bb);
+    std::mt19937 rng(static_cast<unsigned>(w));
+    const BitmapView va = BitmapPixels(ba), vb = BitmapPixels(bb);
+    for (int y = 0; y < h; ++y) {
+      for (int x = 0; x < w; ++x) {
+        va.Row32(y)[x] = rng() & 0xFFFFFFu;
+        vb.Row32(y)[x] = 0x123456;
+      }
+    }
+    ASSERT_TRUE(BitBlt(b, 0, 0, w, h, a, 0, 0, SRCCOPY));
+    for (int y = 0; y < h; ++y) {
+      ASSERT_EQ(std::memcmp(va.Row32(y), vb.Row32(y), static_cast<std::size_t>(w) * 4), 0) << w;
+    }
+    ASSERT_TRUE(BitBlt(b, 0, 2, w, h, a, 0, 0, SRCCOPY));  // rows 0..4 land on rows 2..6
+    for (int y = 2; y < h; ++y) {
+      ASSERT_EQ(std::memcmp(va.Row32(y - 2), vb.Row32(y), static_cast<std::size_t>(w) * 4), 0);
+    }
+    DeleteDC(a);
+    DeleteDC(b);
+    DeleteObject(ba);
+    DeleteObject(bb);
+  }
+}
+
 TEST(GdiBlitTest, OverlappingCopyWithinOneBitmapReadsTheOriginal) {
   Canvas c(6, 6);
   for (int y = 0; y < 6; ++y) {

@@ -4,6 +4,10 @@
 #include <climits>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "qvis/compat/int_math.h"
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
@@ -507,6 +511,42 @@ int FillRect(HDC dc, const CRect* rect, HBRUSH brush) {
   return 1;
 }
 
+namespace {
+
+// CopyFrameBlock copies a frame-sized block between two bitmaps (never overlapping) with
+// streaming stores: the destination is overwritten whole, so fetching its old contents into the
+// cache first, as ordinary stores do, is wasted memory traffic (about an eighth of the time of a
+// 1920x1080 present, measured).
+void CopyFrameBlock(void* dst, const void* src, std::size_t bytes) {
+#if defined(__SSE2__)
+  auto* d = static_cast<std::uint8_t*>(dst);
+  const auto* s = static_cast<const std::uint8_t*>(src);
+  std::size_t i = 0;
+  // Streaming stores want 16-byte aligned destinations: copy up to the first one plainly.
+  const std::size_t head = (16 - (reinterpret_cast<std::uintptr_t>(d) & 15u)) & 15u;
+  if (head > 0) {
+    std::memcpy(d, s, std::min(head, bytes));
+    i = std::min(head, bytes);
+  }
+  for (; i + 64 <= bytes; i += 64) {
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + 16));
+    const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + 32));
+    const __m128i e = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + 48));
+    _mm_stream_si128(reinterpret_cast<__m128i*>(d + i), a);
+    _mm_stream_si128(reinterpret_cast<__m128i*>(d + i + 16), b);
+    _mm_stream_si128(reinterpret_cast<__m128i*>(d + i + 32), c);
+    _mm_stream_si128(reinterpret_cast<__m128i*>(d + i + 48), e);
+  }
+  _mm_sfence();
+  if (i < bytes) std::memcpy(d + i, s + i, bytes - i);
+#else
+  std::memcpy(dst, src, bytes);
+#endif
+}
+
+}  // namespace
+
 BOOL BitBlt(HDC dst, int x, int y, int width, int height, HDC src, int sx, int sy, DWORD rop) {
   const unsigned rop3 = (rop >> 16) & 0xFFu;
   if (dst == nullptr) return FALSE;
@@ -529,6 +569,14 @@ BOOL BitBlt(HDC dst, int x, int y, int width, int height, HDC src, int sx, int s
     // Plain colour copy: whole rows at once. Rows go bottom-up when copying downwards within
     // one bitmap so that no source row is overwritten before it is read.
     const std::size_t bytes = static_cast<std::size_t>(box.right - box.left) * 4;
+    const BitmapData& db = *dst->bitmap;
+    if (&sb != &db && dx == 0 && box.left == 0 && box.right == db.width && sb.stride == db.stride &&
+        db.stride == static_cast<std::ptrdiff_t>(bytes)) {
+      // Whole rows of two bitmaps of one layout (a frame presented to the window): one block.
+      CopyFrameBlock(db.Row32(box.top), sb.Row32(static_cast<int>(box.top + dy)),
+                     bytes * static_cast<std::size_t>(box.bottom - box.top));
+      return TRUE;
+    }
     const bool upward = src->bitmap == dst->bitmap && dy < 0;
     for (int i = 0; i < box.bottom - box.top; ++i) {
       const int y = upward ? box.bottom - 1 - i : box.top + i;

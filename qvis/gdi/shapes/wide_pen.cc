@@ -291,6 +291,12 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI p0, PointI c, Poi
     const PointFx tri[3] = {cf, in_corner, out_corner};
     out->Add(tri, 3);
   }
+  // The corner pixel itself: its centre lies on the ends of both segment bodies and on the
+  // apex of the piece, where the edge rules can leave it out of all three.
+  const std::int64_t h = kFixOne / 2;
+  const PointFx dot[4] = {PointFx{cf.x - h, cf.y - h}, PointFx{cf.x + h, cf.y - h},
+                          PointFx{cf.x + h, cf.y + h}, PointFx{cf.x - h, cf.y + h}};
+  out->Add(dot, 4);
 }
 
 }  // namespace

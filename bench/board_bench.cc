@@ -149,7 +149,7 @@ void BM_InteractiveFrame100k(benchmark::State& state) {
 }
 BENCHMARK(BM_InteractiveFrame100k)->Unit(benchmark::kMillisecond)->Iterations(24);
 
-// 1,000,000 objects 1 mm apart (a 1 m square); a 40 mm wide view shows about 1,000 of them.
+// 1,000,000 objects 1 mm apart (a 1 m square); a 40 by 22.5 mm view shows about 900 of them.
 // The same view of a board made of just the objects around it is the reference.
 void BM_ZoomedIn1M(benchmark::State& state) {
   const Coord pitch = kNmPerMm;

@@ -495,7 +495,19 @@ std::vector<std::uint32_t> ArtBoard::Visible(int layer, const ArtBox& area) cons
   const Tree& t = impl_->index[static_cast<std::size_t>(layer)].tree;
   t.query(bgi::intersects(ToB(area)),
           boost::make_function_output_iterator([&](const Entry& e) { out.push_back(e.second); }));
-  std::sort(out.begin(), out.end());
+  // Drawing order is slot order. When the view holds much of the layer, marking the slots
+  // and reading them back in order is cheaper than sorting.
+  const std::size_t slots = impl_->index[static_cast<std::size_t>(layer)].live.size();
+  if (out.size() > 64 && out.size() > slots / 16) {
+    std::vector<std::uint8_t> mark(slots, 0);
+    for (std::uint32_t i : out) mark[i] = 1;
+    out.clear();
+    for (std::size_t i = 0; i < slots; ++i) {
+      if (mark[i]) out.push_back(static_cast<std::uint32_t>(i));
+    }
+  } else {
+    std::sort(out.begin(), out.end());
+  }
   return out;
 }
 

@@ -27,9 +27,14 @@ Ring Circle(DPoint c, double r, double tol) {
   const int n = std::max(SegmentsFor(r, 2.0 * kPi, tol), kMinCircleSegments);
   Ring ring;
   ring.reserve(static_cast<std::size_t>(n));
+  // Turned point by point, as AppendArc does.
+  const double cs = std::cos(2.0 * kPi / n), sn = std::sin(2.0 * kPi / n);
+  double ux = 1.0, uy = 0.0;
   for (int i = 0; i < n; ++i) {
-    const double t = 2.0 * kPi * i / n;
-    ring.push_back({c.x + r * std::cos(t), c.y + r * std::sin(t)});
+    ring.push_back({c.x + r * ux, c.y + r * uy});
+    const double nx = ux * cs - uy * sn;
+    uy = ux * sn + uy * cs;
+    ux = nx;
   }
   return ring;
 }
@@ -39,10 +44,19 @@ Ring Circle(DPoint c, double r, double tol) {
 void AppendArc(Ring& ring, DPoint c, double r, double a0, double sweep, double tol,
                bool skip_first) {
   const int n = std::max(SegmentsFor(r, std::fabs(sweep), tol), 1);
-  for (int i = skip_first ? 1 : 0; i <= n; ++i) {
-    const double t = a0 + sweep * i / n;
-    ring.push_back({c.x + r * std::cos(t), c.y + r * std::sin(t)});
+  // Each point is the one before turned by the step (one sine and cosine per arc instead of
+  // one per point: drawing a frame of many small round caps spends its time here otherwise);
+  // the last point is computed directly so that the arc ends exactly where it should.
+  const double step = sweep / n;
+  const double cs = std::cos(step), sn = std::sin(step);
+  double ux = std::cos(a0), uy = std::sin(a0);
+  for (int i = 0; i < n; ++i) {
+    if (i > 0 || !skip_first) ring.push_back({c.x + r * ux, c.y + r * uy});
+    const double nx = ux * cs - uy * sn;
+    uy = ux * sn + uy * cs;
+    ux = nx;
   }
+  ring.push_back({c.x + r * std::cos(a0 + sweep), c.y + r * std::sin(a0 + sweep)});
 }
 
 // The stadium around a -> b with radius r.
@@ -88,6 +102,7 @@ Ring Map(const Affine& m, Ring r) {
 }
 
 Affine Rotation(double degrees) {
+  if (degrees == 0.0) return {};  // the common case, without a sine and cosine per flash
   const double t = degrees * kPi / 180.0;
   const double c = std::cos(t), s = std::sin(t);
   return {c, s, -s, c, 0, 0};

@@ -192,6 +192,12 @@ void QtWindowPort::ShowChanges() {
         x = end + 1;
       }
       std::memcpy(old, row, w * 4);
+      // A row changed in many places (a scrolled or redrawn frame) is one run: the region
+      // stays a handful of rectangles however busy the picture is.
+      if (next.size() > 4) {
+        const QRect whole(next.front().left(), y, next.back().right() - next.front().left() + 1, 1);
+        next.assign(1, whole);
+      }
     }
     for (QRect& r : next) {
       for (QRect& o : open) {

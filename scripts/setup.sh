@@ -7,6 +7,7 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
           libfreetype-dev libfontconfig-dev libpng-dev fonts-liberation2
+          libboost-dev  # Boost.Geometry R-tree: the board's spatial index (headers only)
           gerbv   # the reference viewer the artwork renderer is compared with
           clang libclang-rt-14-dev  # libFuzzer, for the bounded fuzz runs of ./test.sh
           qt6-base-dev xvfb xdotool)  # the Qt editor and its end-to-end test in a real X server

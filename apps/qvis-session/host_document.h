@@ -9,6 +9,7 @@
 
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
+#include "qvis/design/figure_watch.h"
 
 class CQVIS_Design;
 class CQVIS_MaxRegionInfo;
@@ -81,28 +82,40 @@ class HostDocument {
   std::vector<Figure> figures_;
 };
 
-// FigureCollector: takes the figures a design's commands finish over into a document, as a
-// host does: a track or polygon when Enter or a double click ends it (the command's list is
-// then emptied), a circle, three-point circle, arc or rectangle at the click that completes
-// it, a pad at every click of a pad command. Call Before with each message before the window
-// sees it and After once it has; the design and document outlive the collector.
+// FromFinished: the document's record of a figure the window handed over.
+Figure FromFinished(const qvis::FinishedFigure& figure);
+
+// FigureTaker: the listener a host registers with CQVIS_Wnd::SetFigureListener; it adds every
+// finished figure to the document.
+class FigureTaker final : public qvis::FigureListener {
+ public:
+  explicit FigureTaker(HostDocument* document) : document_(document) {}
+  void OnFigureFinished(const qvis::FinishedFigure& figure) override;
+  // TakeTaken: whether a figure came since the last call (the window should be repainted).
+  bool TakeTaken() {
+    const bool t = taken_;
+    taken_ = false;
+    return t;
+  }
+
+ private:
+  HostDocument* document_;
+  bool taken_ = false;
+};
+
+// FigureCollector: for a host that runs a window without a figure listener and feeds it
+// messages itself: call Before with each message before the window sees it and After once it
+// has (true when a figure was taken over). The design and document outlive the collector.
 class FigureCollector {
  public:
   FigureCollector(CQVIS_Design* design, HostDocument* document);
   void Before(UINT message, WPARAM wparam);
-  // After: true when a figure was taken over (the window should be repainted).
   bool After(UINT message, WPARAM wparam);
 
  private:
-  bool TakeVertexLists(bool before_double_click);
-
   CQVIS_Design* design_;
-  HostDocument* document_;
-  bool circle_busy_ = false;
-  int circle3_progress_ = 0;
-  bool rect_busy_ = false;
-  int arc_progress_ = 0;
-  bool taken_before_ = false;
+  FigureTaker taker_;
+  qvis::FigureWatch watch_;
 };
 
 // PadPolygonVertices: the outline of a regular-polygon pad as the pad command draws it: the

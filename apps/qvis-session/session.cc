@@ -100,7 +100,7 @@ Session::Session(std::string out_dir, std::ostream& out, int width, int height)
   port_ = std::make_unique<HeadlessPort>(width, height);
   window_ = std::make_unique<SessionWindow>(&document_);
   window_->Create(port_.get());
-  collector_ = std::make_unique<FigureCollector>(window_->GetDesign(), &document_);
+  window_->SetFigureListener(&taker_);
   Repaint();
 }
 
@@ -522,10 +522,9 @@ void Session::ApplySettings(const std::string& name) {
 // Input.
 
 void Session::Feed(UINT message, WPARAM wparam, LPARAM lparam) {
-  collector_->Before(message, wparam);
   port_->Post(message, wparam, lparam);
   // The host paints what it took over from now on; the commands' own copies are gone.
-  if (collector_->After(message, wparam)) Repaint();
+  if (taker_.TakeTaken()) Repaint();
 }
 
 void Session::FeedMouse(UINT message, CPoint p) {

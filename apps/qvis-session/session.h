@@ -118,7 +118,7 @@ class Session {
   HostDocument document_;
   std::unique_ptr<HeadlessPort> port_;
   std::unique_ptr<SessionWindow> window_;
-  std::unique_ptr<FigureCollector> collector_;
+  FigureTaker taker_{&document_};
   std::map<std::string, CommandSettings> settings_;  // by command name
   std::string command_ = "select";
   std::vector<std::string> written_;

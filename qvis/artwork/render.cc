@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "qvis/artwork/board.h"
 #include "qvis/artwork/shapes.h"
 #include "qvis/gdi/raster/polygon.h"
 
@@ -182,6 +183,100 @@ gdi::PixelImage RenderArtwork(const ArtDocument& doc, const ArtView& view) {
       if (mask[i]) img.pixels[i] = c;
     }
   }
+  return img;
+}
+
+ArtBox ViewArea(const ArtView& view, double margin_px) {
+  const double nm_per_px = static_cast<double>(kNmPerInch) / view.dpi;
+  const double m = margin_px * nm_per_px;
+  const double x0 = static_cast<double>(view.origin_x) - m;
+  const double y0 = static_cast<double>(view.origin_y) - m;
+  const double x1 = static_cast<double>(view.origin_x) + view.width * nm_per_px + m;
+  const double y1 = static_cast<double>(view.origin_y) + view.height * nm_per_px + m;
+  static constexpr double kLim = 4.0e18;
+  auto c = [](double v) { return static_cast<Coord>(std::clamp(v, -kLim, kLim)); };
+  return ArtBox{c(std::floor(x0)), c(std::floor(y0)), c(std::ceil(x1)), c(std::ceil(y1))};
+}
+
+namespace {
+
+inline std::uint32_t Blend(std::uint32_t dst, std::uint32_t src, unsigned a) {
+  if (a >= 255) return src;
+  const unsigned b = 255 - a;
+  const unsigned r = (((src >> 16) & 0xFF) * a + ((dst >> 16) & 0xFF) * b + 127) / 255;
+  const unsigned g = (((src >> 8) & 0xFF) * a + ((dst >> 8) & 0xFF) * b + 127) / 255;
+  const unsigned l = ((src & 0xFF) * a + (dst & 0xFF) * b + 127) / 255;
+  return (r << 16) | (g << 8) | l;
+}
+
+void LayOver(const std::vector<std::uint8_t>& mask, const PixelTarget& t, std::uint32_t colour,
+             unsigned alpha) {
+  for (int y = 0; y < t.height; ++y) {
+    const std::uint8_t* m = mask.data() + static_cast<std::size_t>(y) * t.width;
+    std::uint32_t* row = t.pixels + y * t.stride;
+    for (int x = 0; x < t.width; ++x) {
+      if (m[x]) row[x] = Blend(row[x], colour, alpha);
+    }
+  }
+}
+
+}  // namespace
+
+void ComposeBoard(const ArtBoard& board, const ArtView& view, const PixelTarget& target,
+                  const ComposeOptions& options) {
+  if (!ViewOk(view) || target.pixels == nullptr || target.width != view.width ||
+      target.height != view.height || target.stride < target.width) {
+    return;
+  }
+  const double nm_per_px = static_cast<double>(kNmPerInch) / view.dpi;
+  ShapeOptions opt;
+  opt.tolerance_nm = nm_per_px * 0.05;
+  opt.min_line_width_nm = nm_per_px * view.min_line_pixels;
+  // Thin lines widened to a pixel reach up to a pixel beyond their extent.
+  const ArtBox area = ViewArea(view, view.min_line_pixels + 1.0);
+
+  std::vector<int> order;
+  for (int i = 0; i < board.LayerCount(); ++i) {
+    if (board.layer(i).visible) order.push_back(i);
+  }
+  std::stable_sort(order.begin(), order.end(),
+                   [&](int a, int b) { return board.layer(a).order < board.layer(b).order; });
+  for (int li : order) {
+    const Layer& l = board.layer(li);
+    const std::vector<std::uint32_t> visible = board.Visible(li, area);
+    if (visible.empty()) continue;
+    LayerRaster raster(view);
+    for (std::uint32_t i : visible) EmitObject(l, l.objects[i], Affine{}, false, opt, raster);
+    LayOver(raster.mask(), target, l.colour & 0xFFFFFFu, options.opacity);
+  }
+  if (!options.show_selection || board.selection().empty()) return;
+  LayerRaster sel(view);
+  bool any = false;
+  const ArtBox view_area = area;
+  for (ObjectRef r : board.selection()) {
+    if (!board.IsLive(r) || !board.layer(r.layer).visible) continue;
+    const ArtBox b = board.Bounds(r);
+    if (b.IsEmpty() || b.max_x < view_area.min_x || b.min_x > view_area.max_x ||
+        b.max_y < view_area.min_y || b.min_y > view_area.max_y) {
+      continue;
+    }
+    ArtObject o = board.object(r);
+    o.polarity = Polarity::kDark;  // a selected clear object shows where it cuts
+    EmitObject(board.layer(r.layer), o, Affine{}, false, opt, sel);
+    any = true;
+  }
+  if (any) LayOver(sel.mask(), target, options.highlight & 0xFFFFFFu, 128);
+}
+
+gdi::PixelImage RenderBoard(const ArtBoard& board, const ArtView& view,
+                            const ComposeOptions& options) {
+  gdi::PixelImage img;
+  if (!ViewOk(view)) return img;
+  img.width = view.width;
+  img.height = view.height;
+  img.pixels.assign(static_cast<std::size_t>(view.width) * view.height, view.background);
+  ComposeBoard(board, view, PixelTarget{img.pixels.data(), img.width, img.height, img.width},
+               options);
   return img;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "qvis/artwork/document.h"
+#include "qvis/compat/export.h"
 #include "qvis/gdi/png_io.h"
 
 namespace qvis {
@@ -37,6 +38,37 @@ gdi::PixelImage RenderArtwork(const ArtDocument& doc, const ArtView& view);
 
 // RenderLayerMask draws one layer as coverage (1: dark) for tests and the comparison tools.
 std::vector<std::uint8_t> RenderLayerMask(const Layer& layer, const ArtView& view);
+
+class ArtBoard;
+
+struct ComposeOptions {
+  // How much of a layer's colour covers what lies below it (255: opaque).
+  std::uint8_t opacity = 255;
+  // Selected objects are drawn once more over everything, in this colour at half strength.
+  bool show_selection = true;
+  std::uint32_t highlight = 0xFFFFFF;
+};
+
+// PixelTarget is a 32-bit frame to draw onto: rows of 0x00RRGGBB, `stride` pixels apart.
+struct PixelTarget {
+  std::uint32_t* pixels = nullptr;
+  int width = 0;
+  int height = 0;
+  std::ptrdiff_t stride = 0;
+};
+
+// ComposeBoard draws the board's visible layers onto `target` as `view` frames it (its width
+// and height must be the target's; its background is not used). Only objects whose extent
+// meets the view are visited. Each layer is composed in its own mask (clear objects erase
+// what came earlier in that layer only), then laid over the frame in its colour, layers in
+// ascending order.
+QVIS_API void ComposeBoard(const ArtBoard& board, const ArtView& view, const PixelTarget& target,
+                           const ComposeOptions& options = {});
+// RenderBoard is ComposeBoard onto a frame of the view's background colour.
+QVIS_API gdi::PixelImage RenderBoard(const ArtBoard& board, const ArtView& view,
+                                     const ComposeOptions& options = {});
+// The board area a view shows, with `margin_px` pixels around it.
+QVIS_API ArtBox ViewArea(const ArtView& view, double margin_px);
 
 }  // namespace qvis
 

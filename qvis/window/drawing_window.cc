@@ -150,7 +150,41 @@ CSize CQVIS_Wnd::ClientSize() const {
   return CSize(r.Width(), r.Height());
 }
 
+void CQVIS_Wnd::SetFigureListener(qvis::FigureListener* listener) {
+  figure_watch_.set_listener(listener);
+}
+
+namespace {
+// Leaves the dispatch depth as it was however the handler ends.
+struct DepthGuard {
+  explicit DepthGuard(int& d) : depth(d) { ++depth; }
+  ~DepthGuard() { --depth; }
+  int& depth;
+};
+}  // namespace
+
+bool CQVIS_Wnd::FigureWatchBegin(UINT message, WPARAM wParam) {
+  if (dispatch_depth_ != 0 || figure_watch_.listener() == nullptr) return false;
+  figure_watch_.Before(m_pDesign, message, wParam);
+  return true;
+}
+
+void CQVIS_Wnd::FigureWatchEnd(bool outer, UINT message, WPARAM wParam) {
+  if (outer && figure_watch_.After(m_pDesign, message, wParam)) Invalidate();
+}
+
 LRESULT CQVIS_Wnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  const bool outer = FigureWatchBegin(message, wParam);
+  LRESULT result = 0;
+  {
+    DepthGuard depth(dispatch_depth_);
+    result = Dispatch(message, wParam, lParam);
+  }
+  FigureWatchEnd(outer, message, wParam);
+  return result;
+}
+
+LRESULT CQVIS_Wnd::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
   // Handlers may re-enter WindowProc (an immediate repaint), so the current message is saved
   // and restored around the call.
   const qvis::MSG saved = current_;
@@ -212,8 +246,14 @@ BOOL CQVIS_Wnd::PreTranslateMessage(qvis::MSG* pMsg) {
   const bool escape = IsDown(m_pPort, VK_ESCAPE);
   const bool enter = IsDown(m_pPort, VK_RETURN);
   if (escape || enter) {
-    if (escape) OnKeyDown(VK_ESCAPE, 1, 0);
-    if (enter) OnKeyDown(VK_RETURN, 1, 0);
+    const WPARAM key = enter ? VK_RETURN : VK_ESCAPE;
+    const bool outer = FigureWatchBegin(WM_KEYDOWN, key);
+    {
+      DepthGuard depth(dispatch_depth_);
+      if (escape) OnKeyDown(VK_ESCAPE, 1, 0);
+      if (enter) OnKeyDown(VK_RETURN, 1, 0);
+    }
+    FigureWatchEnd(outer, WM_KEYDOWN, key);
     if (m_pPort != nullptr) m_pPort->SendToParent(WM_KEYDOWN, kNotifyWParam, kNotifyLParam);
     return TRUE;
   }

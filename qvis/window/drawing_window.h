@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "qvis/compat/cpoint.h"
+#include "qvis/design/figure_watch.h"
 #include "qvis/compat/cstring.h"
 #include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
@@ -97,6 +98,11 @@ class QVIS_API CQVIS_Wnd {
   // surface's drawing DC). The base draws nothing.
   virtual void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc);
 
+  // SetFigureListener: `listener` (borrowed; null: none) is told of every figure a command
+  // finishes in this window, once, after the message that finished it; the window then
+  // repaints. The one notification a host needs instead of watching messages.
+  void SetFigureListener(qvis::FigureListener* listener);
+
   CQVIS_Design* m_pDesign;
   int m_nInitLayerID;
 
@@ -119,6 +125,14 @@ class QVIS_API CQVIS_Wnd {
  private:
   // The message WindowProc is handling, for Default.
   qvis::MSG current_;
+  // Finished figures are looked for around the outermost message only (handlers re-enter
+  // WindowProc to repaint).
+  qvis::FigureWatch figure_watch_;
+  int dispatch_depth_ = 0;
+  // Dispatch: the message map (WindowProc is this, with finished figures looked for).
+  LRESULT Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
+  bool FigureWatchBegin(UINT message, WPARAM wParam);
+  void FigureWatchEnd(bool outer, UINT message, WPARAM wParam);
   // The design: owned here, observed through m_pDesign.
   std::unique_ptr<CQVIS_Design> design_;
 };

@@ -1,0 +1,210 @@
+#include "qvis/artwork/board_window.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "qvis/coords/view_coords.h"
+#include "qvis/gdi/gdi.h"
+#include "qvis/render/surface.h"
+
+namespace qvis {
+
+double NmPerUnit(int unit) {
+  switch (unit) {
+    case 1: return 25400000.0;  // inch
+    case 2: return 25400.0;     // mil
+    case 3: return 10000000.0;  // cm
+    case 4: return 1000.0;      // micrometre
+    default: return 1000000.0;  // mm
+  }
+}
+
+namespace {
+
+constexpr double kCoordLimit = 4.0e15;  // board coordinates stay exact in a double
+
+Coord ToNm(double v) {
+  if (!std::isfinite(v)) return 0;
+  return static_cast<Coord>(std::llround(std::clamp(v, -kCoordLimit, kCoordLimit)));
+}
+
+}  // namespace
+
+ArtPoint WorldToBoard(double x, double y, double nm_per_unit) {
+  return {ToNm(x * nm_per_unit), ToNm(-y * nm_per_unit)};
+}
+
+ArtView SurfaceView(CQVIS_GDI* surface, int width, int height) {
+  ArtView v;
+  v.width = width;
+  v.height = height;
+  if (surface == nullptr || surface->GetCoords() == nullptr) return v;
+  const CQVIS_Coords* c = surface->GetCoords();
+  const double npu = NmPerUnit(c->GetUnit());
+  const double zoom = c->m_dZoom;
+  if (!(zoom > 0) || !std::isfinite(zoom)) {
+    v.dpi = 0;  // nothing drawable
+    return v;
+  }
+  const double px_per_nm = zoom / npu;
+  v.dpi = px_per_nm * static_cast<double>(kNmPerInch);
+  // The surface puts world point x at pixel round((x - view x) * zoom); the view samples pixel
+  // centres, so it is moved by half a pixel to agree.
+  const double half = 0.5 / px_per_nm;
+  v.origin_x = ToNm(c->m_dViewX * npu - half);
+  v.origin_y = ToNm(-(height / zoom + c->m_dViewY) * npu + half);
+  return v;
+}
+
+void DrawBoard(const ArtBoard& board, CQVIS_GDI* surface, qvis::HDC dc,
+               const ComposeOptions& options) {
+  const gdi::BitmapView bits = gdi::BitmapPixels(gdi::GetCurrentBitmap(dc));
+  if (bits.bits == nullptr || bits.bits_per_pixel != 32 || bits.width <= 0 || bits.height <= 0) {
+    return;
+  }
+  const ArtView view = SurfaceView(surface, bits.width, bits.height);
+  PixelTarget target{bits.Row32(0), bits.width, bits.height,
+                     bits.stride / static_cast<std::ptrdiff_t>(sizeof(std::uint32_t))};
+  ComposeBoard(board, view, target, options);
+}
+
+namespace {
+
+Aperture Circle(Coord d) {
+  Aperture a;
+  a.kind = ApertureKind::kCircle;
+  a.size_x = std::max<Coord>(d, 0);
+  return a;
+}
+
+Coord Len(double v, double npu) { return std::max<Coord>(ToNm(v * npu), 0); }
+
+}  // namespace
+
+std::vector<ArtObject> FigureObjects(const FinishedFigure& f, ArtBoard& board, int layer,
+                                     double npu) {
+  std::vector<ArtObject> out;
+  auto pt = [&](double x, double y) { return WorldToBoard(x, y, npu); };
+  switch (f.kind) {
+    case FigureKind::kTrack:
+      for (std::size_t i = 1; i < f.points.size(); ++i) {
+        ArtObject o;
+        o.kind = ObjectKind::kTrack;
+        o.aperture = board.EnsureAperture(layer, Circle(Len(f.points[i].width, npu)));
+        o.start = pt(f.points[i - 1].x, f.points[i - 1].y);
+        o.end = pt(f.points[i].x, f.points[i].y);
+        out.push_back(o);
+      }
+      break;
+    case FigureKind::kCircle:
+    case FigureKind::kCircle3: {
+      ArtObject o;
+      if (f.fill) {
+        o.kind = ObjectKind::kFlash;
+        o.aperture = board.EnsureAperture(layer, Circle(Len(2 * f.radius + f.width, npu)));
+        o.end = pt(f.cx, f.cy);
+      } else {
+        o.kind = ObjectKind::kArc;
+        o.aperture = board.EnsureAperture(layer, Circle(Len(f.width, npu)));
+        o.centre = pt(f.cx, f.cy);
+        o.start = o.end = pt(f.cx + f.radius, f.cy);
+      }
+      out.push_back(o);
+      break;
+    }
+    case FigureKind::kArc: {
+      ArtObject o;
+      o.kind = ObjectKind::kArc;
+      o.aperture = board.EnsureAperture(layer, Circle(Len(f.width, npu)));
+      o.centre = pt(f.cx, f.cy);
+      o.start = pt(f.sx, f.sy);
+      o.end = pt(f.ex, f.ey);
+      // Counter-clockwise on the screen stays counter-clockwise with y turned up.
+      o.direction = ArcDirection::kCounterClockwise;
+      out.push_back(o);
+      break;
+    }
+    case FigureKind::kRect: {
+      ArtObject o;
+      o.kind = ObjectKind::kRegion;
+      o.contour.start = pt(f.x1, f.y1);
+      for (const ArtPoint p : {pt(f.x2, f.y1), pt(f.x2, f.y2), pt(f.x1, f.y2), pt(f.x1, f.y1)}) {
+        ContourSegment s;
+        s.end = p;
+        o.contour.segments.push_back(s);
+      }
+      out.push_back(o);
+      break;
+    }
+    case FigureKind::kPolygon: {
+      if (f.points.size() < 3) break;
+      ArtObject o;
+      o.kind = ObjectKind::kRegion;
+      o.contour.start = pt(f.points[0].x, f.points[0].y);
+      for (std::size_t k = 1; k <= f.points.size(); ++k) {
+        const FigureVertex& v = f.points[k % f.points.size()];  // the last edge closes
+        ContourSegment s;
+        s.end = pt(v.x, v.y);
+        if (v.arc) {
+          s.is_arc = true;
+          s.centre = pt(v.cx, v.cy);
+          s.direction = v.direction == 2 ? ArcDirection::kClockwise
+                                         : ArcDirection::kCounterClockwise;
+        }
+        o.contour.segments.push_back(s);
+      }
+      out.push_back(o);
+      break;
+    }
+    case FigureKind::kPad: {
+      Aperture a;
+      switch (f.pad) {
+        case PadShape::kRound:
+          a.kind = ApertureKind::kCircle;
+          break;
+        case PadShape::kRect:
+          a.kind = ApertureKind::kRectangle;
+          break;
+        case PadShape::kObround:
+          a.kind = ApertureKind::kObround;
+          break;
+        case PadShape::kPolygon:
+          a.kind = ApertureKind::kPolygon;
+          a.vertices = std::clamp(f.sides, 3, 12);
+          break;
+      }
+      a.size_x = Len(f.pad_width, npu);
+      if (a.kind == ApertureKind::kRectangle || a.kind == ApertureKind::kObround) {
+        a.size_y = Len(f.pad_height, npu);
+      }
+      a.hole = std::min(Len(f.hole_width, npu), a.size_x);
+      ArtObject o;
+      o.kind = ObjectKind::kFlash;
+      o.aperture = board.EnsureAperture(layer, a);
+      o.end = pt(f.cx, f.cy);
+      out.push_back(o);
+      break;
+    }
+  }
+  return out;
+}
+
+void BoardFigureSink::OnFigureFinished(const FinishedFigure& figure) {
+  last_.clear();
+  if (board_ == nullptr) return;
+  board_->BeginGroup("Add figure");
+  if (board_->LayerCount() == 0) {
+    Layer l;
+    l.name = "Layer 1";
+    l.colour = 0xC83434;
+    board_->AddLayer(l);
+  }
+  const int layer = std::clamp(board_->view().active_layer, 0, board_->LayerCount() - 1);
+  for (ArtObject& o : FigureObjects(figure, *board_, layer, nm_)) {
+    last_.push_back(board_->AddObject(layer, std::move(o)));
+  }
+  board_->EndGroup();
+}
+
+}  // namespace qvis

@@ -1,0 +1,183 @@
+// The board in a drawing window: finished figures reach the board through the window's one
+// figure notification and become objects (undoable); the board is drawn through the surface
+// in the window's drawing hook, asserted on the pixels the user sees.
+#include <gtest/gtest.h>
+
+#include "qvis/artwork/board.h"
+#include "qvis/artwork/board_window.h"
+#include "qvis/compat/win32_names.h"
+#include "qvis/design/design.h"
+#include "qvis/design/design_objects.h"
+#include "qvis/window/drawing_window.h"
+#include "qvis/window/headless/headless_port.h"
+
+namespace {
+
+using qvis::ArtBoard;
+using qvis::ArtObject;
+using qvis::kNmPerMm;
+using qvis::ObjectKind;
+
+class CountingSink final : public qvis::FigureListener {
+ public:
+  explicit CountingSink(qvis::FigureListener* next) : next_(next) {}
+  void OnFigureFinished(const qvis::FinishedFigure& f) override {
+    kinds.push_back(f.kind);
+    next_->OnFigureFinished(f);
+  }
+  std::vector<qvis::FigureKind> kinds;
+
+ private:
+  qvis::FigureListener* next_;
+};
+
+class BoardWindow : public CQVIS_Wnd {
+ public:
+  ArtBoard board;
+  void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override { qvis::DrawBoard(board, surface, dc); }
+};
+
+// A 300 x 200 window at 10 px per mm showing world (-5, -5) at its top-left, grid and cursor off.
+class BoardWindowTest : public testing::Test {
+ protected:
+  BoardWindowTest() : port_(300, 200), sink_(&wnd_.board, 1e6), counter_(&sink_) {
+    qvis::Layer top;
+    top.name = "top";
+    top.colour = 0x00FF00;
+    wnd_.board = ArtBoard(qvis::ArtDocument{{top}});
+    wnd_.SetFigureListener(&counter_);
+    wnd_.Create(&port_);
+    d_ = wnd_.GetDesign();
+    c_ = d_->m_pCoords;
+    c_->SetScreenViewPosition(-5.0, -5.0);
+    c_->SetZoom(10.0);
+    c_->SetSnap(1.0, 1.0);
+    d_->m_pGridSnapMgr->SetShowGrid(0);
+    d_->m_pGridSnapMgr->SetShowSnap(0);
+    d_->m_pGridSnapMgr->SetShowOrigin(0);
+    d_->m_pCursorMgr->Off();
+    port_.RedrawNow();
+  }
+  CPoint Px(double x, double y) { return CPoint(c_->V2RX(x), c_->V2RY(y)); }
+  void Move(double x, double y) { port_.Mouse(WM_MOUSEMOVE, Px(x, y)); }
+  void Click(double x, double y) {
+    Move(x, y);
+    port_.Mouse(WM_LBUTTONDOWN, Px(x, y));
+    port_.Mouse(WM_LBUTTONUP, Px(x, y));
+  }
+  COLORREF At(double x, double y) {
+    port_.PaintIfNeeded();
+    const CPoint p = Px(x, y);
+    return port_.FrontPixel(p.x, p.y);
+  }
+
+  qvis::HeadlessPort port_;
+  BoardWindow wnd_;
+  qvis::BoardFigureSink sink_;
+  CountingSink counter_;
+  CQVIS_Design* d_ = nullptr;
+  CQVIS_Coords* c_ = nullptr;
+};
+
+constexpr COLORREF kGreen = 0x00FF00;  // COLORREF of 0x00FF00 is green either way round
+
+TEST_F(BoardWindowTest, ATrackBecomesObjectsOnceAndUndoTakesItAway) {
+  wnd_.OnDrawLine();
+  d_->m_pDrawLineCmd->SetWidth(1.0, false);
+  Click(0.0, 0.0);
+  Click(10.0, 0.0);  // bend mode: straight, one leg
+  Move(10.0, 8.0);
+  port_.Key(VK_RETURN);
+  ASSERT_EQ(counter_.kinds.size(), 1u);
+  EXPECT_EQ(counter_.kinds[0], qvis::FigureKind::kTrack);
+  // Enter ends the track at the mouse: two legs, two objects.
+  ASSERT_EQ(wnd_.board.LiveCount(), 2);
+  EXPECT_EQ(wnd_.board.object({0, 1}).end, (qvis::ArtPoint{10 * kNmPerMm, -8 * kNmPerMm}));
+  const ArtObject& t = wnd_.board.object({0, 0});
+  EXPECT_EQ(t.kind, ObjectKind::kTrack);
+  EXPECT_EQ(t.start, (qvis::ArtPoint{0, 0}));
+  EXPECT_EQ(t.end, (qvis::ArtPoint{10 * kNmPerMm, 0}));
+  EXPECT_EQ(wnd_.board.layer(0).apertures.at(t.aperture).size_x, kNmPerMm);
+  // Moving the mouse afterwards hands over nothing more.
+  Move(3.0, 3.0);
+  Move(4.0, 4.0);
+  EXPECT_EQ(counter_.kinds.size(), 1u);
+  // The board draws it in the layer's colour under the track, not beside it.
+  EXPECT_EQ(At(5.0, 0.0), kGreen);
+  EXPECT_EQ(At(5.0, 0.3), kGreen);
+  EXPECT_EQ(At(5.0, 1.5), 0u);
+  EXPECT_EQ(At(10.0, 4.0), kGreen);
+  wnd_.board.Undo();  // both legs: one figure is one step
+  port_.RedrawNow();
+  EXPECT_EQ(wnd_.board.LiveCount(), 0);
+  EXPECT_EQ(At(5.0, 0.0), 0u);
+}
+
+TEST_F(BoardWindowTest, PadsRectanglesAndCirclesBecomeObjects) {
+  d_->AllDeactiveCmd();
+  CQVIS_DrawFlashCircleCmd* pad = d_->m_pDrawFlashCircleCmd;
+  pad->SetDiameter(2.0);
+  pad->Active();
+  Click(3.0, 4.0);
+  ASSERT_EQ(wnd_.board.LiveCount(), 1);
+  const ArtObject& f = wnd_.board.object({0, 0});
+  EXPECT_EQ(f.kind, ObjectKind::kFlash);
+  EXPECT_EQ(f.end, (qvis::ArtPoint{3 * kNmPerMm, -4 * kNmPerMm}));  // board y is up
+  EXPECT_EQ(wnd_.board.layer(0).apertures.at(f.aperture).size_x, 2 * kNmPerMm);
+  port_.Key(VK_ESCAPE);
+
+  wnd_.OnDrawRectangle();
+  Click(10.0, 2.0);
+  Click(14.0, 5.0);
+  ASSERT_EQ(wnd_.board.LiveCount(), 2);
+  EXPECT_EQ(wnd_.board.object({0, 1}).kind, ObjectKind::kRegion);
+  port_.Key(VK_ESCAPE);
+  d_->AllDeactiveCmd();
+  d_->m_pCursorMgr->Off();
+  port_.RedrawNow();
+  EXPECT_EQ(At(12.0, 3.5), kGreen);   // inside the rectangle
+  EXPECT_EQ(At(3.0, 4.0), kGreen);    // the pad's centre
+  EXPECT_EQ(At(3.0, 5.6), 0u);        // beyond its radius
+  EXPECT_EQ(counter_.kinds.size(), 2u);
+  // One undo step per figure.
+  wnd_.board.Undo();
+  EXPECT_EQ(wnd_.board.LiveCount(), 1);
+}
+
+TEST_F(BoardWindowTest, ClearObjectsEraseOnlyTheirLayerAndSelectionShows) {
+  qvis::Layer under;
+  under.name = "under";
+  under.colour = 0xFF0000;
+  under.order = -1;
+  qvis::Aperture big;
+  big.kind = qvis::ApertureKind::kRectangle;
+  big.size_x = big.size_y = 8 * kNmPerMm;
+  under.apertures[10] = big;
+  ArtObject o;
+  o.kind = ObjectKind::kFlash;
+  o.aperture = 10;
+  o.end = qvis::WorldToBoard(5.0, 5.0, 1e6);
+  under.objects.push_back(o);
+  const int li = wnd_.board.AddLayer(under);
+  // On the top layer: a dark pad over the same place, and a clear one cutting its middle.
+  qvis::Aperture mid = big;
+  mid.size_x = mid.size_y = 6 * kNmPerMm;
+  const int dark = wnd_.board.EnsureAperture(0, mid);
+  mid.size_x = mid.size_y = 2 * kNmPerMm;
+  const int hole = wnd_.board.EnsureAperture(0, mid);
+  o.aperture = dark;
+  wnd_.board.AddObject(0, o);
+  o.aperture = hole;
+  o.polarity = qvis::Polarity::kClear;
+  wnd_.board.AddObject(0, o);
+  port_.RedrawNow();
+  EXPECT_EQ(At(5.0, 5.0), 0x0000FFu);   // the hole shows "under" (red, as a COLORREF 0x0000FF)
+  EXPECT_EQ(At(7.0, 5.0), kGreen);      // top over under
+  EXPECT_EQ(At(8.5, 5.0), 0x0000FFu);   // only under
+  EXPECT_EQ(At(9.5, 5.0), 0u);          // nothing
+  wnd_.board.Select({{li, 0}});
+  port_.RedrawNow();
+  EXPECT_EQ(At(8.5, 5.0), 0x8080FFu);   // red with white at half
+}
+
+}  // namespace

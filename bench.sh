@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 bash scripts/setup.sh --bench
 jobs=$(nproc 2>/dev/null || echo 2)
 cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DQVIS_BUILD_TESTS=OFF \
-  -DQVIS_BUILD_BENCH=ON >/dev/null
+  -DQVIS_BUILD_BENCH=ON -DQVIS_WITH_QT=ON >/dev/null
 cmake --build build-bench -j "${jobs}"
 status=0
 for bench in build-bench/bench/*_bench; do

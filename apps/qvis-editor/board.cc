@@ -224,6 +224,17 @@ bool Board::OpenFiles(const std::vector<std::string>& paths, std::string* error)
   return true;
 }
 
+void Board::Reset(ArtDocument doc) {
+  doc_ = std::move(doc);
+  opacity_.assign(doc_.layers.size(), 100);
+  active_ = 0;
+  undo_.clear();
+  redo_.clear();
+  selection_.clear();
+  ++revision_;
+  modified_ = false;
+}
+
 bool Board::AddFiles(const std::vector<std::string>& paths, std::string* error) {
   std::vector<Layer> layers;
   for (const std::string& p : paths) {

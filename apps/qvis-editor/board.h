@@ -52,6 +52,8 @@ class Board {
   // layer, in the order given); otherwise the board is left as it was.
   static bool ReadArtworkFile(const std::string& path, Layer* layer, std::string* error);
   bool OpenFiles(const std::vector<std::string>& paths, std::string* error);
+  // Reset replaces the board with `doc` (no undo, not modified); programs that make boards.
+  void Reset(ArtDocument doc);
   // AddFiles adds the files as new layers (one undoable step), all or nothing.
   bool AddFiles(const std::vector<std::string>& paths, std::string* error);
 

@@ -196,6 +196,40 @@ TEST_F(EditorTest, ViewWheelZoomsInAboutTheCursorFitAndAdaptiveGrid) {
   SendMouse(port_, QEvent::MouseButtonRelease, QPoint(160, 100), Qt::MiddleButton, Qt::NoButton);
 }
 
+// A live pan moves what was drawn and draws only the strips that come into view: the frame is
+// the one a full redraw of the same view gives.
+TEST_F(EditorTest, PanFramesMatchAFullRedraw) {
+  ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr")),
+                            QString::fromStdString(Example("board-Edge_Cuts.gbr"))}));
+  d_->m_pCursorMgr->Off();
+  d_->m_pCoords->SetZoom(2.0 * d_->m_pCoords->m_dZoom);
+  port_->RedrawNow();
+  SendMouse(port_, QEvent::MouseButtonPress, QPoint(300, 300), Qt::MiddleButton, Qt::MiddleButton);
+  for (QPoint p : {QPoint(320, 290), QPoint(250, 330), QPoint(260, 200), QPoint(140, 240)}) {
+    SendMouse(port_, QEvent::MouseMove, p, Qt::NoButton, Qt::MiddleButton);
+  }
+  SendMouse(port_, QEvent::MouseButtonRelease, QPoint(140, 240), Qt::MiddleButton, Qt::NoButton);
+  port_->RedrawNow();
+  const QImage panned = port_->grab().toImage();
+  const double zoom = d_->m_pCoords->m_dZoom;
+  d_->m_pCoords->SetZoom(zoom * 2);  // forces a full redraw on the way back
+  port_->RedrawNow();
+  d_->m_pCoords->SetZoom(zoom);
+  port_->RedrawNow();
+  const QImage full = port_->grab().toImage();
+  ASSERT_EQ(panned.size(), full.size());
+  int differing = 0, inked = 0;
+  const QRgb colour = w_.board().document().layers[0].colour;
+  for (int y = 0; y < full.height(); ++y) {
+    for (int x = 0; x < full.width(); ++x) {
+      differing += panned.pixel(x, y) != full.pixel(x, y);
+      inked += (full.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF);
+    }
+  }
+  EXPECT_EQ(differing, 0);
+  EXPECT_GT(inked, 2000);
+}
+
 TEST_F(EditorTest, ZoomBoxReturnsToThePreviousTool) {
   Trigger("track");
   Trigger("zoombox");

@@ -33,8 +33,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include "qvis/artwork/render.h"
+#include "qvis/artwork/shapes.h"
 #include "qvis/compat/atomic_file.h"
 #include "qvis/compat/exceptions.h"
 #include "qvis/compat/win32_names.h"
@@ -183,6 +185,92 @@ void Canvas::OnMouseMove(UINT nFlags, CPoint point) {
   CQVIS_Wnd::OnMouseMove(nFlags, point);
 }
 
+void Canvas::UpdateBoxes() {
+  if (boxes_revision_ == board_->revision()) return;
+  const ArtDocument& doc = board_->document();
+  boxes_.assign(doc.layers.size(), {});
+  for (std::size_t li = 0; li < doc.layers.size(); ++li) {
+    const Layer& l = doc.layers[li];
+    std::vector<NmBox>& boxes = boxes_[li];
+    boxes.reserve(l.objects.size());
+    for (const ArtObject& o : l.objects) {
+      // Tracks and flashes of the standard apertures from their points; anything else from
+      // its outline.
+      const auto a = l.apertures.find(o.aperture);
+      const bool plain = a != l.apertures.end() && a->second.kind != ApertureKind::kMacro &&
+                         a->second.kind != ApertureKind::kBlock && o.transform.IsIdentity();
+      if (plain && (o.kind == ObjectKind::kTrack || o.kind == ObjectKind::kFlash)) {
+        const double r = static_cast<double>(std::max(a->second.size_x, a->second.size_y)) / 2.0;
+        const ArtPoint p = o.kind == ObjectKind::kTrack ? o.start : o.end;
+        boxes.push_back({std::min<double>(p.x, o.end.x) - r, std::min<double>(p.y, o.end.y) - r,
+                         std::max<double>(p.x, o.end.x) + r, std::max<double>(p.y, o.end.y) + r});
+        continue;
+      }
+      Layer one;
+      one.apertures = l.apertures;
+      one.macros = l.macros;
+      one.objects.push_back(o);
+      const ArtBox b = LayerExtent(one);
+      if (b.IsEmpty()) {
+        // Clear objects have no dark extent: keep them everywhere, to be safe.
+        boxes.push_back({-1e30, -1e30, 1e30, 1e30});
+      } else {
+        boxes.push_back({static_cast<double>(b.min_x), static_cast<double>(b.min_y),
+                         static_cast<double>(b.max_x), static_cast<double>(b.max_y)});
+      }
+    }
+  }
+  boxes_revision_ = board_->revision();
+}
+
+void Canvas::RenderArea(const ArtView& full, int x, int y, int w, int h) {
+  if (w <= 0 || h <= 0) return;
+  const ArtDocument& doc = board_->document();
+  const double nm_per_px = 25.4e6 / full.dpi;
+  ArtView part = full;
+  part.width = w;
+  part.height = h;
+  part.origin_x = full.origin_x + static_cast<Coord>(std::llround(x * nm_per_px));
+  part.origin_y = full.origin_y + static_cast<Coord>(std::llround((full.height - (y + h)) * nm_per_px));
+  const double x0 = static_cast<double>(part.origin_x) - nm_per_px;
+  const double y0 = static_cast<double>(part.origin_y) - nm_per_px;
+  const double x1 = x0 + (w + 2) * nm_per_px;
+  const double y1 = y0 + (h + 2) * nm_per_px;
+  const std::size_t stride = static_cast<std::size_t>(full.width);
+  for (std::size_t li = 0; li < doc.layers.size(); ++li) {
+    const Layer& l = doc.layers[li];
+    if (!l.visible || cache_.masks[li].empty()) continue;
+    Layer sub;
+    sub.apertures = l.apertures;
+    sub.macros = l.macros;
+    const std::vector<NmBox>& boxes = boxes_[li];
+    bool all = true;
+    for (std::size_t i = 0; i < l.objects.size(); ++i) {
+      const NmBox& b = boxes[i];
+      if (b.x1 < x0 || b.x0 > x1 || b.y1 < y0 || b.y0 > y1) {
+        all = false;
+        break;
+      }
+    }
+    const Layer* draw = &l;
+    if (!all) {
+      for (std::size_t i = 0; i < l.objects.size(); ++i) {
+        const NmBox& b = boxes[i];
+        if (!(b.x1 < x0 || b.x0 > x1 || b.y1 < y0 || b.y0 > y1)) sub.objects.push_back(l.objects[i]);
+      }
+      draw = &sub;
+    }
+    const std::vector<std::uint8_t> mask = RenderLayerMask(*draw, part);
+    if (mask.size() != static_cast<std::size_t>(w) * static_cast<std::size_t>(h)) continue;
+    std::vector<std::uint8_t>& out = cache_.masks[li];
+    for (int row = 0; row < h; ++row) {
+      std::memcpy(&out[static_cast<std::size_t>(y + row) * stride + static_cast<std::size_t>(x)],
+                  &mask[static_cast<std::size_t>(row) * static_cast<std::size_t>(w)],
+                  static_cast<std::size_t>(w));
+    }
+  }
+}
+
 void Canvas::OnDrawHost(CQVIS_GDI* /*surface*/, qvis::HDC dc) {
   CQVIS_Design* d = GetDesign();
   const gdi::BitmapView back = gdi::BitmapPixels(d->m_pRenderBuffer->GetBitmap());
@@ -214,19 +302,58 @@ void Canvas::OnDrawHost(CQVIS_GDI* /*surface*/, qvis::HDC dc) {
   }
   const ArtDocument& doc = board_->document();
   MaskCache& m = cache_;
-  if (m.zoom != zoom || m.x != c->m_dViewX || m.y != c->m_dViewY || m.width != back.width ||
-      m.height != back.height || m.revision != board_->revision() ||
-      m.masks.size() != doc.layers.size()) {
-    ArtView view;
-    view.dpi = zoom * 25.4;
-    view.width = back.width;
-    view.height = back.height;
-    // The board's y is up: the screen's top row is world y = viewY, board y = -viewY.
-    view.origin_x = static_cast<Coord>(std::llround(c->m_dViewX * 1e6));
-    view.origin_y = static_cast<Coord>(std::llround((-c->m_dViewY - back.height / zoom) * 1e6));
-    m.masks.assign(doc.layers.size(), {});
-    for (std::size_t i = 0; i < doc.layers.size(); ++i) {
-      if (doc.layers[i].visible) m.masks[i] = RenderLayerMask(doc.layers[i], view);
+  ArtView view;
+  view.dpi = zoom * 25.4;
+  view.width = back.width;
+  view.height = back.height;
+  // The board's y is up: the screen's top row is world y = viewY, board y = -viewY.
+  view.origin_x = static_cast<Coord>(std::llround(c->m_dViewX * 1e6));
+  view.origin_y = static_cast<Coord>(std::llround((-c->m_dViewY - back.height / zoom) * 1e6));
+  const bool same_frame = m.zoom == zoom && m.width == back.width && m.height == back.height &&
+                          m.revision == board_->revision() && m.masks.size() == doc.layers.size();
+  if (!same_frame || m.x != c->m_dViewX || m.y != c->m_dViewY) {
+    UpdateBoxes();
+    // A pan by whole pixels: the masks move and only the strips that came into view are drawn.
+    const double sx = (m.x - c->m_dViewX) * zoom;
+    const double sy = (m.y - c->m_dViewY) * zoom;
+    const long dx = std::lround(sx);
+    const long dy = std::lround(sy);
+    const bool shift = same_frame && std::fabs(sx - static_cast<double>(dx)) < 1e-6 &&
+                       std::fabs(sy - static_cast<double>(dy)) < 1e-6 &&
+                       std::labs(dx) < back.width / 2 && std::labs(dy) < back.height / 2;
+    const int W = back.width;
+    const int H = back.height;
+    if (shift) {
+      const std::size_t w = static_cast<std::size_t>(W);
+      for (std::vector<std::uint8_t>& mask : m.masks) {
+        if (mask.empty()) continue;
+        std::vector<std::uint8_t> moved(mask.size(), 0);
+        for (int y = 0; y < H; ++y) {
+          const long from_y = y - dy;
+          if (from_y < 0 || from_y >= H) continue;
+          const long x0 = std::max(0L, dx);
+          const long x1 = std::min<long>(W, W + dx);
+          if (x1 <= x0) continue;
+          std::memcpy(&moved[static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x0)],
+                      &mask[static_cast<std::size_t>(from_y) * w + static_cast<std::size_t>(x0 - dx)],
+                      static_cast<std::size_t>(x1 - x0));
+        }
+        mask.swap(moved);
+      }
+      const int ix = static_cast<int>(dx);
+      const int iy = static_cast<int>(dy);
+      if (iy > 0) RenderArea(view, 0, 0, W, iy);
+      if (iy < 0) RenderArea(view, 0, H + iy, W, -iy);
+      const int ry0 = std::max(0, iy);
+      const int ry1 = std::min(H, H + iy);
+      if (ix > 0) RenderArea(view, 0, ry0, ix, ry1 - ry0);
+      if (ix < 0) RenderArea(view, W + ix, ry0, -ix, ry1 - ry0);
+    } else {
+      m.masks.assign(doc.layers.size(), {});
+      for (std::size_t i = 0; i < doc.layers.size(); ++i) {
+        if (doc.layers[i].visible) m.masks[i].assign(static_cast<std::size_t>(W) * H, 0);
+      }
+      RenderArea(view, 0, 0, W, H);
     }
     m.selection = board_->selection().empty()
                       ? std::vector<std::uint8_t>{}

@@ -16,6 +16,7 @@
 
 #include "apps/qvis-editor/board.h"
 #include "apps/qvis-session/host_document.h"
+#include "qvis/artwork/render.h"
 #include "qvis/window/drawing_window.h"
 #include "qvis/window/qt/qt_port.h"
 
@@ -43,8 +44,19 @@ class Canvas : public CQVIS_Wnd {
   std::uint32_t highlight = 0xFFFFFF;
 
  private:
+  struct NmBox {
+    double x0, y0, x1, y1;
+  };
+  // RenderArea draws the visible layers' objects that touch the screen rectangle `area` into
+  // the masks at that place (the masks are width x height of the view `full`).
+  void RenderArea(const ArtView& full, int x, int y, int w, int h);
+  void UpdateBoxes();
   Board* board_;
-  // Layer masks of the last view, kept while neither the view nor the board changes.
+  // Object boxes in nanometres per layer, for the board revision `boxes_revision_`.
+  std::vector<std::vector<NmBox>> boxes_;
+  std::uint64_t boxes_revision_ = 0;
+  // Layer masks of the last view, kept while neither the view nor the board changes; a pan
+  // by whole pixels shifts them and draws only the uncovered strips.
   struct MaskCache {
     double zoom = 0, x = 0, y = 0;
     int width = 0, height = 0;

@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QRegion>
 #include <QResizeEvent>
 #include <QWheelEvent>
 #include <algorithm>
@@ -87,7 +88,7 @@ void QtWindowPort::Invalidate(bool /*erase*/) {
 void QtWindowPort::RedrawNow() {
   invalid_ = true;
   PaintWindow();
-  if (!last_repaint_.isEmpty()) repaint(last_repaint_);
+  if (!last_repaint_.isEmpty()) repaint(last_repaint_);  // what ShowChanges asked for, now
 }
 
 void QtWindowPort::FrontChanged(const CRect& /*area*/) {
@@ -146,6 +147,7 @@ LRESULT QtWindowPort::Dispatch(UINT message, WPARAM wparam, LPARAM lparam) {
 void QtWindowPort::ShowChanges() {
   const gdi::BitmapView v = gdi::BitmapPixels(front_.bitmap());
   last_repaint_ = QRect();
+  last_repaint_area_ = 0;
   if (v.bits == nullptr || v.width <= 0 || v.height <= 0) return;
   const std::size_t w = static_cast<std::size_t>(v.width);
   if (v.width != shown_width_ || v.height != shown_height_) {
@@ -156,29 +158,75 @@ void QtWindowPort::ShowChanges() {
       std::memcpy(&shown_[static_cast<std::size_t>(y) * w], v.Row32(y), w * 4);
     }
     last_repaint_ = rect();
+    last_repaint_area_ = static_cast<long>(v.width) * v.height;
     ++repaint_count_;
     update();
     return;
   }
-  int top = -1, bottom = -1, left = v.width, right = -1;
+  // Runs of changed pixels per row (runs closer than kGap joined); a run that covers the same
+  // columns as one in the row above extends that rectangle downwards.
+  constexpr int kGap = 16;
+  std::vector<QRect> open, done;
+  std::vector<QRect> next;
   for (int y = 0; y < v.height; ++y) {
     const std::uint32_t* row = v.Row32(y);
     std::uint32_t* old = &shown_[static_cast<std::size_t>(y) * w];
-    if (std::memcmp(row, old, w * 4) == 0) continue;
-    if (top < 0) top = y;
-    bottom = y;
-    int x0 = 0;
-    while (x0 < left && row[x0] == old[x0]) ++x0;
-    int x1 = v.width - 1;
-    while (x1 > right && row[x1] == old[x1]) --x1;
-    left = std::min(left, x0);
-    right = std::max(right, x1);
-    std::memcpy(old, row, w * 4);
+    next.clear();
+    if (std::memcmp(row, old, w * 4) != 0) {
+      int x = 0;
+      while (x < v.width) {
+        // Equal blocks of 8 pixels are stepped over in one comparison.
+        if (x + 8 <= v.width && std::memcmp(row + x, old + x, 32) == 0) {
+          x += 8;
+          continue;
+        }
+        if (row[x] == old[x]) {
+          ++x;
+          continue;
+        }
+        int end = x;  // last changed pixel of this run
+        for (int k = x + 1; k < v.width && k <= end + kGap; ++k) {
+          if (row[k] != old[k]) end = k;
+        }
+        next.emplace_back(x, y, end - x + 1, 1);
+        x = end + 1;
+      }
+      std::memcpy(old, row, w * 4);
+      // A row changed in many places (a scrolled or redrawn frame) is one run: the region
+      // stays a handful of rectangles however busy the picture is.
+      if (next.size() > 4) {
+        const QRect whole(next.front().left(), y, next.back().right() - next.front().left() + 1, 1);
+        next.assign(1, whole);
+      }
+    }
+    for (QRect& r : next) {
+      for (QRect& o : open) {
+        if (o.left() == r.left() && o.right() == r.right()) {
+          o.setBottom(y);
+          r = QRect();
+          break;
+        }
+      }
+    }
+    std::vector<QRect> still;
+    for (const QRect& o : open) (o.bottom() == y ? still : done).push_back(o);
+    for (const QRect& r : next) {
+      if (!r.isNull()) still.push_back(r);
+    }
+    open.swap(still);
   }
-  if (top < 0) return;
-  last_repaint_ = QRect(left, top, right - left + 1, bottom - top + 1);
+  done.insert(done.end(), open.begin(), open.end());
+  if (done.empty()) return;
+  QRegion region;
+  long area = 0;
+  for (const QRect& r : done) {
+    region += r;
+    area += static_cast<long>(r.width()) * r.height();
+  }
+  last_repaint_ = region.boundingRect();
+  last_repaint_area_ = area;
   ++repaint_count_;
-  update(last_repaint_);
+  update(region);
 }
 
 WPARAM QtWindowPort::MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) const {

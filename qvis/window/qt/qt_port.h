@@ -51,9 +51,12 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   // FrontBitmap: the front buffer, what the widget shows.
   HBITMAP FrontBitmap() const { return front_.bitmap(); }
 
-  // LastRepaint: the widget area the last message asked to repaint (the front-buffer pixels
-  // that changed), empty when nothing changed. RepaintCount counts such requests.
+  // LastRepaint: the bounding box of what the last message asked to repaint (the front-buffer
+  // pixels that changed), empty when nothing changed; LastRepaintArea the pixels of the
+  // repainted region itself (runs of changed pixels, row by row, merged), which for a
+  // full-window crosshair is a few lines, not the frame. RepaintCount counts such requests.
   QRect LastRepaint() const { return last_repaint_; }
+  long LastRepaintArea() const { return last_repaint_area_; }
   long RepaintCount() const { return repaint_count_; }
 
   // Dispatch: runs one message through the bound window as a message loop would
@@ -115,6 +118,7 @@ class QtWindowPort : public QWidget, public WindowPort, public KeyStateSource {
   int shown_width_ = 0;
   int shown_height_ = 0;
   QRect last_repaint_;
+  long last_repaint_area_ = 0;
   long repaint_count_ = 0;
 };
 

@@ -179,9 +179,23 @@ TEST_F(QtPortTest, RubberBandRepaintsOnlyWhatChanged) {
   EXPECT_FALSE(r.isEmpty());
   EXPECT_TRUE(r.contains(QPoint(65, 57)));
   EXPECT_LT(r.width() * r.height(), 300 * 200 / 10);
+  EXPECT_GT(port_.LastRepaintArea(), 0);
+  EXPECT_LE(port_.LastRepaintArea(), r.width() * r.height());
   // A move that changes nothing on screen repaints nothing.
   SendMouse(&port_, QEvent::MouseMove, QPoint(70, 60), Qt::NoButton, Qt::NoButton);
   EXPECT_TRUE(port_.LastRepaint().isEmpty());
+}
+
+// The full-window crosshair changes two lines per move: the region repainted is those lines,
+// not their bounding box (the whole widget).
+TEST_F(QtPortTest, CrosshairRepaintsItsLinesNotTheFrame) {
+  d_->m_pCursorMgr->On();
+  d_->m_pCursorMgr->ExtCrossOn();
+  SendMouse(&port_, QEvent::MouseMove, QPoint(100, 80), Qt::NoButton, Qt::NoButton);
+  SendMouse(&port_, QEvent::MouseMove, QPoint(180, 140), Qt::NoButton, Qt::NoButton);
+  ASSERT_GT(port_.LastRepaintArea(), 0);
+  EXPECT_GT(port_.LastRepaint().width() * port_.LastRepaint().height(), 300 * 200 / 2);
+  EXPECT_LT(port_.LastRepaintArea(), 300 * 200 / 5);
 }
 
 TEST_F(QtPortTest, MiddleDragReportsLivePanSteps) {

@@ -530,7 +530,11 @@ std::vector<int> LayersTopFirst(const ArtDocument& doc) {
 
 std::vector<ObjectRef> ArtBoard::HitPoint(Coord x, Coord y, Coord tolerance) const {
   std::vector<ObjectRef> out;
-  tolerance = std::max<Coord>(tolerance, 0);
+  // Far beyond any board, and small enough that the sums below cannot overflow.
+  constexpr Coord kLimit = Coord{1} << 60;
+  tolerance = std::clamp<Coord>(tolerance, 0, kLimit);
+  x = std::clamp<Coord>(x, -kLimit, kLimit);
+  y = std::clamp<Coord>(y, -kLimit, kLimit);
   ArtBox area{x - tolerance, y - tolerance, x + tolerance, y + tolerance};
   for (int li : LayersTopFirst(impl_->doc)) {
     const Layer& l = impl_->doc.layers[static_cast<std::size_t>(li)];

@@ -314,47 +314,8 @@ std::string HostDocument::Listing() const {
 // ---------------------------------------------------------------------------------------------
 // Taking finished figures over.
 
-Figure FromFinished(const qvis::FinishedFigure& in) {
-  Figure f;
-  f.kind = static_cast<FigureKind>(static_cast<int>(in.kind));
-  f.layer = in.layer;
-  f.aperture = in.aperture;
-  for (const qvis::FigureVertex& p : in.points) {
-    Vertex v;
-    v.x = p.x;
-    v.y = p.y;
-    v.width = p.width;
-    v.arc = p.arc;
-    v.cx = p.cx;
-    v.cy = p.cy;
-    v.direction = p.direction;
-    f.points.push_back(v);
-  }
-  f.end_cap = in.end_cap;
-  f.cx = in.cx;
-  f.cy = in.cy;
-  f.radius = in.radius;
-  f.width = in.width;
-  f.fill = in.fill;
-  f.sx = in.sx;
-  f.sy = in.sy;
-  f.ex = in.ex;
-  f.ey = in.ey;
-  f.x1 = in.x1;
-  f.y1 = in.y1;
-  f.x2 = in.x2;
-  f.y2 = in.y2;
-  f.pad = static_cast<PadShape>(static_cast<int>(in.pad));
-  f.pad_width = in.pad_width;
-  f.pad_height = in.pad_height;
-  f.hole_width = in.hole_width;
-  f.hole_height = in.hole_height;
-  f.sides = in.sides;
-  return f;
-}
-
 void FigureTaker::OnFigureFinished(const qvis::FinishedFigure& figure) {
-  document_->Add(FromFinished(figure));
+  document_->Add(figure);
   taken_ = true;
 }
 

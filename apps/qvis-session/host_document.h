@@ -9,6 +9,7 @@
 
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
+#include "qvis/commands/finished_figure.h"
 #include "qvis/design/figure_watch.h"
 
 class CQVIS_Design;
@@ -17,44 +18,11 @@ class CQVIS_GDI;
 
 namespace qvis::session {
 
-struct Vertex {
-  double x = 0.0;
-  double y = 0.0;
-  double width = 0.0;  // world width of the segment that ends here (tracks)
-  // Arc edges of polygons: the edge that ends here runs about the centre.
-  bool arc = false;
-  double cx = 0.0;
-  double cy = 0.0;
-  int direction = 1;  // 1 counter-clockwise on screen, 2 clockwise
-};
-
-enum class FigureKind { kTrack, kCircle, kCircle3, kArc, kRect, kPolygon, kPad };
-enum class PadShape { kRound, kRect, kObround, kPolygon };
-
-struct Figure {
-  FigureKind kind = FigureKind::kTrack;
-  int layer = 0;
-  int aperture = 0;
-  std::vector<Vertex> points;  // track and polygon vertices
-  int end_cap = 0;             // tracks: 0 round, 256 square, 512 flat
-  // Circles and arcs: centre, radius, stroke width, filled disc.
-  double cx = 0.0;
-  double cy = 0.0;
-  double radius = 0.0;
-  double width = 0.0;
-  bool fill = false;
-  // Arcs: start and end points (counter-clockwise on screen from start to end).
-  double sx = 0.0, sy = 0.0, ex = 0.0, ey = 0.0;
-  // Rectangles: two corners.
-  double x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0;
-  // Pads: shape, centre (cx, cy), size, hole, polygon side count.
-  PadShape pad = PadShape::kRound;
-  double pad_width = 0.0;   // round and polygon pads: the diameter
-  double pad_height = 0.0;
-  double hole_width = 0.0;
-  double hole_height = 0.0;
-  int sides = 0;
-};
+// The session keeps the window's own record of a finished figure, in world units.
+using Vertex = qvis::FigureVertex;
+using FigureKind = qvis::FigureKind;
+using PadShape = qvis::PadShape;
+using Figure = qvis::FinishedFigure;
 
 class HostDocument {
  public:
@@ -81,9 +49,6 @@ class HostDocument {
 
   std::vector<Figure> figures_;
 };
-
-// FromFinished: the document's record of a figure the window handed over.
-Figure FromFinished(const qvis::FinishedFigure& figure);
 
 // FigureTaker: the listener a host registers with CQVIS_Wnd::SetFigureListener; it adds every
 // finished figure to the document.

@@ -1,8 +1,5 @@
 #include "apps/qvis-gerber/cli.h"
 
-#include <png.h>
-
-#include <csetjmp>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -16,51 +13,20 @@
 #include "qvis/artwork/render.h"
 #include "qvis/artwork/shapes.h"
 #include "qvis/compat/atomic_file.h"
+#include "qvis/gdi/png_codec.h"
 
 namespace qvis {
 
 namespace {
 
-// EncodePng compresses prepared rows (palette indices or RGB) into `out`. Kept apart from the
-// C++ objects of the caller: libpng reports errors by longjmp.
-bool EncodePng(png_bytep* rows, int width, int height, bool indexed, const png_color* colours,
-               int n_colours, std::vector<std::uint8_t>* out) {
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  if (png == nullptr) return false;
-  png_infop info = png_create_info_struct(png);
-  if (info == nullptr) {
-    png_destroy_write_struct(&png, nullptr);
-    return false;
-  }
-  if (setjmp(png_jmpbuf(png))) {
-    png_destroy_write_struct(&png, &info);
-    return false;
-  }
-  png_set_write_fn(
-      png, out,
-      [](png_structp p, png_bytep bytes, png_size_t size) {
-        auto* v = static_cast<std::vector<std::uint8_t>*>(png_get_io_ptr(p));
-        v->insert(v->end(), bytes, bytes + size);
-      },
-      nullptr);
-  png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-               indexed ? PNG_COLOR_TYPE_PALETTE : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
-               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-  if (indexed) png_set_PLTE(png, info, colours, n_colours);
-  png_set_compression_level(png, 1);
-  png_set_filter(png, 0, indexed ? PNG_FILTER_NONE : PNG_FILTER_SUB);
-  png_write_info(png, info);
-  png_write_image(png, rows);
-  png_write_end(png, nullptr);
-  png_destroy_write_struct(&png, &info);
-  return true;
-}
+// zlib's fastest level: a frame of flat colour compresses well even so, and writing the file
+// took three quarters of the time of opening a board and showing its first frame.
+constexpr int kFastest = 1;
 
 // WriteFramePng writes a rendered frame as PNG, made for speed: a frame holds one colour per
 // layer and the background, so it is written indexed (one byte a pixel, a third of the data
-// to compress) when it has at most 256 colours, and compressed at zlib's fastest level. The
-// general writer of the device layer writes RGB at the default level, which took three
-// quarters of the time of opening a board and showing its first frame.
+// to compress) when it has at most 256 colours, and compressed at zlib's fastest level (the
+// general writer of the device layer writes RGB at the default level).
 bool WriteFramePng(const gdi::PixelImage& img, const std::string& path) {
   const std::size_t n = static_cast<std::size_t>(img.width) * static_cast<std::size_t>(img.height);
   if (img.width <= 0 || img.height <= 0 || img.pixels.size() != n) return false;
@@ -87,31 +53,14 @@ bool WriteFramePng(const gdi::PixelImage& img, const std::string& path) {
     }
     data[i] = last_index;
   }
-  const int bytes_per_pixel = indexed ? 1 : 3;
-  if (!indexed) {
-    data.resize(n * 3);
-    for (std::size_t i = 0; i < n; ++i) {
-      data[3 * i] = static_cast<std::uint8_t>(img.pixels[i] >> 16);
-      data[3 * i + 1] = static_cast<std::uint8_t>(img.pixels[i] >> 8);
-      data[3 * i + 2] = static_cast<std::uint8_t>(img.pixels[i]);
-    }
-  }
-  std::vector<png_bytep> rows(static_cast<std::size_t>(img.height));
-  for (int y = 0; y < img.height; ++y) {
-    rows[static_cast<std::size_t>(y)] =
-        data.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(img.width) * bytes_per_pixel;
-  }
-  std::vector<png_color> colours(palette.size());
-  for (std::size_t k = 0; k < palette.size(); ++k) {
-    colours[k] = {static_cast<png_byte>(palette[k] >> 16), static_cast<png_byte>(palette[k] >> 8),
-                  static_cast<png_byte>(palette[k])};
-  }
   std::vector<std::uint8_t> encoded;
   encoded.reserve(n / 8 + 1024);
-  if (!EncodePng(rows.data(), img.width, img.height, indexed, colours.data(),
-                 static_cast<int>(colours.size()), &encoded)) {
-    return false;
-  }
+  const bool ok =
+      indexed ? gdi::EncodeIndexedPng(data.data(), img.width, img.height, palette.data(),
+                                      static_cast<int>(palette.size()), &encoded, kFastest)
+              : gdi::EncodePng(img.pixels.data(), img.width, img.height, img.width, &encoded,
+                               kFastest);
+  if (!ok) return false;
   WriteFileAtomically(path, encoded.data(), encoded.size());
   return true;
 }
@@ -136,29 +85,21 @@ bool WriteFrame(const ArtDocument& doc, const ArtView& view, const std::string& 
                    [](const Layer* a, const Layer* b) { return a->order < b->order; });
   const std::size_t n = static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height);
   std::vector<std::uint8_t> index(n, 0);
-  std::vector<png_color> colours;
-  auto colour = [](std::uint32_t c) {
-    return png_color{static_cast<png_byte>(c >> 16), static_cast<png_byte>(c >> 8),
-                     static_cast<png_byte>(c)};
-  };
-  colours.push_back(colour(view.background));
+  std::vector<std::uint32_t> colours;
+  colours.push_back(view.background & 0xFFFFFFu);
   for (const Layer* l : order) {
     const std::vector<std::uint8_t> mask = RenderLayerMask(*l, view);
     if (mask.size() != n) return false;
     const auto k = static_cast<std::uint8_t>(colours.size());
-    colours.push_back(colour(l->colour));
+    colours.push_back(l->colour & 0xFFFFFFu);
     for (std::size_t i = 0; i < n; ++i) {
       if (mask[i]) index[i] = k;
     }
   }
-  std::vector<png_bytep> rows(static_cast<std::size_t>(view.height));
-  for (int y = 0; y < view.height; ++y) {
-    rows[static_cast<std::size_t>(y)] = index.data() + static_cast<std::size_t>(y) * view.width;
-  }
   std::vector<std::uint8_t> encoded;
   encoded.reserve(n / 8 + 1024);
-  if (!EncodePng(rows.data(), view.width, view.height, true, colours.data(),
-                 static_cast<int>(colours.size()), &encoded)) {
+  if (!gdi::EncodeIndexedPng(index.data(), view.width, view.height, colours.data(),
+                             static_cast<int>(colours.size()), &encoded, kFastest)) {
     return false;
   }
   WriteFileAtomically(path, encoded.data(), encoded.size());

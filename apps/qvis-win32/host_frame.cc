@@ -94,14 +94,7 @@ HostFrame::HostFrame(int width, int height) {
   status_ = ::CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE | SS_LEFT | SS_SUNKEN, 0,
                               height, width, kStatusHeight, frame_, nullptr, instance, nullptr);
   port_ = std::make_unique<qvis::Win32Port>(frame_, 0, 0, width, height, kCanvasId);
-  collector_ = std::make_unique<qvis::session::FigureCollector>(design(), &document_);
-  port_->SetMessageHook([this](UINT message, WPARAM wparam, bool after) {
-    if (!after) {
-      collector_->Before(message, wparam);
-    } else if (collector_->After(message, wparam)) {
-      port_->Invalidate(true);
-    }
-  });
+  window_.SetFigureListener(&taker_);  // finished figures join the document; the window repaints
   window_.Create(port_.get());
   Layout();
   ShowState();

@@ -75,8 +75,8 @@ class HostFrame {
   void ShowState();
 
   qvis::session::HostDocument document_;
+  qvis::session::FigureTaker taker_{&document_};
   qvis::session::SessionWindow window_{&document_};
-  std::unique_ptr<qvis::session::FigureCollector> collector_;
   HWND frame_ = nullptr;
   HWND status_ = nullptr;
   HACCEL accelerators_ = nullptr;

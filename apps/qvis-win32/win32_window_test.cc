@@ -22,7 +22,7 @@
 
 namespace {
 
-using qvis::session::FigureCollector;
+using qvis::session::FigureTaker;
 using qvis::session::HostDocument;
 using win32host::HostFrame;
 
@@ -106,7 +106,7 @@ class HeadlessSide {
   HeadlessSide(int width, int height, CPoint origin)
       : port_(width, height, origin), window_(&document_) {
     window_.Create(&port_);
-    collector_ = std::make_unique<FigureCollector>(window_.GetDesign(), &document_);
+    window_.SetFigureListener(&taker_);
   }
   void Run(const Step& s, HostFrame& commands_of) {
     switch (s.kind) {
@@ -137,13 +137,11 @@ class HeadlessSide {
   CQVIS_Design* design() { return window_.GetDesign(); }
 
  private:
-  void Around(UINT message, WPARAM wparam, const std::function<void()>& post) {
-    collector_->Before(message, wparam);
+  // The window tells the taker of a finished figure and repaints itself, as it does in the
+  // Win32 frame; the message and its wparam are kept to read as the real side does.
+  void Around(UINT /*message*/, WPARAM /*wparam*/, const std::function<void()>& post) {
     post();
-    if (collector_->After(message, wparam)) {
-      port_.Invalidate(true);
-      port_.PaintIfNeeded();
-    }
+    port_.PaintIfNeeded();
   }
   void RunCommand(int command, HostFrame&) {
     switch (command) {
@@ -158,8 +156,8 @@ class HeadlessSide {
 
   qvis::HeadlessPort port_;
   HostDocument document_;
+  FigureTaker taker_{&document_};
   qvis::session::SessionWindow window_;
-  std::unique_ptr<FigureCollector> collector_;
 };
 
 TEST(Win32WindowTest, RealMessagesGiveTheHeadlessFiguresAndPixels) {

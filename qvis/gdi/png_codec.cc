@@ -149,10 +149,34 @@ int Sample(const std::uint8_t* row, std::size_t index, int depth, bool scale) {
   }
 }
 
+// WriteImage compresses filtered rows and appends the whole file: signature, header, the
+// palette when given, the data and the end marker. `color_type` 2 is RGB, 3 palette.
+bool WriteImage(const std::vector<std::uint8_t>& raw, int width, int height, std::uint8_t color_type,
+                const std::vector<std::uint8_t>& plte, int level, std::vector<std::uint8_t>* out) {
+  uLongf packed_size = compressBound(static_cast<uLong>(raw.size()));
+  std::vector<std::uint8_t> packed(packed_size);
+  if (level < -1 || level > 9) level = Z_DEFAULT_COMPRESSION;
+  if (compress2(packed.data(), &packed_size, raw.data(), static_cast<uLong>(raw.size()), level) !=
+      Z_OK) {
+    return false;
+  }
+  out->insert(out->end(), kSignature.begin(), kSignature.end());
+  std::vector<std::uint8_t> ihdr;
+  PutU32(&ihdr, static_cast<std::uint32_t>(width));
+  PutU32(&ihdr, static_cast<std::uint32_t>(height));
+  // 8 bits a sample, deflate, adaptive filters, progressive.
+  ihdr.insert(ihdr.end(), {8, color_type, 0, 0, 0});
+  PutChunk(out, "IHDR", ihdr.data(), ihdr.size());
+  if (!plte.empty()) PutChunk(out, "PLTE", plte.data(), plte.size());
+  PutChunk(out, "IDAT", packed.data(), packed_size);
+  PutChunk(out, "IEND", nullptr, 0);
+  return true;
+}
+
 }  // namespace
 
 bool EncodePng(const std::uint32_t* pixels, int width, int height, std::ptrdiff_t stride_pixels,
-               std::vector<std::uint8_t>* out) {
+               std::vector<std::uint8_t>* out, int level) {
   if (pixels == nullptr || out == nullptr || width <= 0 || height <= 0 || width > kMaxPngSide ||
       height > kMaxPngSide || stride_pixels < width) {
     return false;
@@ -173,21 +197,31 @@ bool EncodePng(const std::uint32_t* pixels, int width, int height, std::ptrdiff_
       left = p;
     }
   }
-  uLongf packed_size = compressBound(static_cast<uLong>(raw.size()));
-  std::vector<std::uint8_t> packed(packed_size);
-  if (compress2(packed.data(), &packed_size, raw.data(), static_cast<uLong>(raw.size()),
-                Z_DEFAULT_COMPRESSION) != Z_OK) {
+  return WriteImage(raw, width, height, 2, {}, level, out);
+}
+
+bool EncodeIndexedPng(const std::uint8_t* indices, int width, int height,
+                      const std::uint32_t* palette, int colours, std::vector<std::uint8_t>* out,
+                      int level) {
+  if (indices == nullptr || palette == nullptr || out == nullptr || width <= 0 || height <= 0 ||
+      width > kMaxPngSide || height > kMaxPngSide || colours < 1 || colours > 256) {
     return false;
   }
-  out->insert(out->end(), kSignature.begin(), kSignature.end());
-  std::vector<std::uint8_t> ihdr;
-  PutU32(&ihdr, static_cast<std::uint32_t>(width));
-  PutU32(&ihdr, static_cast<std::uint32_t>(height));
-  ihdr.insert(ihdr.end(), {8, 2, 0, 0, 0});  // 8-bit RGB, deflate, adaptive filters, progressive
-  PutChunk(out, "IHDR", ihdr.data(), ihdr.size());
-  PutChunk(out, "IDAT", packed.data(), packed_size);
-  PutChunk(out, "IEND", nullptr, 0);
-  return true;
+  const auto row_bytes = static_cast<std::size_t>(width);
+  std::vector<std::uint8_t> raw((row_bytes + 1) * static_cast<std::size_t>(height));
+  std::uint8_t* dst = raw.data();
+  for (int y = 0; y < height; ++y) {
+    *dst++ = 0;  // no filter: differences of palette indices compress no better
+    std::memcpy(dst, indices + row_bytes * static_cast<std::size_t>(y), row_bytes);
+    dst += row_bytes;
+  }
+  std::vector<std::uint8_t> plte;
+  for (int k = 0; k < colours; ++k) {
+    plte.push_back(static_cast<std::uint8_t>(palette[k] >> 16));
+    plte.push_back(static_cast<std::uint8_t>(palette[k] >> 8));
+    plte.push_back(static_cast<std::uint8_t>(palette[k]));
+  }
+  return WriteImage(raw, width, height, 3, plte, level, out);
 }
 
 bool DecodePng(const std::uint8_t* data, std::size_t size, PixelImage* result) {

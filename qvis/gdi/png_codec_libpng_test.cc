@@ -117,5 +117,31 @@ TEST(PngCodecLibpngTest, LibpngReadsWhatWeWrite) {
   std::filesystem::remove(path);
 }
 
+TEST(PngCodecLibpngTest, LibpngReadsOurPaletteImages) {
+  // A board picture: a background and three layer colours, at the fastest level.
+  const std::uint32_t palette[4] = {0x102010u, 0xC83232u, 0x3232C8u, 0xF0F0F0u};
+  std::vector<std::uint8_t> indices(33 * 17);
+  for (std::size_t i = 0; i < indices.size(); ++i) indices[i] = static_cast<std::uint8_t>((i * 7 / 5) % 4);
+  std::vector<std::uint8_t> png;
+  ASSERT_TRUE(EncodeIndexedPng(indices.data(), 33, 17, palette, 4, &png, 1));
+  const std::string path = TempPath("ours_indexed.png");
+  {
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
+  }
+  PixelImage theirs;
+  ASSERT_TRUE(ReadPngImage(path, &theirs));
+  ASSERT_EQ(theirs.width, 33);
+  ASSERT_EQ(theirs.height, 17);
+  for (std::size_t i = 0; i < indices.size(); ++i) {
+    ASSERT_EQ(theirs.pixels[i], palette[indices[i]]) << i;
+  }
+  std::filesystem::remove(path);
+  // No palette, too many colours or no pixels: nothing is written.
+  EXPECT_FALSE(EncodeIndexedPng(indices.data(), 33, 17, palette, 0, &png));
+  EXPECT_FALSE(EncodeIndexedPng(indices.data(), 33, 17, palette, 257, &png));
+  EXPECT_FALSE(EncodeIndexedPng(indices.data(), 0, 17, palette, 4, &png));
+}
+
 }  // namespace
 }  // namespace qvis::gdi

@@ -32,12 +32,12 @@ inline constexpr int kMaxRenderSide = 32768;
 
 // FitView frames `box` in a width x height image (0: derived from the other and the box at
 // `dpi`) with `border` pixels around it.
-ArtView FitView(const ArtBox& box, double dpi, int border);
+QVIS_API ArtView FitView(const ArtBox& box, double dpi, int border);
 
-gdi::PixelImage RenderArtwork(const ArtDocument& doc, const ArtView& view);
+QVIS_API gdi::PixelImage RenderArtwork(const ArtDocument& doc, const ArtView& view);
 
 // RenderLayerMask draws one layer as coverage (1: dark) for tests and the comparison tools.
-std::vector<std::uint8_t> RenderLayerMask(const Layer& layer, const ArtView& view);
+QVIS_API std::vector<std::uint8_t> RenderLayerMask(const Layer& layer, const ArtView& view);
 
 class ArtBoard;
 

@@ -7,13 +7,14 @@
 #define QVIS_DESIGN_FIGURE_WATCH_H_
 
 #include "qvis/commands/finished_figure.h"
+#include "qvis/compat/export.h"
 #include "qvis/compat/types.h"
 
 class CQVIS_Design;
 
 namespace qvis {
 
-class FigureWatch {
+class QVIS_API FigureWatch {
  public:
   void set_listener(FigureListener* l) { listener_ = l; }
   FigureListener* listener() const { return listener_; }

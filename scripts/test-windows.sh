@@ -24,6 +24,15 @@ scripts/wine-session.sh build/mingw/wineprefix bash -c '
   set -e
   ctest --test-dir build/mingw --output-on-failure -j "$1" --timeout 900
   "$wine64" build/mingw/bin/qvis-design-bytes.exe "$2/windows.design" "$2/windows.records"
+  # Our engine against the system GDI on the exact-rule golden scenes. Outside ctest and with
+  # its output in a file: processes GDI+ starts under Wine keep an output pipe open after the
+  # test has ended.
+  if ! timeout 900 "$wine64" build/mingw/bin/qvis_platform_gdi_test.exe >"$2/platform_gdi.log" 2>&1; then
+    tr -d "\r" <"$2/platform_gdi.log" | tail -60
+    echo "== windows: the engine and the system GDI differ (above)" >&2
+    exit 1
+  fi
+  tr -d "\r" <"$2/platform_gdi.log" | grep -E "^\[ *(PASSED|SKIPPED|FAILED) *\]|tests? from .* ran" || true
 ' wine-tests "${jobs}" "$out"
 
 echo "== windows: the same bytes on both platforms"

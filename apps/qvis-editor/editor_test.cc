@@ -92,7 +92,7 @@ TEST_F(EditorTest, TrackEndsAtItsLastClickOnEnterAndIsDrawnOnTheCanvas) {
   ASSERT_EQ(Objects(), 1u);
   // The crosshair follows the mouse; it is moved off the track to look at its pixels.
   SendMouse(port_, QEvent::MouseMove, QPoint(500, 400), Qt::NoButton, Qt::NoButton);
-  const qvis::ArtObject& t = w_.board().document().layers[0].objects[0];
+  const qvis::ArtObject t = w_.board().document().layers[0].objects[0];
   EXPECT_EQ(t.start, (qvis::ArtPoint{10000000, -10000000}));
   EXPECT_EQ(t.end, (qvis::ArtPoint{30000000, -10000000}));  // not at the cursor
   // A new track is 0.25 mm wide.

@@ -334,7 +334,16 @@ std::vector<std::uint8_t> Board::LayerAlpha() const {
 
 void Board::AddFigure(const FinishedFigure& figure) {
   art_.Select({});
-  sink_.OnFigureFinished(figure);
+  if (figure.kind != FigureKind::kTrack || figure.points.size() < 3) {
+    sink_.OnFigureFinished(figure);
+    return;
+  }
+  // Enter ends a track at its last click by repeating that vertex: the leg of no length it
+  // leaves is not a dot the user drew.
+  FinishedFigure track = figure;
+  auto same = [](const FigureVertex& a, const FigureVertex& b) { return a.x == b.x && a.y == b.y; };
+  track.points.erase(std::unique(track.points.begin(), track.points.end(), same), track.points.end());
+  sink_.OnFigureFinished(track);
 }
 
 void Board::DeleteSelection() {

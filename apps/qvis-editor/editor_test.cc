@@ -196,7 +196,7 @@ TEST_F(EditorTest, ViewWheelZoomsInAboutTheCursorFitAndAdaptiveGrid) {
   SendMouse(port_, QEvent::MouseButtonRelease, QPoint(160, 100), Qt::MiddleButton, Qt::NoButton);
 }
 
-// A live pan moves what was drawn and draws only the strips that come into view: the frame is
+// A live pan frame (drawn through the board's index, after the view moved by whole pixels) is
 // the one a full redraw of the same view gives.
 TEST_F(EditorTest, PanFramesMatchAFullRedraw) {
   ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr")),

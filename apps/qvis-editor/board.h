@@ -1,10 +1,10 @@
-// qvis::editor::Board: the board the editor shows and edits: the artwork document (layers of
-// Gerber and Excellon objects), the active layer, the selection, undo and redo of every change,
-// and the files it comes from and goes to. Knows no window system, so tests drive it directly.
+// qvis::editor::Board: what the editor keeps beside the library's board document (ArtBoard,
+// which holds the layers, the index, the selection and undo): the file the board came from,
+// the layers' opacity on screen, the clipboard, and the editor's file operations (opening
+// artwork files as layers, exports). Knows no window system, so tests drive it directly.
 //
 // World coordinates of the canvas are millimetres with y growing downwards (as the screen);
-// the board's are nanometres with y up (as every Gerber file). BoardPoint and WorldPoint map
-// between them.
+// the board's are nanometres with y up (as every Gerber file), see qvis/artwork/board_window.h.
 #ifndef APPS_QVIS_EDITOR_BOARD_H_
 #define APPS_QVIS_EDITOR_BOARD_H_
 
@@ -13,21 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "apps/qvis-session/host_document.h"
-#include "qvis/artwork/document.h"
+#include "qvis/artwork/board.h"
+#include "qvis/artwork/board_window.h"
+#include "qvis/commands/finished_figure.h"
 
 namespace qvis::editor {
-
-ArtPoint BoardPoint(double world_x, double world_y);
-void WorldPoint(const ArtPoint& p, double* world_x, double* world_y);
-
-// ObjectRef names one object: the layer's index in the document and the object's in the layer.
-struct ObjectRef {
-  int layer = 0;
-  std::size_t index = 0;
-  friend bool operator==(const ObjectRef&, const ObjectRef&) = default;
-  friend auto operator<=>(const ObjectRef&, const ObjectRef&) = default;
-};
 
 // The colours new layers get, in turn.
 std::uint32_t DefaultLayerColour(std::size_t index);
@@ -36,15 +26,15 @@ class Board {
  public:
   Board();
 
-  const ArtDocument& document() const { return doc_; }
-  int active_layer() const { return active_; }
+  ArtBoard& art() { return art_; }
+  const ArtBoard& art() const { return art_; }
+  // The live objects, in drawing order (a copy: for tests and exports, not for every frame).
+  ArtDocument document() const { return art_.Document(); }
+  // The layer new figures go to (within the layers there are: undo may remove the last).
+  int active_layer() const;
   void SetActiveLayer(int layer);
-  // Revision grows with every change of what the board shows (edits, undo, layer settings).
-  std::uint64_t revision() const { return revision_; }
-  bool modified() const { return modified_; }
-  void MarkSaved() { modified_ = false; }
+  bool modified() const { return art_.IsModified(); }
   const std::string& path() const { return path_; }
-  void SetPath(std::string path) { path_ = std::move(path); }
 
   // Opening. ReadArtworkFile reads one Gerber or Excellon file into a layer named after the
   // file; on failure `error` names the file, the line and column, and the cause. OpenFiles
@@ -57,21 +47,11 @@ class Board {
   // AddFiles adds the files as new layers (one undoable step), all or nothing.
   bool AddFiles(const std::vector<std::string>& paths, std::string* error);
 
-  // The board file: every layer (name, colour, visibility, order, kind, opacity) with its
-  // artwork as Gerber, and the view. Save writes through a temporary file, so a failed save
-  // keeps the old file; `error` says why. Load replaces the board only when the whole file
-  // was read.
-  struct View {
-    double zoom = 0.0;  // 0: no view stored
-    double x = 0.0;
-    double y = 0.0;
-  };
-  bool Save(const std::string& path, const View& view, std::string* error);
-  bool Load(const std::string& path, View* view, std::string* error);
-  static std::string Serialize(const ArtDocument& doc, const std::vector<int>& opacity,
-                               const View& view);
-  static bool Parse(const std::string& text, ArtDocument* doc, std::vector<int>* opacity,
-                    View* view, std::string* error);
+  // The board file is the library's board text format with `view` (a failed save keeps the
+  // old file; Load replaces the board only when the whole file was read). Opacity is how the
+  // editor shows a layer, not part of the board: it is not saved.
+  bool Save(const std::string& path, const BoardView& view, std::string* error);
+  bool Load(const std::string& path, BoardView* view, std::string* error);
 
   // Exports: the layer as a Gerber file; the visible layers as SVG (board coordinates, mm).
   bool ExportGerber(int layer, const std::string& path, std::string* error) const;
@@ -85,10 +65,12 @@ class Board {
   void MoveLayer(int layer, int delta);
   int opacity(int layer) const;  // percent, 100 opaque
   void SetOpacity(int layer, int percent);
+  // Per layer, 0..255, for drawing.
+  std::vector<std::uint8_t> LayerAlpha() const;
 
   // Editing; every call below is one undoable step.
   // AddFigure turns a figure a command finished into objects of the active layer.
-  void AddFigure(const session::Figure& figure);
+  void AddFigure(const FinishedFigure& figure);
   void DeleteSelection();
   // MoveSelection moves the selected objects by (dx, dy) world millimetres.
   void MoveSelection(double dx, double dy);
@@ -102,8 +84,8 @@ class Board {
   void MoveSelectionToLayer(int layer);
   bool Undo();
   bool Redo();
-  bool CanUndo() const { return !undo_.empty(); }
-  bool CanRedo() const { return !redo_.empty(); }
+  bool CanUndo() const { return art_.CanUndo(); }
+  bool CanRedo() const { return art_.CanRedo(); }
 
   // Selection. HitTest finds the topmost object of a visible layer within `tolerance` world mm
   // of a world point; SelectBox picks the objects wholly inside a world box.
@@ -111,37 +93,21 @@ class Board {
   void SelectAt(double wx, double wy, double tolerance, bool add);
   void SelectBox(double x1, double y1, double x2, double y2, bool add);
   void SelectAll();
-  void ClearSelection();
-  const std::vector<ObjectRef>& selection() const { return selection_; }
+  void ClearSelection() { art_.Select({}); }
+  const std::vector<ObjectRef>& selection() const { return art_.selection(); }
   const ArtObject* Object(const ObjectRef& ref) const;
-  // SelectionLayer: a layer with copies of the selected objects (and their apertures), for
-  // drawing the highlight.
-  Layer SelectionLayer(std::uint32_t colour) const;
 
   // Extent of the visible artwork in world mm; false when there is none.
   bool Extent(double* x1, double* y1, double* x2, double* y2) const;
 
  private:
-  struct State {
-    ArtDocument doc;
-    std::vector<int> opacity;
-    int active = 0;
-  };
-  void Checkpoint();
-  void Changed();
-  static int ApertureFor(Layer* layer, const Aperture& aperture);
-  static int CircleAperture(Layer* layer, double width_mm);
+  void Replace(ArtBoard board);
 
-  ArtDocument doc_;
-  std::vector<int> opacity_;
-  int active_ = 0;
-  std::vector<State> undo_;
-  std::vector<State> redo_;
-  std::vector<ObjectRef> selection_;
+  ArtBoard art_;
+  BoardFigureSink sink_{&art_, 1e6};
+  std::vector<int> opacity_;  // by layer; missing: opaque
   std::vector<ArtObject> clipboard_;
   std::vector<Aperture> clipboard_apertures_;  // by the clipboard object's index
-  std::uint64_t revision_ = 1;
-  bool modified_ = false;
   std::string path_;
 };
 

@@ -14,9 +14,9 @@ namespace {
 using qvis::ArtObject;
 using qvis::ObjectKind;
 using qvis::editor::Board;
-using qvis::editor::ObjectRef;
-using qvis::session::Figure;
-using qvis::session::FigureKind;
+using qvis::FigureKind;
+using qvis::ObjectRef;
+using Figure = qvis::FinishedFigure;
 
 namespace fs = std::filesystem;
 
@@ -41,7 +41,7 @@ Figure TrackFigure(std::initializer_list<std::pair<double, double>> points, doub
   Figure f;
   f.kind = FigureKind::kTrack;
   for (auto [x, y] : points) {
-    qvis::session::Vertex v;
+    qvis::FigureVertex v;
     v.x = x;
     v.y = y;
     v.width = width;
@@ -53,7 +53,7 @@ Figure TrackFigure(std::initializer_list<std::pair<double, double>> points, doub
 Figure Pad(double x, double y, double d) {
   Figure f;
   f.kind = FigureKind::kPad;
-  f.pad = qvis::session::PadShape::kRound;
+  f.pad = qvis::PadShape::kRound;
   f.cx = x;
   f.cy = y;
   f.pad_width = d;
@@ -92,17 +92,21 @@ TEST(BoardTest, SaveAndLoadGiveTheSameBoardAndAFailedSaveKeepsTheOldFile) {
   b.AddFigure(TrackFigure({{1, -2}, {5, -2}}, 0.25));
   const fs::path dir = TempDir();
   const std::string path = (dir / "b.qvb").string();
-  ASSERT_TRUE(b.Save(path, {12.5, -3.0, -40.0}, &error)) << error;
+  b.SetActiveLayer(1);
+  ASSERT_TRUE(b.Save(path, {-3.0, -40.0, 12.5, 0, 1}, &error)) << error;
   EXPECT_FALSE(b.modified());
   Board c;
-  Board::View view;
+  qvis::BoardView view;
   ASSERT_TRUE(c.Load(path, &view, &error)) << error;
   EXPECT_EQ(view.zoom, 12.5);
-  EXPECT_EQ(view.y, -40.0);
+  EXPECT_EQ(view.view_y, -40.0);
+  EXPECT_EQ(c.active_layer(), 1);
   ASSERT_EQ(c.document().layers.size(), 2u);
   EXPECT_EQ(c.document().layers[1].colour, 0x123456u);
   EXPECT_EQ(c.document().layers[1].kind, qvis::LayerKind::kDrill);
-  EXPECT_EQ(c.opacity(0), 40);
+  // Opacity is how this editor shows a layer, not part of the board: not saved.
+  EXPECT_EQ(b.opacity(0), 40);
+  EXPECT_EQ(c.opacity(0), 100);
   EXPECT_EQ(c.document().layers[0].objects, b.document().layers[0].objects);
   EXPECT_EQ(c.document().layers[1].objects, b.document().layers[1].objects);
 
@@ -116,6 +120,7 @@ TEST(BoardTest, SaveAndLoadGiveTheSameBoardAndAFailedSaveKeepsTheOldFile) {
   EXPECT_FALSE(c.Load((dir / "cut.qvb").string(), &view, &error));
   EXPECT_NE(error.find("cut.qvb: line"), std::string::npos) << error;
   EXPECT_EQ(c.document(), kept);
+  EXPECT_EQ(c.path(), path);
   fs::remove_all(dir);
 }
 
@@ -123,7 +128,7 @@ TEST(BoardTest, FiguresBecomeObjectsOfTheActiveLayerWithUndoAndRedo) {
   Board b;
   // Enter at the last click repeats the last vertex: that leg of no length is dropped.
   b.AddFigure(TrackFigure({{0, 0}, {10, 0}, {10, -5}, {10, -5}}, 0.25));
-  const qvis::Layer& l = b.document().layers[0];
+  const qvis::Layer l = b.document().layers[0];
   ASSERT_EQ(l.objects.size(), 2u);
   EXPECT_EQ(l.objects[1].start, (qvis::ArtPoint{10000000, 0}));
   EXPECT_EQ(l.objects[1].end, (qvis::ArtPoint{10000000, 5000000}));  // board y is up
@@ -149,7 +154,7 @@ TEST(BoardTest, SelectMoveCopyPasteAndDelete) {
   // A click near the track (inside its width plus the tolerance) picks it; far away nothing.
   b.SelectAt(5, 0.3, 0.1, false);
   ASSERT_EQ(b.selection().size(), 1u);
-  EXPECT_EQ(b.selection()[0], (ObjectRef{0, 0}));
+  EXPECT_EQ(b.selection()[0], (ObjectRef{0, 0u}));
   b.SelectAt(5, 2.0, 0.1, false);
   EXPECT_TRUE(b.selection().empty());
   // A box picks what lies wholly inside.

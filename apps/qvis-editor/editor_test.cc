@@ -92,7 +92,7 @@ TEST_F(EditorTest, TrackEndsAtItsLastClickOnEnterAndIsDrawnOnTheCanvas) {
   ASSERT_EQ(Objects(), 1u);
   // The crosshair follows the mouse; it is moved off the track to look at its pixels.
   SendMouse(port_, QEvent::MouseMove, QPoint(500, 400), Qt::NoButton, Qt::NoButton);
-  const qvis::ArtObject& t = w_.board().document().layers[0].objects[0];
+  const qvis::ArtObject t = w_.board().document().layers[0].objects[0];
   EXPECT_EQ(t.start, (qvis::ArtPoint{10000000, -10000000}));
   EXPECT_EQ(t.end, (qvis::ArtPoint{30000000, -10000000}));  // not at the cursor
   // A new track is 0.25 mm wide.
@@ -196,7 +196,7 @@ TEST_F(EditorTest, ViewWheelZoomsInAboutTheCursorFitAndAdaptiveGrid) {
   SendMouse(port_, QEvent::MouseButtonRelease, QPoint(160, 100), Qt::MiddleButton, Qt::NoButton);
 }
 
-// A live pan moves what was drawn and draws only the strips that come into view: the frame is
+// A live pan frame (drawn through the board's index, after the view moved by whole pixels) is
 // the one a full redraw of the same view gives.
 TEST_F(EditorTest, PanFramesMatchAFullRedraw) {
   ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr")),

@@ -35,6 +35,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "qvis/artwork/board_window.h"
 #include "qvis/artwork/render.h"
 #include "qvis/artwork/shapes.h"
 #include "qvis/compat/atomic_file.h"
@@ -54,16 +55,6 @@ void StartCommand(CQVIS_Design* d, Cmd* cmd) {
   if (cmd->IsActived()) return;
   d->AllDeactiveCmd();
   cmd->Active();
-}
-
-std::uint32_t Blend(std::uint32_t under, std::uint32_t over, int percent) {
-  if (percent >= 100) return over;
-  auto ch = [&](int shift) {
-    const int a = static_cast<int>((under >> shift) & 0xFF);
-    const int b = static_cast<int>((over >> shift) & 0xFF);
-    return static_cast<std::uint32_t>((a * (100 - percent) + b * percent) / 100) << shift;
-  };
-  return ch(16) | ch(8) | ch(0);
 }
 
 // ToolIcon: the tool bar's icons, drawn here (24 px, dark strokes on transparent) so the
@@ -185,93 +176,7 @@ void Canvas::OnMouseMove(UINT nFlags, CPoint point) {
   CQVIS_Wnd::OnMouseMove(nFlags, point);
 }
 
-void Canvas::UpdateBoxes() {
-  if (boxes_revision_ == board_->revision()) return;
-  const ArtDocument& doc = board_->document();
-  boxes_.assign(doc.layers.size(), {});
-  for (std::size_t li = 0; li < doc.layers.size(); ++li) {
-    const Layer& l = doc.layers[li];
-    std::vector<NmBox>& boxes = boxes_[li];
-    boxes.reserve(l.objects.size());
-    for (const ArtObject& o : l.objects) {
-      // Tracks and flashes of the standard apertures from their points; anything else from
-      // its outline.
-      const auto a = l.apertures.find(o.aperture);
-      const bool plain = a != l.apertures.end() && a->second.kind != ApertureKind::kMacro &&
-                         a->second.kind != ApertureKind::kBlock && o.transform.IsIdentity();
-      if (plain && (o.kind == ObjectKind::kTrack || o.kind == ObjectKind::kFlash)) {
-        const double r = static_cast<double>(std::max(a->second.size_x, a->second.size_y)) / 2.0;
-        const ArtPoint p = o.kind == ObjectKind::kTrack ? o.start : o.end;
-        boxes.push_back({std::min<double>(p.x, o.end.x) - r, std::min<double>(p.y, o.end.y) - r,
-                         std::max<double>(p.x, o.end.x) + r, std::max<double>(p.y, o.end.y) + r});
-        continue;
-      }
-      Layer one;
-      one.apertures = l.apertures;
-      one.macros = l.macros;
-      one.objects.push_back(o);
-      const ArtBox b = LayerExtent(one);
-      if (b.IsEmpty()) {
-        // Clear objects have no dark extent: keep them everywhere, to be safe.
-        boxes.push_back({-1e30, -1e30, 1e30, 1e30});
-      } else {
-        boxes.push_back({static_cast<double>(b.min_x), static_cast<double>(b.min_y),
-                         static_cast<double>(b.max_x), static_cast<double>(b.max_y)});
-      }
-    }
-  }
-  boxes_revision_ = board_->revision();
-}
-
-void Canvas::RenderArea(const ArtView& full, int x, int y, int w, int h) {
-  if (w <= 0 || h <= 0) return;
-  const ArtDocument& doc = board_->document();
-  const double nm_per_px = 25.4e6 / full.dpi;
-  ArtView part = full;
-  part.width = w;
-  part.height = h;
-  part.origin_x = full.origin_x + static_cast<Coord>(std::llround(x * nm_per_px));
-  part.origin_y = full.origin_y + static_cast<Coord>(std::llround((full.height - (y + h)) * nm_per_px));
-  const double x0 = static_cast<double>(part.origin_x) - nm_per_px;
-  const double y0 = static_cast<double>(part.origin_y) - nm_per_px;
-  const double x1 = x0 + (w + 2) * nm_per_px;
-  const double y1 = y0 + (h + 2) * nm_per_px;
-  const std::size_t stride = static_cast<std::size_t>(full.width);
-  for (std::size_t li = 0; li < doc.layers.size(); ++li) {
-    const Layer& l = doc.layers[li];
-    if (!l.visible || cache_.masks[li].empty()) continue;
-    Layer sub;
-    sub.apertures = l.apertures;
-    sub.macros = l.macros;
-    const std::vector<NmBox>& boxes = boxes_[li];
-    bool all = true;
-    for (std::size_t i = 0; i < l.objects.size(); ++i) {
-      const NmBox& b = boxes[i];
-      if (b.x1 < x0 || b.x0 > x1 || b.y1 < y0 || b.y0 > y1) {
-        all = false;
-        break;
-      }
-    }
-    const Layer* draw = &l;
-    if (!all) {
-      for (std::size_t i = 0; i < l.objects.size(); ++i) {
-        const NmBox& b = boxes[i];
-        if (!(b.x1 < x0 || b.x0 > x1 || b.y1 < y0 || b.y0 > y1)) sub.objects.push_back(l.objects[i]);
-      }
-      draw = &sub;
-    }
-    const std::vector<std::uint8_t> mask = RenderLayerMask(*draw, part);
-    if (mask.size() != static_cast<std::size_t>(w) * static_cast<std::size_t>(h)) continue;
-    std::vector<std::uint8_t>& out = cache_.masks[li];
-    for (int row = 0; row < h; ++row) {
-      std::memcpy(&out[static_cast<std::size_t>(y + row) * stride + static_cast<std::size_t>(x)],
-                  &mask[static_cast<std::size_t>(row) * static_cast<std::size_t>(w)],
-                  static_cast<std::size_t>(w));
-    }
-  }
-}
-
-void Canvas::OnDrawHost(CQVIS_GDI* /*surface*/, qvis::HDC dc) {
+void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
   CQVIS_Design* d = GetDesign();
   const gdi::BitmapView back = gdi::BitmapPixels(d->m_pRenderBuffer->GetBitmap());
   if (back.bits == nullptr || back.width <= 0 || back.height <= 0) return;
@@ -300,92 +205,11 @@ void Canvas::OnDrawHost(CQVIS_GDI* /*surface*/, qvis::HDC dc) {
       gdi::DeleteObject(pen);
     }
   }
-  const ArtDocument& doc = board_->document();
-  MaskCache& m = cache_;
-  ArtView view;
-  view.dpi = zoom * 25.4;
-  view.width = back.width;
-  view.height = back.height;
-  // The board's y is up: the screen's top row is world y = viewY, board y = -viewY.
-  view.origin_x = static_cast<Coord>(std::llround(c->m_dViewX * 1e6));
-  view.origin_y = static_cast<Coord>(std::llround((-c->m_dViewY - back.height / zoom) * 1e6));
-  const bool same_frame = m.zoom == zoom && m.width == back.width && m.height == back.height &&
-                          m.revision == board_->revision() && m.masks.size() == doc.layers.size();
-  if (!same_frame || m.x != c->m_dViewX || m.y != c->m_dViewY) {
-    UpdateBoxes();
-    // A pan by whole pixels: the masks move and only the strips that came into view are drawn.
-    const double sx = (m.x - c->m_dViewX) * zoom;
-    const double sy = (m.y - c->m_dViewY) * zoom;
-    const long dx = std::lround(sx);
-    const long dy = std::lround(sy);
-    const bool shift = same_frame && std::fabs(sx - static_cast<double>(dx)) < 1e-6 &&
-                       std::fabs(sy - static_cast<double>(dy)) < 1e-6 &&
-                       std::labs(dx) < back.width / 2 && std::labs(dy) < back.height / 2;
-    const int W = back.width;
-    const int H = back.height;
-    if (shift) {
-      const std::size_t w = static_cast<std::size_t>(W);
-      for (std::vector<std::uint8_t>& mask : m.masks) {
-        if (mask.empty()) continue;
-        std::vector<std::uint8_t> moved(mask.size(), 0);
-        for (int y = 0; y < H; ++y) {
-          const long from_y = y - dy;
-          if (from_y < 0 || from_y >= H) continue;
-          const long x0 = std::max(0L, dx);
-          const long x1 = std::min<long>(W, W + dx);
-          if (x1 <= x0) continue;
-          std::memcpy(&moved[static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x0)],
-                      &mask[static_cast<std::size_t>(from_y) * w + static_cast<std::size_t>(x0 - dx)],
-                      static_cast<std::size_t>(x1 - x0));
-        }
-        mask.swap(moved);
-      }
-      const int ix = static_cast<int>(dx);
-      const int iy = static_cast<int>(dy);
-      if (iy > 0) RenderArea(view, 0, 0, W, iy);
-      if (iy < 0) RenderArea(view, 0, H + iy, W, -iy);
-      const int ry0 = std::max(0, iy);
-      const int ry1 = std::min(H, H + iy);
-      if (ix > 0) RenderArea(view, 0, ry0, ix, ry1 - ry0);
-      if (ix < 0) RenderArea(view, W + ix, ry0, -ix, ry1 - ry0);
-    } else {
-      m.masks.assign(doc.layers.size(), {});
-      for (std::size_t i = 0; i < doc.layers.size(); ++i) {
-        if (doc.layers[i].visible) m.masks[i].assign(static_cast<std::size_t>(W) * H, 0);
-      }
-      RenderArea(view, 0, 0, W, H);
-    }
-    m.selection = board_->selection().empty()
-                      ? std::vector<std::uint8_t>{}
-                      : RenderLayerMask(board_->SelectionLayer(highlight), view);
-    m.zoom = zoom;
-    m.x = c->m_dViewX;
-    m.y = c->m_dViewY;
-    m.width = back.width;
-    m.height = back.height;
-    m.revision = board_->revision();
-  }
-  std::vector<std::size_t> order;
-  for (std::size_t i = 0; i < doc.layers.size(); ++i) {
-    if (doc.layers[i].visible && !m.masks[i].empty()) order.push_back(i);
-  }
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return doc.layers[a].order < doc.layers[b].order;
-  });
-  const std::size_t w = static_cast<std::size_t>(back.width);
-  auto lay = [&](const std::vector<std::uint8_t>& mask, std::uint32_t colour, int percent) {
-    for (int y = 0; y < back.height; ++y) {
-      std::uint32_t* row = back.Row32(y);
-      const std::uint8_t* mrow = &mask[static_cast<std::size_t>(y) * w];
-      for (std::size_t x = 0; x < w; ++x) {
-        if (mrow[x]) row[x] = Blend(row[x], colour, percent);
-      }
-    }
-  };
-  for (std::size_t i : order) {
-    lay(m.masks[i], doc.layers[i].colour & 0xFFFFFFu, board_->opacity(static_cast<int>(i)));
-  }
-  if (!m.selection.empty()) lay(m.selection, highlight, 60);
+  // Only the objects the index finds in the view are drawn: a frame costs what it shows.
+  ComposeOptions options;
+  options.highlight = highlight;
+  options.layer_opacity = board_->LayerAlpha();
+  DrawBoard(board_->art(), surface, dc, options);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -397,7 +221,6 @@ EditorWindow::EditorWindow() {
   port_ = new QtWindowPort;
   setCentralWidget(port_);
   resize(1100, 760);
-  collector_ = std::make_unique<session::FigureCollector>(canvas_.GetDesign(), &staging_);
   port_->SetMessageHook([this](UINT message, WPARAM wparam, bool after) {
     if (after) {
       After(message, wparam);
@@ -418,6 +241,7 @@ EditorWindow::EditorWindow() {
   recent_ = settings.value("recent").toStringList();
   port_->SetWheelUpZoomsIn(!settings.value("wheel_inverted", false).toBool());
   canvas_.Create(port_);
+  canvas_.SetFigureListener(&figure_taker_);
   ApplyDefaults();
   BuildActions();
   BuildPanels();
@@ -665,11 +489,11 @@ void EditorWindow::BuildPanels() {
   add_button("Up", [this] { board_.MoveLayer(board_.active_layer(), 1); });
   add_button("Down", [this] { board_.MoveLayer(board_.active_layer(), -1); });
   add_button("Colour…", [this] {
-    const Layer& l = board_.document().layers[static_cast<std::size_t>(board_.active_layer())];
+    const Layer& l = board_.art().layer(board_.active_layer());
     const QColor c = QColorDialog::getColor(QColor(QRgb(l.colour)), this, "Layer colour");
     if (c.isValid()) board_.SetLayerColour(board_.active_layer(), c.rgb() & 0xFFFFFFu);
   });
-  add_button("New", [this] { board_.SetActiveLayer(board_.AddLayer("Layer " + std::to_string(board_.document().layers.size() + 1))); });
+  add_button("New", [this] { board_.SetActiveLayer(board_.AddLayer("Layer " + std::to_string(board_.art().LayerCount() + 1))); });
   lv->addLayout(buttons);
   auto* opacity = new QSpinBox;
   opacity->setRange(0, 100);
@@ -752,13 +576,15 @@ void EditorWindow::Refresh() {
 void EditorWindow::UpdateLayers() {
   if (layers_ == nullptr) return;
   updating_panels_ = true;
-  const auto& layers = board_.document().layers;
+  const ArtBoard& art = board_.art();
   layers_->clear();
   layer_box_->clear();
-  for (std::size_t i = 0; i < layers.size(); ++i) {
-    const Layer& l = layers[i];
+  for (int i = 0; i < art.LayerCount(); ++i) {
+    const Layer& l = art.layer(i);
+    std::size_t live = 0;
+    for (std::uint32_t k = 0; k < l.objects.size(); ++k) live += art.IsLive({i, k}) ? 1 : 0;
     auto* item = new QListWidgetItem(QString::fromStdString(l.name) +
-                                     QString("  (order %1, %2 objects)").arg(l.order).arg(l.objects.size()));
+                                     QString("  (order %1, %2 objects)").arg(l.order).arg(live));
     item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
     item->setCheckState(l.visible ? Qt::Checked : Qt::Unchecked);
     QPixmap swatch(12, 12);
@@ -782,7 +608,7 @@ void EditorWindow::UpdateProperties() {
     selection_label_->setText(QString("Tool: %1").arg(QString::fromStdString(tool_)));
   } else {
     const ArtObject* o = board_.Object(sel.front());
-    const Layer& l = board_.document().layers[static_cast<std::size_t>(sel.front().layer)];
+    const Layer& l = board_.art().layer(sel.front().layer);
     if (o != nullptr) {
       const auto a = l.apertures.find(o->aperture);
       if (a != l.apertures.end()) width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
@@ -917,7 +743,6 @@ bool EditorWindow::OnKey(QKeyEvent* e) {
 }
 
 void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
-  collector_->Before(message, wparam);
   CQVIS_Design* d = design();
   busy_before_ = (d->m_pDrawLineCmd->IsActived() && d->m_pDrawLineCmd->m_nProgress > 0) ||
                  (d->m_pDrawPolygonCmd->IsActived() && d->m_pDrawPolygonCmd->m_nProgress > 0) ||
@@ -946,7 +771,6 @@ void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
 
 void EditorWindow::After(UINT message, WPARAM wparam) {
   CQVIS_Design* d = design();
-  if (collector_->After(message, wparam)) TakeFigures();
   if (message == WM_MOUSEMOVE) UpdateStatus();
   if (esc_pending_) {
     esc_pending_ = false;
@@ -1017,10 +841,9 @@ LRESULT EditorWindow::OnParentNotify(UINT, WPARAM, LPARAM) {
   return 0;
 }
 
-void EditorWindow::TakeFigures() {
-  for (const session::Figure& f : staging_.figures()) board_.AddFigure(f);
-  staging_.Clear();
-  Refresh();
+void EditorWindow::FigureTaker::OnFigureFinished(const FinishedFigure& figure) {
+  w_->board_.AddFigure(figure);
+  w_->Refresh();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1045,11 +868,12 @@ bool EditorWindow::OpenFiles(const QStringList& paths) {
   std::string error;
   bool ok;
   if (paths.size() == 1 && paths[0].endsWith(".qvb")) {
-    Board::View view;
+    BoardView view;
     ok = board_.Load(paths[0].toStdString(), &view, &error);
-    if (ok && view.zoom > 0) {
+    // A view with the default zoom is a board never shown (or written by a program): fit it.
+    if (ok && view.zoom > 0 && view != BoardView{}) {
       design()->m_pCoords->SetZoom(view.zoom);
-      design()->m_pCoords->SetScreenViewPosition(view.x, view.y);
+      design()->m_pCoords->SetScreenViewPosition(view.view_x, view.view_y);
       UpdateGrid();
     } else if (ok) {
       FitView();
@@ -1073,7 +897,8 @@ bool EditorWindow::OpenFiles(const QStringList& paths) {
 bool EditorWindow::SaveAs(const QString& path) {
   CQVIS_Coords* c = design()->m_pCoords;
   std::string error;
-  if (!board_.Save(path.toStdString(), {c->m_dZoom, c->m_dViewX, c->m_dViewY}, &error)) {
+  if (!board_.Save(path.toStdString(), {c->m_dViewX, c->m_dViewY, c->m_dZoom, 0, board_.active_layer()},
+                   &error)) {
     ShowError("The board was not saved (the old file is unchanged): " + QString::fromStdString(error));
     return false;
   }

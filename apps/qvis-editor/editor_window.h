@@ -15,7 +15,6 @@
 #include <vector>
 
 #include "apps/qvis-editor/board.h"
-#include "apps/qvis-session/host_document.h"
 #include "qvis/artwork/render.h"
 #include "qvis/window/drawing_window.h"
 #include "qvis/window/qt/qt_port.h"
@@ -29,9 +28,9 @@ class QSpinBox;
 
 namespace qvis::editor {
 
-// Canvas: the drawing window with the board painted in its host hook (each visible layer in
-// its colour and opacity, the selection highlighted, major grid lines), and the crosshair on
-// the snapped point while a drawing command runs.
+// Canvas: the drawing window with the board drawn in its host hook through the board's index
+// (each visible layer in its colour and opacity, the selection highlighted, over major grid
+// lines), and the crosshair on the snapped point while a drawing command runs.
 class Canvas : public CQVIS_Wnd {
  public:
   explicit Canvas(Board* board) : board_(board) {}
@@ -44,26 +43,7 @@ class Canvas : public CQVIS_Wnd {
   std::uint32_t highlight = 0xFFFFFF;
 
  private:
-  struct NmBox {
-    double x0, y0, x1, y1;
-  };
-  // RenderArea draws the visible layers' objects that touch the screen rectangle `area` into
-  // the masks at that place (the masks are width x height of the view `full`).
-  void RenderArea(const ArtView& full, int x, int y, int w, int h);
-  void UpdateBoxes();
   Board* board_;
-  // Object boxes in nanometres per layer, for the board revision `boxes_revision_`.
-  std::vector<std::vector<NmBox>> boxes_;
-  std::uint64_t boxes_revision_ = 0;
-  // Layer masks of the last view, kept while neither the view nor the board changes; a pan
-  // by whole pixels shifts them and draws only the uncovered strips.
-  struct MaskCache {
-    double zoom = 0, x = 0, y = 0;
-    int width = 0, height = 0;
-    std::uint64_t revision = 0;
-    std::vector<std::vector<std::uint8_t>> masks;
-    std::vector<std::uint8_t> selection;
-  } cache_;
 };
 
 enum class DisplayUnit { kMm, kInch, kMil, kCm, kMicron };
@@ -137,15 +117,22 @@ class EditorWindow : public QMainWindow {
   bool OnKey(QKeyEvent* event);
   void ShowError(const QString& text);
   void AddRecent(const QStringList& paths);
-  void TakeFigures();
   QAction* AddAction(const std::string& name, const QString& text, const QString& icon,
                      const QKeySequence& key, std::function<void()> run);
 
   Board board_;
   QtWindowPort* port_ = nullptr;
   Canvas canvas_{&board_};
-  session::HostDocument staging_;  // figures the commands finished, before they join the board
-  std::unique_ptr<session::FigureCollector> collector_;
+  // Finished figures join the board as they come, through the window's figure notification.
+  class FigureTaker : public FigureListener {
+   public:
+    explicit FigureTaker(EditorWindow* w) : w_(w) {}
+    void OnFigureFinished(const FinishedFigure& figure) override;
+
+   private:
+    EditorWindow* w_;
+  };
+  FigureTaker figure_taker_{this};
   std::map<std::string, QAction*> actions_;
   std::vector<std::string> action_order_;
   QLabel* position_label_ = nullptr;

@@ -8,6 +8,10 @@
 //   PanFrame: one live-pan frame (a middle-button drag step: the view moves, the board is
 //     drawn again and presented) over the same board. Counters: frame_ms, ref_frame_ms (empty
 //     board: grid and present only) and vs_empty.
+//   ZoomFrame: one frame after a zoom step (the whole view drawn again), alternately with the
+//     whole board fitted (all 100,000 objects on screen) and zoomed in 8x about its centre
+//     (about 1/64 of the board on screen). Counters: fit_frame_ms, in_frame_ms, ref_frame_ms
+//     (the same steps over an empty board) and in_vs_fit.
 #include <QApplication>
 #include <QMouseEvent>
 #include <benchmark/benchmark.h>
@@ -161,6 +165,48 @@ void BM_PanFrame(benchmark::State& state) {
   state.counters["vs_empty"] = t / ref;
 }
 BENCHMARK(BM_PanFrame)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+
+// Frames alternately at `zoom` and 8 x `zoom` about the canvas centre; seconds per frame of
+// each kind.
+void SecondsOfZoom(Editor& e, int frames, double* fit_s, double* in_s) {
+  CQVIS_Coords* c = e.w.design()->m_pCoords;
+  const double zoom = c->m_dZoom;
+  const double cx = c->m_dViewX + kWidth / 2.0 / zoom;
+  const double cy = c->m_dViewY + kHeight / 2.0 / zoom;
+  *fit_s = *in_s = 0;
+  for (int i = 0; i < 2 * frames; ++i) {
+    const double z = i % 2 ? zoom * 8.0 : zoom * (1.0 + 0.001 * (i % 4));
+    const auto t0 = std::chrono::steady_clock::now();
+    c->SetZoom(z);
+    c->SetScreenViewPosition(cx - kWidth / 2.0 / z, cy - kHeight / 2.0 / z);
+    e.port->RedrawNow();
+    const double t = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    (i % 2 ? *in_s : *fit_s) += t / frames;
+  }
+  c->SetZoom(zoom);
+  c->SetScreenViewPosition(cx - kWidth / 2.0 / zoom, cy - kHeight / 2.0 / zoom);
+}
+
+void BM_ZoomFrame(benchmark::State& state) {
+  Editor big(100000);
+  Editor empty(0);
+  double ref = 0, fit = 0, in = 0;
+  for (auto _ : state) {
+    double ref_fit = 0, ref_in = 0, f = 0, i = 0;
+    SecondsOfZoom(empty, 5, &ref_fit, &ref_in);
+    SecondsOfZoom(big, 5, &f, &i);
+    ref += (ref_fit + ref_in) / 2;
+    fit += f;
+    in += i;
+    state.SetIterationTime(f);
+  }
+  const double n = static_cast<double>(state.iterations());
+  state.counters["fit_frame_ms"] = fit / n * 1e3;
+  state.counters["in_frame_ms"] = in / n * 1e3;
+  state.counters["ref_frame_ms"] = ref / n * 1e3;
+  state.counters["in_vs_fit"] = in / fit;
+}
+BENCHMARK(BM_ZoomFrame)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
 
 }  // namespace
 

@@ -252,7 +252,9 @@ void ComposeBoard(const ArtBoard& board, const ArtView& view, const PixelTarget&
     if (visible.empty()) continue;
     LayerRaster raster(view);
     for (std::uint32_t i : visible) EmitObject(l, l.objects[i], Affine{}, false, opt, raster);
-    LayOver(raster.mask(), target, l.colour & 0xFFFFFFu, options.opacity);
+    const std::size_t at = static_cast<std::size_t>(li);
+    LayOver(raster.mask(), target, l.colour & 0xFFFFFFu,
+            at < options.layer_opacity.size() ? options.layer_opacity[at] : options.opacity);
   }
   if (!options.show_selection || board.selection().empty()) return;
   LayerRaster sel(view);

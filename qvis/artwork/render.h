@@ -44,6 +44,8 @@ class ArtBoard;
 struct ComposeOptions {
   // How much of a layer's colour covers what lies below it (255: opaque).
   std::uint8_t opacity = 255;
+  // Per layer index, overriding `opacity` for the layers it covers (an editor's layer panel).
+  std::vector<std::uint8_t> layer_opacity;
   // Selected objects are drawn once more over everything, in this colour at half strength.
   bool show_selection = true;
   std::uint32_t highlight = 0xFFFFFF;

@@ -319,16 +319,4 @@ void FigureTaker::OnFigureFinished(const qvis::FinishedFigure& figure) {
   taken_ = true;
 }
 
-FigureCollector::FigureCollector(CQVIS_Design* design, HostDocument* document)
-    : design_(design), taker_(document) {
-  watch_.set_listener(&taker_);
-}
-
-void FigureCollector::Before(UINT message, WPARAM wparam) { watch_.Before(design_, message, wparam); }
-
-bool FigureCollector::After(UINT message, WPARAM wparam) {
-  watch_.After(design_, message, wparam);
-  return taker_.TakeTaken();
-}
-
 }  // namespace qvis::session

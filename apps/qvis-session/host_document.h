@@ -10,7 +10,6 @@
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
 #include "qvis/commands/finished_figure.h"
-#include "qvis/design/figure_watch.h"
 
 class CQVIS_Design;
 class CQVIS_MaxRegionInfo;
@@ -66,21 +65,6 @@ class FigureTaker final : public qvis::FigureListener {
  private:
   HostDocument* document_;
   bool taken_ = false;
-};
-
-// FigureCollector: for a host that runs a window without a figure listener and feeds it
-// messages itself: call Before with each message before the window sees it and After once it
-// has (true when a figure was taken over). The design and document outlive the collector.
-class FigureCollector {
- public:
-  FigureCollector(CQVIS_Design* design, HostDocument* document);
-  void Before(UINT message, WPARAM wparam);
-  bool After(UINT message, WPARAM wparam);
-
- private:
-  CQVIS_Design* design_;
-  FigureTaker taker_;
-  qvis::FigureWatch watch_;
 };
 
 // PadPolygonVertices: the outline of a regular-polygon pad as the pad command draws it: the

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <numbers>
 #include <numeric>
 
 #include "qvis/artwork/board.h"
 #include "qvis/artwork/shapes.h"
+#include "qvis/compat/int_math.h"
 #include "qvis/gdi/raster/polygon.h"
 
 namespace qvis {
@@ -49,27 +52,55 @@ class LayerRaster final : public ShapeSink {
     double minx = kPixelLimit, miny = kPixelLimit, maxx = -kPixelLimit, maxy = -kPixelLimit;
     for (const Ring& r : rings) {
       if (r.size() < 3) continue;
-      for (DPoint p : r) {
-        // Sample at pixel centres: the scanner samples at whole coordinates, so move the
-        // shape half a pixel up and left.
-        const double u = std::clamp((p.x - static_cast<double>(view_.origin_x)) * scale_ - 0.5,
-                                    -kPixelLimit, kPixelLimit);
-        const double v = std::clamp(
-            view_.height - (p.y - static_cast<double>(view_.origin_y)) * scale_ - 0.5,
-            -kPixelLimit, kPixelLimit);
-        if (!(u == u) || !(v == v)) return;  // NaN from a degenerate transform
-        minx = std::min(minx, u);
-        maxx = std::max(maxx, u);
-        miny = std::min(miny, v);
-        maxy = std::max(maxy, v);
-        points_.push_back({static_cast<std::int64_t>(std::llround(u * gdi::kFixOne)),
-                           static_cast<std::int64_t>(std::llround(v * gdi::kFixOne))});
-      }
+      if (!AddRing(r.data(), r.size(), minx, miny, maxx, maxy)) return;
       counts_.push_back(static_cast<int>(r.size()));
     }
+    Scan(even_odd, dark, minx, miny, maxx, maxy);
+  }
+
+  // FillRing is Fill for one ring drawn by the nonzero rule, from points the caller keeps.
+  void FillRing(const DPoint* ring, std::size_t n, bool dark) {
+    points_.clear();
+    counts_.clear();
+    if (n < 3) return;
+    double minx = kPixelLimit, miny = kPixelLimit, maxx = -kPixelLimit, maxy = -kPixelLimit;
+    if (!AddRing(ring, n, minx, miny, maxx, maxy)) return;
+    counts_.push_back(static_cast<int>(n));
+    Scan(false, dark, minx, miny, maxx, maxy);
+  }
+
+  void set_fast(bool fast) { fast_ = fast; }
+  bool fast() const { return fast_; }
+
+ private:
+  // Appends one ring's points in the scanner's fixed point; false on a NaN.
+  bool AddRing(const DPoint* ring, std::size_t n, double& minx, double& miny, double& maxx,
+               double& maxy) {
+    for (std::size_t k = 0; k < n; ++k) {
+      const DPoint p = ring[k];
+      // Sample at pixel centres: the scanner samples at whole coordinates, so move the
+      // shape half a pixel up and left.
+      const double u = std::clamp((p.x - static_cast<double>(view_.origin_x)) * scale_ - 0.5,
+                                  -kPixelLimit, kPixelLimit);
+      const double v = std::clamp(
+          view_.height - (p.y - static_cast<double>(view_.origin_y)) * scale_ - 0.5,
+          -kPixelLimit, kPixelLimit);
+      if (!(u == u) || !(v == v)) return false;  // NaN from a degenerate transform
+      minx = std::min(minx, u);
+      maxx = std::max(maxx, u);
+      miny = std::min(miny, v);
+      maxy = std::max(maxy, v);
+      points_.push_back({static_cast<std::int64_t>(std::llround(u * gdi::kFixOne)),
+                         static_cast<std::int64_t>(std::llround(v * gdi::kFixOne))});
+    }
+    return true;
+  }
+
+  void Scan(bool even_odd, bool dark, double minx, double miny, double maxx, double maxy) {
     if (counts_.empty() || maxx < -1 || maxy < -1 || minx > view_.width || miny > view_.height) {
       return;
     }
+    if (fast_ && !group_ && ScanShortcut(dark)) return;
     const gdi::FillRule rule = even_odd ? gdi::FillRule::kAlternate : gdi::FillRule::kWinding;
     if (group_) {
       scratch_sink_.set_value(dark ? 1 : 0);
@@ -86,6 +117,38 @@ class LayerRaster final : public ShapeSink {
     }
   }
 
+  // Shapes the scanner's result is known for without scanning: outlines between whose extreme
+  // coordinates no sample row or column lies (nothing is inked), and one ring that is a
+  // rectangle with axis-parallel sides (rows ceil(y0) .. ceil(y1) - 1 and columns ceil(x0) ..
+  // ceil(x1) - 1, the scanner's rule that an edge through a sample point owns it on the left
+  // and top only). True when the shape was handled.
+  bool ScanShortcut(bool dark) {
+    std::int64_t x0 = points_[0].x, x1 = x0, y0 = points_[0].y, y1 = y0;
+    for (const gdi::PointFx& p : points_) {
+      x0 = std::min(x0, p.x);
+      x1 = std::max(x1, p.x);
+      y0 = std::min(y0, p.y);
+      y1 = std::max(y1, p.y);
+    }
+    const std::int64_t top = std::max<std::int64_t>(CeilDiv(y0, gdi::kFixOne), 0);
+    const std::int64_t bottom = std::min<std::int64_t>(CeilDiv(y1, gdi::kFixOne), view_.height);
+    const std::int64_t left = std::max<std::int64_t>(CeilDiv(x0, gdi::kFixOne), 0);
+    const std::int64_t right = std::min<std::int64_t>(CeilDiv(x1, gdi::kFixOne), view_.width);
+    if (top >= bottom || left >= right) return true;
+    if (counts_.size() != 1 || points_.size() != 4) return false;
+    const gdi::PointFx* q = points_.data();
+    const bool rect = (q[0].y == q[1].y && q[1].x == q[2].x && q[2].y == q[3].y && q[3].x == q[0].x) ||
+                      (q[0].x == q[1].x && q[1].y == q[2].y && q[2].x == q[3].x && q[3].y == q[0].y);
+    if (!rect) return false;
+    const std::uint8_t value = dark ? 1 : 0;
+    for (std::int64_t y = top; y < bottom; ++y) {
+      std::memset(mask_.data() + static_cast<std::size_t>(y) * view_.width + left, value,
+                  static_cast<std::size_t>(right - left));
+    }
+    return true;
+  }
+
+ public:
   void BeginGroup() override {
     if (scratch_.empty()) scratch_.assign(mask_.size(), 0);
     group_ = true;
@@ -143,8 +206,153 @@ class LayerRaster final : public ShapeSink {
   std::vector<gdi::PointFx> points_;
   std::vector<int> counts_;
   bool group_ = false;
+  bool fast_ = true;
   gdi::IRect group_box_;
 };
+
+// Outlines of the two commonest objects, round-ended tracks and round flashes, built without
+// allocating. Arcs are cut by the outline builder's ArcSegments and turned as its Circle,
+// AppendArc and Capsule turn them (shapes.cc), step for step, so the points and hence the pixels are the same; the
+// unit vectors of each arc, which cost a sine and cosine per arc, are kept per (angle, radius,
+// tolerance) since a board repeats few of them. FastPathsMatchTheGeneralPath in render_test.cc
+// compares both ways pixel for pixel.
+class OutlineCache {
+ public:
+  // The stadium around a -> b with radius r (a circle when a == b), in `out`.
+  void Capsule(DPoint a, DPoint b, double r, double tol, std::vector<DPoint>& out) {
+    out.clear();
+    const double dx = b.x - a.x, dy = b.y - a.y;
+    if (dx == 0.0 && dy == 0.0) {
+      Circle(a, r, tol, out);
+      return;
+    }
+    const double th = std::atan2(dy, dx);
+    const Entry& e = Find(1, th, r, tol);
+    for (std::size_t i = 0; i < e.split; ++i) out.push_back({b.x + r * e.u[i].x, b.y + r * e.u[i].y});
+    for (std::size_t i = e.split; i < e.u.size(); ++i) {
+      out.push_back({a.x + r * e.u[i].x, a.y + r * e.u[i].y});
+    }
+  }
+
+  void Circle(DPoint c, double r, double tol, std::vector<DPoint>& out) {
+    out.clear();
+    const Entry& e = Find(0, 0.0, r, tol);
+    for (const DPoint& u : e.u) out.push_back({c.x + r * u.x, c.y + r * u.y});
+  }
+
+ private:
+  static constexpr double kPi = std::numbers::pi;
+  static constexpr std::size_t kSlots = 64;
+
+  struct Entry {
+    int kind = -1;  // 0: circle, 1: capsule at angle `th`
+    double th = 0, r = 0, tol = 0;
+    std::vector<DPoint> u;
+    std::size_t split = 0;  // capsule: where the arc about `a` starts
+  };
+
+  static void Arc(std::vector<DPoint>& u, double r, double a0, double sweep, double tol) {
+    const int n = std::max(ArcSegments(r, std::fabs(sweep), tol), 1);
+    const double step = sweep / n;
+    const double cs = std::cos(step), sn = std::sin(step);
+    double ux = std::cos(a0), uy = std::sin(a0);
+    for (int i = 0; i < n; ++i) {
+      u.push_back({ux, uy});
+      const double nx = ux * cs - uy * sn;
+      uy = ux * sn + uy * cs;
+      ux = nx;
+    }
+    u.push_back({std::cos(a0 + sweep), std::sin(a0 + sweep)});
+  }
+
+  const Entry& Find(int kind, double th, double r, double tol) {
+    std::uint64_t bits[3];
+    std::memcpy(&bits[0], &th, 8);
+    std::memcpy(&bits[1], &r, 8);
+    std::memcpy(&bits[2], &tol, 8);
+    const std::uint64_t h = (bits[0] * 0x9E3779B97F4A7C15ull) ^ (bits[1] * 0xC2B2AE3D27D4EB4Full) ^
+                            bits[2] ^ static_cast<std::uint64_t>(kind);
+    Entry& e = slots_[(h >> 40) % kSlots];
+    if (e.kind == kind && e.th == th && e.r == r && e.tol == tol) return e;
+    e.kind = kind;
+    e.th = th;
+    e.r = r;
+    e.tol = tol;
+    e.u.clear();
+    if (kind == 0) {
+      const int n = std::max(ArcSegments(r, 2.0 * kPi, tol), kMinCircleSegments);
+      const double cs = std::cos(2.0 * kPi / n), sn = std::sin(2.0 * kPi / n);
+      double ux = 1.0, uy = 0.0;
+      for (int i = 0; i < n; ++i) {
+        e.u.push_back({ux, uy});
+        const double nx = ux * cs - uy * sn;
+        uy = ux * sn + uy * cs;
+        ux = nx;
+      }
+    } else {
+      Arc(e.u, r, th - kPi / 2, kPi, tol);
+      e.split = e.u.size();
+      Arc(e.u, r, th + kPi / 2, kPi, tol);
+    }
+    return e;
+  }
+
+  Entry slots_[kSlots];
+};
+
+const Aperture* FindAperture(const Layer& layer, int code) {
+  auto it = layer.apertures.find(code);
+  return it == layer.apertures.end() ? nullptr : &it->second;
+}
+
+// Draws one top-level object of a layer: round-ended tracks and flashes of round or rectangular
+// apertures (no hole) straight from their outline, everything else through EmitObject.
+void DrawObject(const Layer& layer, const ArtObject& o, const ShapeOptions& opt,
+                LayerRaster& raster, OutlineCache& cache, std::vector<DPoint>& ring) {
+  if (raster.fast() && (o.kind == ObjectKind::kTrack || o.kind == ObjectKind::kFlash)) {
+    const Aperture* ap = FindAperture(layer, o.aperture);
+    const bool dark = o.polarity == Polarity::kDark;
+    const Affine place{};
+    if (ap != nullptr && o.kind == ObjectKind::kTrack && ap->kind == ApertureKind::kCircle) {
+      const Affine at = Affine::FromTransform(o.transform);
+      const double scale = std::max(place.Scale(), 1e-12);
+      const double tol = opt.tolerance_nm / scale;
+      double r = static_cast<double>(ap->size_x) / 2 * at.Scale();
+      if (r <= 0 && opt.min_line_width_nm <= 0) return;
+      r = std::max(r, opt.min_line_width_nm / scale / 2);
+      const DPoint a{static_cast<double>(o.start.x), static_cast<double>(o.start.y)};
+      const DPoint b{static_cast<double>(o.end.x), static_cast<double>(o.end.y)};
+      if (o.start == o.end) {
+        cache.Circle(a, r, tol, ring);
+      } else {
+        cache.Capsule(a, b, r, tol, ring);
+      }
+      for (DPoint& p : ring) p = place.Apply(p);
+      raster.FillRing(ring.data(), ring.size(), dark);
+      return;
+    }
+    if (ap != nullptr && o.kind == ObjectKind::kFlash && ap->hole <= 0 &&
+        (ap->kind == ApertureKind::kCircle || ap->kind == ApertureKind::kRectangle)) {
+      if (ap->size_x <= 0) return;
+      const Affine m = place
+                           .Then(Affine::Translate(static_cast<double>(o.end.x),
+                                                   static_cast<double>(o.end.y)))
+                           .Then(Affine::FromTransform(o.transform));
+      const double sx = std::max(static_cast<double>(ap->size_x), 0.0);
+      if (ap->kind == ApertureKind::kCircle) {
+        const double tol = opt.tolerance_nm / std::max(m.Scale(), 1e-12);
+        cache.Circle({0, 0}, sx / 2, tol, ring);
+      } else {
+        const double sy = std::max(static_cast<double>(ap->size_y), 0.0);
+        ring.assign({{-sx / 2, -sy / 2}, {sx / 2, -sy / 2}, {sx / 2, sy / 2}, {-sx / 2, sy / 2}});
+      }
+      for (DPoint& p : ring) p = m.Apply(p);
+      raster.FillRing(ring.data(), ring.size(), dark);
+      return;
+    }
+  }
+  EmitObject(layer, o, Affine{}, false, opt, raster);
+}
 
 bool ViewOk(const ArtView& v) {
   return v.width > 0 && v.height > 0 && v.width <= kMaxRenderSide && v.height <= kMaxRenderSide &&
@@ -219,7 +427,17 @@ void LayOver(const std::vector<std::uint8_t>& mask, const PixelTarget& t, std::u
   for (int y = 0; y < t.height; ++y) {
     const std::uint8_t* m = mask.data() + static_cast<std::size_t>(y) * t.width;
     std::uint32_t* row = t.pixels + y * t.stride;
-    for (int x = 0; x < t.width; ++x) {
+    int x = 0;
+    // Eight mask bytes at a time: most of a layer's mask is empty.
+    for (; x + 8 <= t.width; x += 8) {
+      std::uint64_t word;
+      std::memcpy(&word, m + x, 8);
+      if (word == 0) continue;
+      for (int k = x; k < x + 8; ++k) {
+        if (m[k]) row[k] = Blend(row[k], colour, alpha);
+      }
+    }
+    for (; x < t.width; ++x) {
       if (m[x]) row[x] = Blend(row[x], colour, alpha);
     }
   }
@@ -240,6 +458,8 @@ void ComposeBoard(const ArtBoard& board, const ArtView& view, const PixelTarget&
   // Thin lines widened to a pixel reach up to a pixel beyond their extent.
   const ArtBox area = ViewArea(view, view.min_line_pixels + 1.0);
 
+  OutlineCache cache;
+  std::vector<DPoint> ring;
   std::vector<int> order;
   for (int i = 0; i < board.LayerCount(); ++i) {
     if (board.layer(i).visible) order.push_back(i);
@@ -251,7 +471,8 @@ void ComposeBoard(const ArtBoard& board, const ArtView& view, const PixelTarget&
     const std::vector<std::uint32_t> visible = board.Visible(li, area);
     if (visible.empty()) continue;
     LayerRaster raster(view);
-    for (std::uint32_t i : visible) EmitObject(l, l.objects[i], Affine{}, false, opt, raster);
+    raster.set_fast(options.fast_paths);
+    for (std::uint32_t i : visible) DrawObject(l, l.objects[i], opt, raster, cache, ring);
     const std::size_t at = static_cast<std::size_t>(li);
     LayOver(raster.mask(), target, l.colour & 0xFFFFFFu,
             at < options.layer_opacity.size() ? options.layer_opacity[at] : options.opacity);

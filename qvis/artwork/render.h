@@ -49,6 +49,9 @@ struct ComposeOptions {
   // Selected objects are drawn once more over everything, in this colour at half strength.
   bool show_selection = true;
   std::uint32_t highlight = 0xFFFFFF;
+  // false draws every object through the general outline and scan conversion instead of the
+  // shortcuts for common shapes (the same pixels, slower); for tests comparing the two.
+  bool fast_paths = true;
 };
 
 // PixelTarget is a 32-bit frame to draw onto: rows of 0x00RRGGBB, `stride` pixels apart.

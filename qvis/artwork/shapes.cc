@@ -10,10 +10,10 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 constexpr int kMaxBlockDepth = 16;
-constexpr int kMinCircleSegments = 8;
-constexpr int kMaxCircleSegments = 4096;
 
-int SegmentsFor(double radius, double sweep, double tol) {
+}  // namespace
+
+int ArcSegments(double radius, double sweep, double tol) {
   if (!(radius > 0.0)) return 1;
   double step = 2.0 * std::acos(std::max(-1.0, 1.0 - std::min(tol, radius) / radius));
   if (!(step > 1e-4)) step = 1e-4;
@@ -23,8 +23,10 @@ int SegmentsFor(double radius, double sweep, double tol) {
   return static_cast<int>(std::clamp(n, 1.0, static_cast<double>(kMaxCircleSegments)));
 }
 
+namespace {
+
 Ring Circle(DPoint c, double r, double tol) {
-  const int n = std::max(SegmentsFor(r, 2.0 * kPi, tol), kMinCircleSegments);
+  const int n = std::max(ArcSegments(r, 2.0 * kPi, tol), kMinCircleSegments);
   Ring ring;
   ring.reserve(static_cast<std::size_t>(n));
   // Turned point by point, as AppendArc does.
@@ -43,7 +45,7 @@ Ring Circle(DPoint c, double r, double tol) {
 // excluding the first point when `skip_first`.
 void AppendArc(Ring& ring, DPoint c, double r, double a0, double sweep, double tol,
                bool skip_first) {
-  const int n = std::max(SegmentsFor(r, std::fabs(sweep), tol), 1);
+  const int n = std::max(ArcSegments(r, std::fabs(sweep), tol), 1);
   // Each point is the one before turned by the step (one sine and cosine per arc instead of
   // one per point: drawing a frame of many small round caps spends its time here otherwise);
   // the last point is computed directly so that the arc ends exactly where it should.
@@ -333,7 +335,7 @@ std::vector<DPoint> ArcPath(ArtPoint s, ArtPoint e, ArtPoint c, ArcDirection dir
   const double a0 = std::atan2(ds.y - dc.y, ds.x - dc.x);
   double sweep = ArcSweep(s, e, c, dir);
   if (dir == ArcDirection::kClockwise) sweep = -sweep;
-  const int n = SegmentsFor(std::max(r0, r1), std::fabs(sweep), tol);
+  const int n = ArcSegments(std::max(r0, r1), std::fabs(sweep), tol);
   std::vector<DPoint> path;
   path.reserve(static_cast<std::size_t>(n) + 1);
   path.push_back(ds);

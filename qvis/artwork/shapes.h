@@ -59,6 +59,14 @@ void EmitAperture(const Layer& layer, int code, const Affine& place, bool dark,
 ArtBox LayerExtent(const Layer& layer);
 ArtBox DocumentExtent(const ArtDocument& doc);
 
+// How arcs are cut into straight pieces: a full circle has at least kMinCircleSegments;
+// ArcSegments gives the pieces of an arc of `radius` sweeping `sweep` radians (>= 0) so that
+// no piece strays more than `tol` from the arc. The renderer's fast paths cut arcs with it too,
+// so that they draw exactly the outlines built here.
+constexpr int kMinCircleSegments = 8;
+constexpr int kMaxCircleSegments = 4096;
+int ArcSegments(double radius, double sweep, double tol);
+
 // Arc geometry shared by the readers and the shape code: the sweep in radians (positive) from
 // start to end about centre; start == end gives a full turn.
 double ArcSweep(ArtPoint start, ArtPoint end, ArtPoint centre, ArcDirection dir);

@@ -44,7 +44,8 @@ cmake --build build/tsan -j "${jobs}" --target qvis_integration_test
 echo "== tsan: test"
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
   build/tsan/tests/qvis_integration_test --gtest_filter='WindowStateTest.*'
-# Every reader under libFuzzer (archive records, design file, metafile, session script), each
+# Every reader under libFuzzer (archive records, design file, metafile, session script, Gerber,
+# Excellon, board text), each
 # for a bounded time (about 20 s), when clang is installed; the replay drivers above already
 # run their seed corpora in every build. scripts/fuzz.sh SECONDS runs them for longer.
 if command -v clang++ >/dev/null 2>&1; then
@@ -52,9 +53,9 @@ if command -v clang++ >/dev/null 2>&1; then
   CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DQVIS_BUILD_TESTS=ON -DQVIS_BUILD_FUZZ=ON >/dev/null
   cmake --build build/fuzz -j "${jobs}" --target archive_fuzz design_file_fuzz emf_fuzz \
-    session_script_fuzz gerber_fuzz excellon_fuzz
+    session_script_fuzz gerber_fuzz excellon_fuzz board_fuzz
   echo "== fuzz: test"
-  ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf|session_script|gerber|excellon)_fuzz$'
+  ctest --test-dir build/fuzz --output-on-failure -R '^(archive|design_file|emf|session_script|gerber|excellon|board)_fuzz$'
 else
   echo "== fuzz: skipped (clang++ is not installed; the seed replays ran in both suites)"
 fi

@@ -11,10 +11,10 @@ if ! command -v clang++ >/dev/null 2>&1; then
   echo "fuzz.sh: clang++ is not installed" >&2
   exit 2
 fi
-targets=(archive_fuzz design_file_fuzz emf_fuzz session_script_fuzz gerber_fuzz excellon_fuzz)
+targets=(archive_fuzz design_file_fuzz emf_fuzz session_script_fuzz gerber_fuzz excellon_fuzz board_fuzz)
 declare -A corpus=([archive_fuzz]=archive [design_file_fuzz]=design [emf_fuzz]=emf
                    [session_script_fuzz]=session [gerber_fuzz]=gerber
-                   [excellon_fuzz]=excellon)
+                   [excellon_fuzz]=excellon [board_fuzz]=board)
 CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DQVIS_BUILD_TESTS=ON -DQVIS_BUILD_FUZZ=ON >/dev/null
 cmake --build build/fuzz -j "$(nproc 2>/dev/null || echo 2)" --target "${targets[@]}"

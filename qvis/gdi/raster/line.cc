@@ -9,12 +9,13 @@
 #include <initializer_list>
 #include <optional>
 
+#include "qvis/compat/int128.h"
 #include "qvis/compat/int_math.h"
 
 namespace qvis::gdi {
 namespace {
 
-__extension__ typedef __int128 i128;  // exact products of 64-bit coordinates
+using i128 = Int128;  // exact products of 64-bit coordinates
 
 // Runs collects consecutive pixels into spans and sends them to the on or gap sink.
 class Runs {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <climits>
 
+#include "qvis/compat/int128.h"
 #include "qvis/compat/int_math.h"
 
 namespace qvis::gdi {
@@ -15,7 +16,7 @@ namespace qvis::gdi {
 constexpr std::size_t kInsertionSortLimit = 64;
 namespace {
 
-__extension__ typedef __int128 i128;  // exact products of 64-bit coordinates
+using i128 = Int128;  // exact products of 64-bit coordinates
 
 
 }  // namespace

@@ -4,12 +4,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "qvis/compat/int128.h"
+
 namespace qvis::gdi {
 namespace {
-
-// The error terms grow with the fourth power of the box side; 128 bits hold them for every
-// box that is stepped.
-__extension__ using Int128 = __int128;
 
 bool Steppable(std::int64_t width, std::int64_t height) {
   return width >= 1 && height >= 1 && width <= kMaxSteppedEllipse && height <= kMaxSteppedEllipse;
@@ -20,6 +18,8 @@ bool Steppable(std::int64_t width, std::int64_t height) {
 // keeps the doubled midpoint error of the next diagonal step and moves in x, in y or in both.
 template <typename Visit>
 void WalkQuadrant(std::int64_t width, std::int64_t height, Visit visit) {
+  // The error terms grow with the fourth power of the box side; 128 bits hold them for every
+  // box that is stepped.
   const Int128 a = width - 1;
   const Int128 b = height - 1;
   const Int128 a_step = 8 * a * a;

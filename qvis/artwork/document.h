@@ -18,6 +18,10 @@ namespace qvis {
 using Coord = std::int64_t;
 inline constexpr Coord kNmPerMm = 1000000;
 inline constexpr Coord kNmPerInch = 25400000;
+// The largest coordinate a reader accepts, 10^9 mm either way. Written with six decimals of a
+// millimetre it takes at most 16 digits, so whatever was read can be written and read again, and
+// the sum of two coordinates (a point and an arc offset, a copy and its step) cannot overflow.
+inline constexpr Coord kMaxCoord = 1000000000000000;
 
 struct ArtPoint {
   Coord x = 0;

@@ -379,8 +379,9 @@ class Parser {
     }
     return v;
   }
-  // Coordinates and sizes stay well inside 64 bits so that sums of them cannot overflow.
-  Coord C(std::size_t i) { return IntIn(i, -(std::int64_t{1} << 52), std::int64_t{1} << 52); }
+  // Coordinates and sizes keep to the range every reader shares, so that a board saved here
+  // exports as Gerber that reads again, and sums of them cannot overflow.
+  Coord C(std::size_t i) { return IntIn(i, -kMaxCoord, kMaxCoord); }
   double Real(std::size_t i) {
     const Token& t = Bare(i, "a number");
     double v = 0;

@@ -108,8 +108,7 @@ class ExcellonParser {
   Coord CoordValue(std::string_view s, std::size_t at) {
     if (s.empty()) Fail(at, "a coordinate number");
     if (s.find('.') != std::string_view::npos) {
-      return static_cast<Coord>(std::llround(Decimal(s, at, "a coordinate number") *
-                                             static_cast<double>(UnitNm())));
+      return Nm(Decimal(s, at, "a coordinate number"), at);
     }
     bool neg = false;
     std::size_t i = 0;
@@ -128,7 +127,20 @@ class ExcellonParser {
                    : dec < 0 && dec >= -18 ? static_cast<double>(v) * kTen[-dec]
                                            : static_cast<double>(v) * std::pow(10.0, -dec);
     if (neg) value = -value;
-    return static_cast<Coord>(std::llround(value * static_cast<double>(UnitNm())));
+    return Nm(value, at);
+  }
+
+  // Nm converts a coordinate in the file's unit, refusing one beyond the largest coordinate.
+  Coord Nm(double value, std::size_t at) {
+    const double nm = value * static_cast<double>(UnitNm());
+    if (!(std::fabs(nm) <= static_cast<double>(kMaxCoord))) Fail(at, "a coordinate within 10^9 mm");
+    return static_cast<Coord>(std::llround(nm));
+  }
+
+  // Within refuses a point that incremental coordinates or repeats carried past the largest one.
+  Coord Within(Coord v, std::size_t at) {
+    if (v > kMaxCoord || v < -kMaxCoord) Fail(at, "a coordinate within 10^9 mm");
+    return v;
   }
 
   // Reads letter-number words of a body line: X, Y, I, J, A, G, M, T, R.
@@ -208,7 +220,7 @@ class ExcellonParser {
     }
     // The same bound as every Gerber size, so that a drill layer always writes as Gerber.
     const double dia_nm = dia * static_cast<double>(UnitNm());
-    if (!(std::fabs(dia_nm) < 1e15)) Fail(at + c + 1, "a diameter below 10^9 mm");
+    if (!(std::fabs(dia_nm) <= static_cast<double>(kMaxCoord))) Fail(at + c + 1, "a diameter below 10^9 mm");
     Aperture ap;
     ap.kind = ApertureKind::kCircle;
     ap.size_x = ap.size_y = static_cast<Coord>(std::llround(dia_nm));
@@ -263,7 +275,7 @@ class ExcellonParser {
     ArtPoint p = incremental_ ? ArtPoint{} : at_;
     if (w.x) p.x = CoordValue(w.vx, at);
     if (w.y) p.y = CoordValue(w.vy, at);
-    if (incremental_) p = {at_.x + p.x, at_.y + p.y};
+    if (incremental_) p = {Within(at_.x + p.x, at), Within(at_.y + p.y, at)};
     return p;
   }
 
@@ -363,7 +375,7 @@ class ExcellonParser {
     const Coord dx = w.x ? CoordValue(w.vx, at) : 0, dy = w.y ? CoordValue(w.vy, at) : 0;
     if (count_ + n > limits_.max_objects) Fail(at, "fewer holes");
     for (int k = 0; k < n; ++k) {
-      at_ = {at_.x + dx, at_.y + dy};
+      at_ = {Within(at_.x + dx, at), Within(at_.y + dy, at)};
       Add(ObjectKind::kFlash, at).end = at_;
     }
   }

@@ -92,6 +92,15 @@ TEST(ExcellonReaderTest, ErrorsAndLimits) {
   ReadLimits small;
   small.max_objects = 100;
   EXPECT_FALSE(ReadExcellon("M48\nINCH\nT1C0.1\n%\nT1\nX1Y1\nR99999999X1\n", &layer, small).ok);
+  // Coordinates beyond 10^9 mm, read or reached by repeats, are refused where they appear.
+  r = ReadExcellon("M48\nMETRIC\nT1C0.1\n%\nT1\nX999999999999999999Y0\n", &layer);
+  ASSERT_FALSE(r.ok);
+  EXPECT_EQ(r.error.line, 6);
+  EXPECT_NE(r.error.text.find("within 10^9 mm"), std::string::npos);
+  r = ReadExcellon("M48\nMETRIC\nT1C0.1\n%\nT1\nX0Y0\nR9X900000000.0\n", &layer);
+  ASSERT_FALSE(r.ok);
+  EXPECT_EQ(r.error.line, 7);
+  EXPECT_NE(r.error.text.find("within 10^9 mm"), std::string::npos);
   r = ReadExcellon("M48\nINCH\nT1C0.1\n%\nT1\nX1Y1\n", &layer);
   ASSERT_TRUE(r.ok);
   ASSERT_EQ(r.warnings.size(), 1u);

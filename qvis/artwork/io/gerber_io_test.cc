@@ -327,6 +327,12 @@ TEST(GerberReaderTest, ErrorsNameLineColumnAndWhatWasExpected) {
       {"%FSLAX4Y46*%\n", 1, 7, "two digits"},
       {"%FSLAX46Y46*%\n%MOMM*%\nX123456789012345678901D02*\n", 3, 1, "at most 18 digits"},
       {"%FSLAX46Y46*%\n%MOMM*%\n%SRX1000Y10000I1J1*%\n", 3, 4, "repeated copies"},
+      // Coordinates beyond 10^9 mm could not be written back with six decimals, and sums of
+      // them could overflow: refused however they are reached.
+      {"%FSLAX41Y46*%\n%MOMM*%\nX10000001000000D02*\n", 3, 1, "within 10^9 mm"},
+      {"%FSLAX46Y46*%\n%MOMM*%\nG91*\nX900000000000000D02*\nX900000000000000D02*\n", 5, 1,
+       "within 10^9 mm"},
+      {"%FSLAX46Y46*%\n%MOMM*%\n%SRX1000Y1I10000000J1*%\n", 3, 4, "spanning"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
@@ -336,6 +342,22 @@ TEST(GerberReaderTest, ErrorsNameLineColumnAndWhatWasExpected) {
     EXPECT_EQ(r.error.column, c.column) << r.error.ToString();
     EXPECT_NE(r.error.text.find(c.expected), std::string::npos) << r.error.ToString();
   }
+}
+
+TEST(GerberReaderTest, TheLargestCoordinatesWriteAndReadAgain) {
+  const std::string text =
+      "%FSLAX46Y46*%\n%MOMM*%\n%ADD10C,1*%\nD10*\n"
+      "X-1000000000000000Y1000000000000000D02*\n"
+      "G75*G03X1000000000000000Y-1000000000000000I1000000000000000J-1000000000000000D01*\n"
+      "M02*\n";
+  Layer layer;
+  ASSERT_TRUE(Read(text, &layer).ok);
+  ASSERT_EQ(layer.objects.size(), 1u);
+  EXPECT_EQ(layer.objects[0].start.x, -kMaxCoord);
+  Layer again;
+  const ReadResult r = Read(WriteGerber(layer, {}), &again);
+  ASSERT_TRUE(r.ok) << r.error.ToString();
+  EXPECT_EQ(again.objects, layer.objects);
 }
 
 TEST(GerberReaderTest, HostileInputsAreRefusedBeforeTheyCost) {

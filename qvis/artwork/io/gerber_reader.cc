@@ -212,8 +212,14 @@ class GerberParser {
 
   Coord LengthNm(double v, std::size_t offset) {
     const double nm = v * static_cast<double>(UnitNm());
-    if (!(std::fabs(nm) < 1e15)) Fail(offset, "a size below 10^9 mm");
+    if (!(std::fabs(nm) <= static_cast<double>(kMaxCoord))) Fail(offset, "a size below 10^9 mm");
     return static_cast<Coord>(std::llround(nm));
+  }
+
+  // Within refuses a point that incremental coordinates carried past the largest coordinate.
+  Coord Within(Coord v, std::size_t offset) {
+    if (v > kMaxCoord || v < -kMaxCoord) Fail(offset, "a coordinate within 10^9 mm");
+    return v;
   }
 
   void NeedUnits(std::size_t offset) {
@@ -261,7 +267,7 @@ class GerberParser {
     i128 nm = i128{v} * UnitNm();
     // Round half away from zero.
     i128 q = (nm * 2 + pow) / (pow * 2);
-    if (q > (i128{1} << 60)) Fail(offset, "a coordinate within 10^9 mm");
+    if (q > kMaxCoord) Fail(offset, "a coordinate within 10^9 mm");
     const Coord r = static_cast<Coord>(q);
     return neg ? -r : r;
   }
@@ -338,8 +344,8 @@ class GerberParser {
     last_op_ = d;
     ArtPoint next = current_;
     Coord ci = 0, cj = 0;
-    if (have_x) next.x = ParseCoordinate(vx, offset, 0) + (incremental_ ? current_.x : 0);
-    if (have_y) next.y = ParseCoordinate(vy, offset, 1) + (incremental_ ? current_.y : 0);
+    if (have_x) next.x = Within(ParseCoordinate(vx, offset, 0) + (incremental_ ? current_.x : 0), offset);
+    if (have_y) next.y = Within(ParseCoordinate(vy, offset, 1) + (incremental_ ? current_.y : 0), offset);
     if (have_i) ci = ParseCoordinate(vi, offset, 0);
     if (have_j) cj = ParseCoordinate(vj, offset, 1);
     if (d == 1) Interpolate(next, ci, cj, offset);
@@ -677,7 +683,8 @@ class GerberParser {
   ArtPoint Place(ArtPoint p) {
     if (image_identity_ || in_block_) return p;
     const DPoint q = image_affine_.Apply({static_cast<double>(p.x), static_cast<double>(p.y)});
-    if (!(std::fabs(q.x) < 1e18) || !(std::fabs(q.y) < 1e18)) {
+    constexpr double kMax = static_cast<double>(kMaxCoord);
+    if (!(std::fabs(q.x) <= kMax) || !(std::fabs(q.y) <= kMax)) {
       Fail(pos_, "coordinates within 10^9 mm once the image is scaled and offset");
     }
     return {static_cast<Coord>(std::llround(q.x)), static_cast<Coord>(std::llround(q.y))};
@@ -945,6 +952,11 @@ class GerberParser {
     f.repeat_y = ry;
     f.step_x = LengthNm(ix, at);
     f.step_y = LengthNm(jy, at);
+    // The last copy lies within the coordinate range too, so that placing copies cannot overflow.
+    if (std::fabs(static_cast<double>(f.step_x)) * (rx - 1) > static_cast<double>(kMaxCoord) ||
+        std::fabs(static_cast<double>(f.step_y)) * (ry - 1) > static_cast<double>(kMaxCoord)) {
+      Fail(at, "repeats spanning at most 10^9 mm");
+    }
     frames_.push_back(std::move(f));
   }
 

@@ -96,6 +96,32 @@ TEST_F(BoardWindowTest, ATrackBecomesObjectsOnceAndUndoTakesItAway) {
   EXPECT_EQ(At(5.0, 0.0), 0u);
 }
 
+TEST_F(BoardWindowTest, AFlatEndedTrackKeepsItsSquareEndsOnTheBoard) {
+  wnd_.OnDrawLine();
+  d_->m_pDrawLineCmd->SetWidth(2.0, false);
+  d_->m_pDrawLineCmd->SetEndCapStyle(PS_ENDCAP_FLAT);
+  Click(0.0, 0.0);
+  Click(8.0, 0.0);
+  Move(8.0, 6.0);
+  port_.Key(VK_RETURN);
+  ASSERT_EQ(wnd_.board.LiveCount(), 2);
+  EXPECT_EQ(wnd_.board.object({0, 0}).kind, ObjectKind::kRegion);
+  EXPECT_EQ(wnd_.board.object({0, 1}).kind, ObjectKind::kRegion);
+  d_->AllDeactiveCmd();
+  d_->m_pCursorMgr->Off();
+  port_.RedrawNow();
+  // The corners of both ends, outside the discs round ends would have drawn, and the outer
+  // corner of the bend.
+  EXPECT_EQ(At(-0.9, -0.9), kGreen);
+  EXPECT_EQ(At(-0.9, 0.9), kGreen);
+  EXPECT_EQ(At(8.9, 6.9), kGreen);
+  EXPECT_EQ(At(8.9, -0.9), kGreen);
+  EXPECT_EQ(At(-1.2, 0.0), 0u);  // half the width beyond the end, no further
+  EXPECT_EQ(At(4.0, 1.2), 0u);
+  wnd_.board.Undo();  // one figure, one step
+  EXPECT_EQ(wnd_.board.LiveCount(), 0);
+}
+
 TEST_F(BoardWindowTest, PadsRectanglesAndCirclesBecomeObjects) {
   d_->AllDeactiveCmd();
   CQVIS_DrawFlashCircleCmd* pad = d_->m_pDrawFlashCircleCmd;

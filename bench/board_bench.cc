@@ -45,6 +45,20 @@ long ResidentBytes() {
   return resident * sysconf(_SC_PAGESIZE);
 }
 
+// Reports two timings summed over `n` steps: each as a mean (in milliseconds, or the unit
+// `per_second` divides a second into) and `ratio`, the first over the second, the figure the
+// benchmark is for.
+struct Timing {
+  const char* name;
+  double seconds;
+};
+void ReportRatio(benchmark::State& state, int n, Timing work, Timing reference, const char* ratio,
+                 double per_second = 1e3) {
+  state.counters[work.name] = work.seconds / n * per_second;
+  state.counters[reference.name] = reference.seconds / n * per_second;
+  state.counters[ratio] = work.seconds / reference.seconds;
+}
+
 // A board of `n` objects on a square grid `pitch` apart (two layers: tracks with a round
 // aperture and rectangular pads, one region in every 50), starting at the origin.
 ArtDocument GridBoard(int n, Coord pitch) {
@@ -142,9 +156,7 @@ void BM_InteractiveFrame100k(benchmark::State& state) {
     }
     ++step;
   }
-  state.counters["frame_ms"] = t_frame / step * 1e3;
-  state.counters["memset_ms"] = t_ref / step * 1e3;
-  state.counters["frame_vs_memset"] = t_frame / t_ref;
+  ReportRatio(state, step, {"frame_ms", t_frame}, {"memset_ms", t_ref}, "frame_vs_memset");
   state.counters["visible"] = static_cast<double>(visible);
 }
 BENCHMARK(BM_InteractiveFrame100k)->Unit(benchmark::kMillisecond)->Iterations(24);
@@ -192,9 +204,7 @@ void BM_ZoomedIn1M(benchmark::State& state) {
     t_small += t2 - t1;
     ++step;
   }
-  state.counters["big_frame_ms"] = t_big / step * 1e3;
-  state.counters["small_frame_ms"] = t_small / step * 1e3;
-  state.counters["big_vs_small"] = t_big / t_small;
+  ReportRatio(state, step, {"big_frame_ms", t_big}, {"small_frame_ms", t_small}, "big_vs_small");
   state.counters["objects"] = static_cast<double>(big.LiveCount());
   state.counters["bytes_per_object"] =
       static_cast<double>(after - before) / static_cast<double>(big.LiveCount());
@@ -222,9 +232,7 @@ void BM_HitPoint(benchmark::State& state) {
       ++n;
     }
   }
-  state.counters["big_hit_us"] = t_big / n * 1e6;
-  state.counters["small_hit_us"] = t_small / n * 1e6;
-  state.counters["hit_big_vs_small"] = t_big / t_small;
+  ReportRatio(state, n, {"big_hit_us", t_big}, {"small_hit_us", t_small}, "hit_big_vs_small", 1e6);
   state.counters["hits"] = static_cast<double>(hits);
 }
 BENCHMARK(BM_HitPoint)->Unit(benchmark::kMillisecond)->Iterations(3);
@@ -245,9 +253,7 @@ void BM_IndexBuild1M(benchmark::State& state) {
     t_build += t2 - t1;
     ++n;
   }
-  state.counters["index_ms"] = t_build / n * 1e3;
-  state.counters["copy_ms"] = t_copy / n * 1e3;
-  state.counters["index_vs_copy"] = t_build / t_copy;
+  ReportRatio(state, n, {"index_ms", t_build}, {"copy_ms", t_copy}, "index_vs_copy");
 }
 BENCHMARK(BM_IndexBuild1M)->Unit(benchmark::kMillisecond)->Iterations(2);
 

@@ -10,6 +10,7 @@
 #include "qvis/design/design_objects.h"
 #include "qvis/window/drawing_window.h"
 #include "qvis/window/headless/headless_port.h"
+#include "tests/window_test_util.h"
 
 namespace {
 
@@ -38,7 +39,7 @@ class BoardWindow : public CQVIS_Wnd {
 };
 
 // A 300 x 200 window at 10 px per mm showing world (-5, -5) at its top-left, grid and cursor off.
-class BoardWindowTest : public testing::Test {
+class BoardWindowTest : public testing::Test, protected WindowDriver {
  protected:
   BoardWindowTest() : port_(300, 200), sink_(&wnd_.board, 1e6), counter_(&sink_) {
     qvis::Layer top;
@@ -47,23 +48,7 @@ class BoardWindowTest : public testing::Test {
     wnd_.board = ArtBoard(qvis::ArtDocument{{top}});
     wnd_.SetFigureListener(&counter_);
     wnd_.Create(&port_);
-    d_ = wnd_.GetDesign();
-    c_ = d_->m_pCoords;
-    c_->SetScreenViewPosition(-5.0, -5.0);
-    c_->SetZoom(10.0);
-    c_->SetSnap(1.0, 1.0);
-    d_->m_pGridSnapMgr->SetShowGrid(0);
-    d_->m_pGridSnapMgr->SetShowSnap(0);
-    d_->m_pGridSnapMgr->SetShowOrigin(0);
-    d_->m_pCursorMgr->Off();
-    port_.RedrawNow();
-  }
-  CPoint Px(double x, double y) { return CPoint(c_->V2RX(x), c_->V2RY(y)); }
-  void Move(double x, double y) { port_.Mouse(WM_MOUSEMOVE, Px(x, y)); }
-  void Click(double x, double y) {
-    Move(x, y);
-    port_.Mouse(WM_LBUTTONDOWN, Px(x, y));
-    port_.Mouse(WM_LBUTTONUP, Px(x, y));
+    StartQuietView(&port_, wnd_.GetDesign(), -5.0, -5.0, 10.0);
   }
   COLORREF At(double x, double y) {
     port_.PaintIfNeeded();
@@ -75,8 +60,6 @@ class BoardWindowTest : public testing::Test {
   BoardWindow wnd_;
   qvis::BoardFigureSink sink_;
   CountingSink counter_;
-  CQVIS_Design* d_ = nullptr;
-  CQVIS_Coords* c_ = nullptr;
 };
 
 constexpr COLORREF kGreen = 0x00FF00;  // COLORREF of 0x00FF00 is green either way round
@@ -111,6 +94,32 @@ TEST_F(BoardWindowTest, ATrackBecomesObjectsOnceAndUndoTakesItAway) {
   port_.RedrawNow();
   EXPECT_EQ(wnd_.board.LiveCount(), 0);
   EXPECT_EQ(At(5.0, 0.0), 0u);
+}
+
+TEST_F(BoardWindowTest, AFlatEndedTrackKeepsItsSquareEndsOnTheBoard) {
+  wnd_.OnDrawLine();
+  d_->m_pDrawLineCmd->SetWidth(2.0, false);
+  d_->m_pDrawLineCmd->SetEndCapStyle(PS_ENDCAP_FLAT);
+  Click(0.0, 0.0);
+  Click(8.0, 0.0);
+  Move(8.0, 6.0);
+  port_.Key(VK_RETURN);
+  ASSERT_EQ(wnd_.board.LiveCount(), 2);
+  EXPECT_EQ(wnd_.board.object({0, 0}).kind, ObjectKind::kRegion);
+  EXPECT_EQ(wnd_.board.object({0, 1}).kind, ObjectKind::kRegion);
+  d_->AllDeactiveCmd();
+  d_->m_pCursorMgr->Off();
+  port_.RedrawNow();
+  // The corners of both ends, outside the discs round ends would have drawn, and the outer
+  // corner of the bend.
+  EXPECT_EQ(At(-0.9, -0.9), kGreen);
+  EXPECT_EQ(At(-0.9, 0.9), kGreen);
+  EXPECT_EQ(At(8.9, 6.9), kGreen);
+  EXPECT_EQ(At(8.9, -0.9), kGreen);
+  EXPECT_EQ(At(-1.2, 0.0), 0u);  // half the width beyond the end, no further
+  EXPECT_EQ(At(4.0, 1.2), 0u);
+  wnd_.board.Undo();  // one figure, one step
+  EXPECT_EQ(wnd_.board.LiveCount(), 0);
 }
 
 TEST_F(BoardWindowTest, PadsRectanglesAndCirclesBecomeObjects) {

@@ -20,6 +20,7 @@
 #include "qvis/gdi/gdi.h"
 #include "qvis/window/drawing_window.h"
 #include "qvis/window/headless/headless_port.h"
+#include "tests/window_test_util.h"
 
 namespace {
 
@@ -55,28 +56,13 @@ int CountColour(HeadlessPort& port, COLORREF colour, const CRect& area) {
 
 // A 400 x 300 window showing world (-10, -10) at its top-left corner at 10 pixels per mm,
 // with the grid, snap points and origin mark off so that figures stand on black.
-class WindowTest : public testing::Test {
+class WindowTest : public testing::Test, protected WindowDriver {
  protected:
   WindowTest() : port_(400, 300, CPoint(1000, 500)) {
     wnd_.Create(&port_);
-    d_ = wnd_.GetDesign();
-    c_ = d_->m_pCoords;
-    c_->SetScreenViewPosition(-10.0, -10.0);
-    c_->SetSnap(1.0, 1.0);
-    d_->m_pGridSnapMgr->SetShowGrid(0);
-    d_->m_pGridSnapMgr->SetShowSnap(0);
-    d_->m_pGridSnapMgr->SetShowOrigin(0);
-    d_->m_pCursorMgr->Off();  // the cursor cross would cover the figures
-    port_.RedrawNow();
+    StartQuietView(&port_, wnd_.GetDesign(), -10.0, -10.0, 10.0);
   }
 
-  CPoint Px(double x, double y) { return CPoint(c_->V2RX(x), c_->V2RY(y)); }
-  void Move(double x, double y) { port_.Mouse(WM_MOUSEMOVE, Px(x, y)); }
-  void Click(double x, double y) {
-    Move(x, y);
-    port_.Mouse(WM_LBUTTONDOWN, Px(x, y));
-    port_.Mouse(WM_LBUTTONUP, Px(x, y));
-  }
   std::string Proc() { return d_->GetCurrentProcInfo().GetString(); }
   template <class Cmd>
   void Start(Cmd* cmd) {
@@ -91,8 +77,6 @@ class WindowTest : public testing::Test {
 
   HeadlessPort port_;
   CQVIS_Wnd wnd_;
-  CQVIS_Design* d_ = nullptr;
-  CQVIS_Coords* c_ = nullptr;
 };
 
 TEST_F(WindowTest, CreationBindsTheDesignAndStartsSelection) {

@@ -151,18 +151,6 @@ void PrintWarnings(const std::string& path, const ReadResult& r, std::ostream& e
   for (const ReadMessage& w : r.warnings) err << path << ": warning: " << w.ToString() << "\n";
 }
 
-const char* KindName(ApertureKind k) {
-  switch (k) {
-    case ApertureKind::kCircle: return "circle";
-    case ApertureKind::kRectangle: return "rectangle";
-    case ApertureKind::kObround: return "obround";
-    case ApertureKind::kPolygon: return "polygon";
-    case ApertureKind::kMacro: return "macro";
-    case ApertureKind::kBlock: return "block";
-  }
-  return "?";
-}
-
 int Render(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
   std::vector<std::string> files;
   std::string output;
@@ -266,7 +254,7 @@ int Info(const std::vector<std::string>& args, std::ostream& out, std::ostream& 
         << " flashes, " << c.regions << " regions, " << c.repeats << " step-and-repeat\n";
     out << "  apertures: " << layer.apertures.size() << "\n";
     for (const auto& [code, ap] : layer.apertures) {
-      out << "    D" << code << " " << KindName(ap.kind);
+      out << "    D" << code << " " << ApertureKindName(ap.kind);
       if (ap.kind == ApertureKind::kMacro) out << " " << ap.macro;
       if (ap.kind <= ApertureKind::kPolygon) out << " " << FormatMm(ap.size_x);
       out << "\n";

@@ -115,13 +115,51 @@ Comparison Compare(const std::vector<std::uint8_t>& ours, const gdi::PixelImage&
   return c;
 }
 
+// The part of the picture compared: `dpi` pixels per inch, the bottom-left corner at (x, y)
+// inches, w by h pixels.
+struct Frame {
+  double dpi;
+  double x, y;
+  int w, h;
+};
+
+// Draws the file at `path` with gerbv and `layer` (read from the same file) with our renderer,
+// both framed by `f`, and checks that our coverage matches within one pixel and that at least
+// `min_inked` pixels are inked. Both pictures are left beside the file, named after it and the
+// resolution (<file>_<dpi>_gerbv.png, <file>_<dpi>_ours.png), for a look when they differ.
+void CompareWithGerbv(const std::string& path, const Layer& layer, const Frame& f, int min_inked) {
+  const std::string stem = std::filesystem::path(path).replace_extension().string() + "_" +
+                           std::to_string(static_cast<int>(f.dpi));
+  const std::string png = stem + "_gerbv.png";
+  char cmd[2048];
+  std::snprintf(cmd, sizeof cmd,
+                "gerbv -x png -B 0 -D %g -O %gx%g -w %dx%d -b '#FFFFFF' -f '#000000FF' "
+                "-o '%s' '%s' >/dev/null 2>&1",
+                f.dpi, f.x, f.y, f.w, f.h, png.c_str(), path.c_str());
+  ASSERT_EQ(std::system(cmd), 0) << cmd;
+  gdi::PixelImage ref;
+  ASSERT_TRUE(gdi::ReadPngImage(png, &ref));
+  ASSERT_EQ(ref.width, f.w);
+  ASSERT_EQ(ref.height, f.h);
+  ArtView view;
+  view.dpi = f.dpi;
+  view.origin_x = static_cast<Coord>(std::llround(f.x * kNmPerInch));
+  view.origin_y = static_cast<Coord>(std::llround(f.y * kNmPerInch));
+  view.width = f.w;
+  view.height = f.h;
+  ArtDocument doc;
+  doc.layers.push_back(layer);
+  gdi::WritePngImage(RenderArtwork(doc, view), stem + "_ours.png");
+  const Comparison c = Compare(RenderLayerMask(layer, view), ref, f.w, f.h);
+  EXPECT_GE(c.inked, min_inked);  // the drawing is there
+  EXPECT_EQ(c.beyond_tolerance, 0);
+  // Rounding moves an edge by at most a pixel: at most every edge pixel differs.
+  EXPECT_LE(c.differing, c.edge_pixels) << c.differing << " differ, " << c.edge_pixels
+                                         << " edge pixels";
+}
+
 TEST(GerberCompareTest, CoverageMatchesTheReferenceViewerWithinOnePixel) {
   if (!HaveGerbv()) GTEST_SKIP() << "gerbv is not installed (scripts/setup.sh installs it)";
-  struct Frame {
-    double dpi;
-    double x, y;
-    int w, h;
-  };
   const Frame frames[] = {{200, 0, 0, 420, 420}, {300, 0.05, 0.05, 600, 600},
                           {150, -0.2, 0.3, 320, 260}, {600, 0.4, 0.4, 500, 400}};
   const std::string dir = OutDir();
@@ -133,36 +171,7 @@ TEST(GerberCompareTest, CoverageMatchesTheReferenceViewerWithinOnePixel) {
     ASSERT_TRUE(ReadGerber(board, &layer).ok);
     for (const Frame& f : frames) {
       SCOPED_TRACE("board " + std::to_string(seed) + " at " + std::to_string(f.dpi) + " dpi");
-      const std::string png = dir + "/board" + std::to_string(seed) + "_" +
-                              std::to_string(static_cast<int>(f.dpi)) + "_gerbv.png";
-      char cmd[2048];
-      std::snprintf(cmd, sizeof cmd,
-                    "gerbv -x png -B 0 -D %g -O %gx%g -w %dx%d -b '#FFFFFF' -f '#000000FF' "
-                    "-o '%s' '%s' >/dev/null 2>&1",
-                    f.dpi, f.x, f.y, f.w, f.h, png.c_str(), path.c_str());
-      ASSERT_EQ(std::system(cmd), 0) << cmd;
-      gdi::PixelImage ref;
-      ASSERT_TRUE(gdi::ReadPngImage(png, &ref));
-      ASSERT_EQ(ref.width, f.w);
-      ASSERT_EQ(ref.height, f.h);
-      ArtView view;
-      view.dpi = f.dpi;
-      view.origin_x = static_cast<Coord>(std::llround(f.x * kNmPerInch));
-      view.origin_y = static_cast<Coord>(std::llround(f.y * kNmPerInch));
-      view.width = f.w;
-      view.height = f.h;
-      const std::vector<std::uint8_t> ours = RenderLayerMask(layer, view);
-      ArtDocument doc;
-      doc.layers.push_back(layer);
-      gdi::WritePngImage(RenderArtwork(doc, view),
-                         dir + "/board" + std::to_string(seed) + "_" +
-                             std::to_string(static_cast<int>(f.dpi)) + "_ours.png");
-      const Comparison c = Compare(ours, ref, f.w, f.h);
-      EXPECT_GT(c.inked, f.w * f.h / 20);  // the board is there
-      EXPECT_EQ(c.beyond_tolerance, 0);
-      // Rounding moves an edge by at most a pixel: at most every edge pixel differs.
-      EXPECT_LE(c.differing, c.edge_pixels) << c.differing << " differ, " << c.edge_pixels
-                                             << " edge pixels";
+      CompareWithGerbv(path, layer, f, f.w * f.h / 20);
     }
   }
 }
@@ -214,33 +223,12 @@ TEST(GerberCompareTest, DeprecatedFormsMatchTheReferenceViewer) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     const std::string path = dir + "/deprecated_" + c.name + ".gbr";
-    const std::string png = dir + "/deprecated_" + c.name + "_gerbv.png";
     std::ofstream(path) << c.text;
     Layer layer;
     const ReadResult r = ReadGerber(c.text, &layer);
     ASSERT_TRUE(r.ok) << r.error.ToString();
     EXPECT_FALSE(r.warnings.empty());
-    const double dpi = 200, x = -1.2, y = -1.2;
-    const int w = 480, h = 480;
-    char cmd[2048];
-    std::snprintf(cmd, sizeof cmd,
-                  "gerbv -x png -B 0 -D %g -O %gx%g -w %dx%d -b '#FFFFFF' -f '#000000FF' "
-                  "-o '%s' '%s' >/dev/null 2>&1",
-                  dpi, x, y, w, h, png.c_str(), path.c_str());
-    ASSERT_EQ(std::system(cmd), 0) << cmd;
-    gdi::PixelImage ref;
-    ASSERT_TRUE(gdi::ReadPngImage(png, &ref));
-    ArtView view;
-    view.dpi = dpi;
-    view.origin_x = static_cast<Coord>(std::llround(x * kNmPerInch));
-    view.origin_y = static_cast<Coord>(std::llround(y * kNmPerInch));
-    view.width = w;
-    view.height = h;
-    const std::vector<std::uint8_t> ours = RenderLayerMask(layer, view);
-    const Comparison cmp = Compare(ours, ref, w, h);
-    EXPECT_GT(cmp.inked, 200);
-    EXPECT_EQ(cmp.beyond_tolerance, 0);
-    EXPECT_LE(cmp.differing, cmp.edge_pixels);
+    CompareWithGerbv(path, layer, {200, -1.2, -1.2, 480, 480}, 200);
   }
 }
 
@@ -268,32 +256,12 @@ TEST(GerberCompareTest, DrillFilesMatchTheReferenceViewer) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const std::string path = dir + "/drill_" + c.name + ".drl";
-    const std::string png = dir + "/drill_" + c.name + "_gerbv.png";
     std::ofstream(path) << c.text;
     Layer layer;
     const ReadResult r = LoadArtworkFile(path, &layer);
     ASSERT_TRUE(r.ok) << r.error.ToString();
     ASSERT_EQ(layer.kind, LayerKind::kDrill);
-    const double dpi = 300, x = -1.2, y = -1.2;
-    const int w = 720, h = 720;
-    char cmd[2048];
-    std::snprintf(cmd, sizeof cmd,
-                  "gerbv -x png -B 0 -D %g -O %gx%g -w %dx%d -b '#FFFFFF' -f '#000000FF' "
-                  "-o '%s' '%s' >/dev/null 2>&1",
-                  dpi, x, y, w, h, png.c_str(), path.c_str());
-    ASSERT_EQ(std::system(cmd), 0) << cmd;
-    gdi::PixelImage ref;
-    ASSERT_TRUE(gdi::ReadPngImage(png, &ref));
-    ArtView view;
-    view.dpi = dpi;
-    view.origin_x = static_cast<Coord>(std::llround(x * kNmPerInch));
-    view.origin_y = static_cast<Coord>(std::llround(y * kNmPerInch));
-    view.width = w;
-    view.height = h;
-    const Comparison cmp = Compare(RenderLayerMask(layer, view), ref, w, h);
-    EXPECT_GT(cmp.inked, 100);
-    EXPECT_EQ(cmp.beyond_tolerance, 0);
-    EXPECT_LE(cmp.differing, cmp.edge_pixels);
+    CompareWithGerbv(path, layer, {300, -1.2, -1.2, 720, 720}, 100);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <vector>
 
 #include "qvis/coords/view_coords.h"
 #include "qvis/gdi/gdi.h"
@@ -80,6 +81,39 @@ Aperture Circle(Coord d) {
 
 Coord Len(double v, double npu) { return std::max<Coord>(ToNm(v * npu), 0); }
 
+// FinishedFigure::end_cap values whose tracks the line command draws as rectangular strokes.
+constexpr int kSquareEnds = 256;
+constexpr int kFlatEnds = 512;
+
+// The area the line command fills for one segment of a track with square or flat ends: a
+// square of the track's width, sides along the world axes, swept from (ax, ay) to (bx, by).
+// Axis-parallel and zero-length segments sweep a rectangle; any other a hexagon, the corners
+// of the start square that face away from the travel, then those of the end square that face
+// along it. Consecutive segments share the square about their common vertex, so the joins
+// need nothing of their own. Corners are world points, turned to board points by `pt`.
+template <class ToBoard>
+Contour SweptSquare(double ax, double ay, double bx, double by, double width, ToBoard pt) {
+  const double h = width / 2;
+  std::vector<ArtPoint> corners;
+  if (ax == bx || ay == by) {
+    const double l = std::min(ax, bx) - h, r = std::max(ax, bx) + h;
+    const double t = std::min(ay, by) - h, b = std::max(ay, by) + h;
+    corners = {pt(l, t), pt(r, t), pt(r, b), pt(l, b)};
+  } else {
+    const double sx = bx > ax ? h : -h, sy = by > ay ? h : -h;
+    corners = {pt(ax - sx, ay - sy), pt(ax + sx, ay - sy), pt(bx + sx, by - sy),
+               pt(bx + sx, by + sy), pt(bx - sx, by + sy), pt(ax - sx, ay + sy)};
+  }
+  Contour c;
+  c.start = corners.front();
+  for (std::size_t k = 1; k <= corners.size(); ++k) {
+    ContourSegment seg;
+    seg.end = corners[k % corners.size()];  // the last edge closes
+    c.segments.push_back(seg);
+  }
+  return c;
+}
+
 }  // namespace
 
 std::vector<ArtObject> FigureObjects(const FinishedFigure& f, ArtBoard& board, int layer,
@@ -89,11 +123,21 @@ std::vector<ArtObject> FigureObjects(const FinishedFigure& f, ArtBoard& board, i
   switch (f.kind) {
     case FigureKind::kTrack:
       for (std::size_t i = 1; i < f.points.size(); ++i) {
+        const FigureVertex& from = f.points[i - 1];
+        const FigureVertex& to = f.points[i];
         ArtObject o;
+        // The command sweeps a square of the width's size, whatever its sign.
+        const double side = std::fabs(to.width);
+        if ((f.end_cap == kSquareEnds || f.end_cap == kFlatEnds) && Len(side, npu) > 0) {
+          o.kind = ObjectKind::kRegion;
+          o.contour = SweptSquare(from.x, from.y, to.x, to.y, side, pt);
+          out.push_back(o);
+          continue;
+        }
         o.kind = ObjectKind::kTrack;
-        o.aperture = board.EnsureAperture(layer, Circle(Len(f.points[i].width, npu)));
-        o.start = pt(f.points[i - 1].x, f.points[i - 1].y);
-        o.end = pt(f.points[i].x, f.points[i].y);
+        o.aperture = board.EnsureAperture(layer, Circle(Len(to.width, npu)));
+        o.start = pt(from.x, from.y);
+        o.end = pt(to.x, to.y);
         out.push_back(o);
       }
       break;

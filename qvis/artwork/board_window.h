@@ -36,9 +36,12 @@ QVIS_API void DrawBoard(const ArtBoard& board, CQVIS_GDI* surface, qvis::HDC dc,
                         const ComposeOptions& options = {});
 
 // FigureObjects: the objects a finished figure becomes on `layer` of `board` (apertures are
-// found or added there as edits): a track a line per segment with a round aperture of its
-// width; a circle a full arc (or a round flash when filled); an arc an arc; a rectangle and a
-// polygon a region (arc edges kept); a pad a flash of its shape with its hole.
+// found or added there as edits): a track with round ends a line per segment with a round
+// aperture of its width; a track with square or flat ends (end_cap 256 or 512) a region per
+// segment, the area the line command fills for it: a square of the segment's width, sides
+// along the axes, swept from one end to the other (a zero width stays a line); a circle a full
+// arc (or a round flash when filled); an arc an arc; a rectangle and a polygon a region (arc
+// edges kept); a pad a flash of its shape with its hole.
 QVIS_API std::vector<ArtObject> FigureObjects(const FinishedFigure& figure, ArtBoard& board,
                                               int layer, double nm_per_unit);
 

@@ -96,6 +96,20 @@ struct ArtObject {
 
 enum class ApertureKind : std::uint8_t { kCircle, kRectangle, kObround, kPolygon, kMacro, kBlock };
 
+// ApertureKindName: the kind's name as the board text format and the command line spell it
+// ("circle", "rectangle", "obround", "polygon", "macro", "block").
+constexpr const char* ApertureKindName(ApertureKind k) {
+  switch (k) {
+    case ApertureKind::kCircle: return "circle";
+    case ApertureKind::kRectangle: return "rectangle";
+    case ApertureKind::kObround: return "obround";
+    case ApertureKind::kPolygon: return "polygon";
+    case ApertureKind::kMacro: return "macro";
+    case ApertureKind::kBlock: return "block";
+  }
+  return "?";
+}
+
 // Aperture is one entry of a layer's aperture table. Sizes are nanometres.
 //   kCircle     size_x = diameter
 //   kRectangle  size_x by size_y

@@ -1,8 +1,10 @@
 // Image comparison for the golden tests.
 #include "tests/scene/golden_compare.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 
 namespace qvis::gdi {
@@ -77,6 +79,33 @@ std::string DescribeDifferences(const ImageComparison& c) {
   }
   if (c.differing > static_cast<long long>(c.first.size())) out << "\n  ...";
   return out.str();
+}
+
+std::vector<GoldenScene> ListGoldenScenes(const std::filesystem::path& root) {
+  std::vector<GoldenScene> scenes;
+  std::error_code ec;
+  if (!std::filesystem::is_directory(root, ec)) return scenes;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root, ec)) {
+    if (entry.is_regular_file() && entry.path().extension() == ".txt") {
+      scenes.push_back({entry.path(), entry.path().parent_path().lexically_relative(root).generic_string()});
+    }
+  }
+  std::sort(scenes.begin(), scenes.end(),
+            [](const GoldenScene& a, const GoldenScene& b) { return a.file < b.file; });
+  return scenes;
+}
+
+std::string GoldenSuiteName(std::string_view prefix, std::string_view area) {
+  std::string suite = std::string(prefix) + std::string(area);
+  std::replace(suite.begin(), suite.end(), '/', '_');
+  return suite;
+}
+
+std::string ReadSceneText(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
 }
 
 }  // namespace qvis::gdi

@@ -4,6 +4,7 @@
 #define QVIS_TESTS_SCENE_GOLDEN_COMPARE_H_
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,6 +64,24 @@ GoldenRule ParseGoldenRule(std::string_view scene_text, std::string* error);
 // DescribeDifferences formats a comparison for a failure message: count, agreement, and the
 // listed pixels as "(x,y) expected 0xRRGGBB got 0xRRGGBB".
 std::string DescribeDifferences(const ImageComparison& comparison);
+
+// GoldenScene is one scene file of the golden tree, <root>/<area>/<scene>.txt; `area` is the
+// folder below the root ('/'-separated where it is deeper than one level).
+struct GoldenScene {
+  std::filesystem::path file;
+  std::string area;
+};
+
+// ListGoldenScenes lists every scene below `root`, sorted by path; none when `root` is not a
+// folder.
+std::vector<GoldenScene> ListGoldenScenes(const std::filesystem::path& root);
+
+// GoldenSuiteName names the test suite of an area's scenes: `prefix` followed by the area, each
+// '/' turned to '_'.
+std::string GoldenSuiteName(std::string_view prefix, std::string_view area);
+
+// ReadSceneText reads a whole file ("" when it cannot be read).
+std::string ReadSceneText(const std::filesystem::path& path);
 
 }  // namespace qvis::gdi
 

@@ -9,12 +9,9 @@
 // checking them (to be reviewed by eye before they are committed).
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,13 +23,6 @@ namespace qvis::gdi {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string ReadText(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 fs::path OutputDir(const std::string& area) {
   const char* env = std::getenv("QVIS_GOLDEN_OUT");
@@ -50,7 +40,7 @@ class GoldenSceneTest : public testing::Test {
     // glyphs from the system's fonts (text_test.cc checks that backend's rules on pixels).
     if (area_ == "text") GTEST_SKIP() << "text fixtures belong to the FreeType font backend";
 #endif
-    const std::string text = ReadText(scene_);
+    const std::string text = ReadSceneText(scene_);
     std::string rule_error;
     const GoldenRule rule = ParseGoldenRule(text, &rule_error);
     ASSERT_TRUE(rule_error.empty()) << scene_ << ": " << rule_error;
@@ -122,21 +112,12 @@ class GoldenSceneTest : public testing::Test {
 
 // Registers one test per scene file when the test binary starts.
 const bool kRegistered = [] {
-  std::error_code ec;
-  const fs::path root = fs::path(QVIS_TEST_DATA_DIR) / "golden";
-  if (!fs::is_directory(root, ec)) return false;
-  std::vector<fs::path> scenes;
-  for (const auto& entry : fs::recursive_directory_iterator(root, ec)) {
-    if (entry.is_regular_file() && entry.path().extension() == ".txt") scenes.push_back(entry.path());
-  }
-  std::sort(scenes.begin(), scenes.end());
-  for (const fs::path& scene : scenes) {
-    std::string area = scene.parent_path().lexically_relative(root).generic_string();
-    std::string suite = "Golden_" + area;
-    std::replace(suite.begin(), suite.end(), '/', '_');
-    std::string name = scene.stem().string();
-    testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, scene.string().c_str(), 0,
-                          [area, scene]() -> testing::Test* { return new GoldenSceneTest(area, scene); });
+  for (const GoldenScene& scene : ListGoldenScenes(fs::path(QVIS_TEST_DATA_DIR) / "golden")) {
+    const std::string suite = GoldenSuiteName("Golden_", scene.area);
+    testing::RegisterTest(suite.c_str(), scene.file.stem().string().c_str(), nullptr, nullptr,
+                          scene.file.string().c_str(), 0, [scene]() -> testing::Test* {
+                            return new GoldenSceneTest(scene.area, scene.file);
+                          });
   }
   return true;
 }();

@@ -118,24 +118,9 @@ class PlatformScene {
     throw std::runtime_error("line " + std::to_string(line_) + ": " + why);
   }
 
-  static Words Split(const std::string& line) {
+  Words Split(const std::string& line) const {
     Words out;
-    std::size_t i = 0;
-    const std::size_t n = line.size();
-    while (i < n) {
-      while (i < n && std::isspace(static_cast<unsigned char>(line[i]))) ++i;
-      if (i >= n || line[i] == '#') break;
-      std::string word;
-      if (line[i] == '"') {
-        const std::size_t j = line.find('"', i + 1);
-        if (j == std::string::npos) break;
-        word = line.substr(i + 1, j - i - 1);
-        i = j + 1;
-      } else {
-        while (i < n && !std::isspace(static_cast<unsigned char>(line[i]))) word += line[i++];
-      }
-      out.push_back(word);
-    }
+    if (!SplitSceneLine(line, &out)) Fail("unterminated quote");
     return out;
   }
 
@@ -795,23 +780,12 @@ const bool kRegistered = [] {
     const std::size_t bar = text.find('|');
     std::exit(bar == std::string::npos ? 2 : DrawSceneToFiles(text.substr(0, bar), text.substr(bar + 1)));
   }
-  std::error_code ec;
-  const fs::path root = fs::path(QVIS_TEST_DATA_DIR) / "golden";
-  if (!fs::is_directory(root, ec)) return false;
-  std::vector<fs::path> scenes;
-  for (const auto& entry : fs::recursive_directory_iterator(root, ec)) {
-    if (entry.is_regular_file() && entry.path().extension() == ".txt") scenes.push_back(entry.path());
-  }
-  std::sort(scenes.begin(), scenes.end());
-  for (const fs::path& scene : scenes) {
-    std::ifstream in(scene, std::ios::binary);
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
+  for (const GoldenScene& found : ListGoldenScenes(fs::path(QVIS_TEST_DATA_DIR) / "golden")) {
+    const fs::path& scene = found.file;
     std::string error;
-    const GoldenRule rule = ParseGoldenRule(buffer.str(), &error);
+    const GoldenRule rule = ParseGoldenRule(ReadSceneText(scene), &error);
     if (!error.empty() || rule.kind != GoldenRule::Kind::kExact) continue;
-    std::string suite = "PlatformGdi_" + scene.parent_path().lexically_relative(root).generic_string();
-    std::replace(suite.begin(), suite.end(), '/', '_');
+    const std::string suite = GoldenSuiteName("PlatformGdi_", found.area);
     testing::RegisterTest(suite.c_str(), scene.stem().string().c_str(), nullptr, nullptr,
                           scene.string().c_str(), 0,
                           [scene]() -> testing::Test* { return new PlatformOracleTest(scene); });

@@ -115,26 +115,9 @@ std::vector<CPoint> Points(const Words& a, std::size_t from, std::size_t min_cou
   return points;
 }
 
-// SplitWords splits a line into words; "double quoted" words may hold blanks; # starts a
-// comment.
 Words SplitWords(const std::string& line) {
   Words out;
-  std::size_t i = 0;
-  const std::size_t n = line.size();
-  while (i < n) {
-    while (i < n && std::isspace(static_cast<unsigned char>(line[i]))) ++i;
-    if (i >= n || line[i] == '#') break;
-    std::string w;
-    if (line[i] == '"') {
-      std::size_t j = line.find('"', i + 1);
-      if (j == std::string::npos) throw SceneError{"unterminated quote"};
-      w = line.substr(i + 1, j - i - 1);
-      i = j + 1;
-    } else {
-      while (i < n && !std::isspace(static_cast<unsigned char>(line[i]))) w += line[i++];
-    }
-    out.push_back(std::move(w));
-  }
+  if (!SplitSceneLine(line, &out)) throw SceneError{"unterminated quote"};
   return out;
 }
 
@@ -697,6 +680,27 @@ bool SceneRunner::AlphaCommand(const Words& a, HDC dc) {
 }
 
 }  // namespace
+
+bool SplitSceneLine(std::string_view line, std::vector<std::string>* words) {
+  words->clear();
+  std::size_t i = 0;
+  const std::size_t n = line.size();
+  while (i < n) {
+    while (i < n && std::isspace(static_cast<unsigned char>(line[i]))) ++i;
+    if (i >= n || line[i] == '#') break;
+    std::string w;
+    if (line[i] == '"') {
+      const std::size_t j = line.find('"', i + 1);
+      if (j == std::string_view::npos) return false;
+      w = line.substr(i + 1, j - i - 1);
+      i = j + 1;
+    } else {
+      while (i < n && !std::isspace(static_cast<unsigned char>(line[i]))) w += line[i++];
+    }
+    words->push_back(std::move(w));
+  }
+  return true;
+}
 
 SceneOutcome RunScene(std::string_view text, std::string_view name) {
   SceneOutcome outcome;

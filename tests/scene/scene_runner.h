@@ -62,6 +62,11 @@ SceneOutcome RunScene(std::string_view text, std::string_view name = "scene");
 // RunSceneFile reads and runs a scene file; an unreadable file gives ok = false.
 SceneOutcome RunSceneFile(const std::string& path);
 
+// SplitSceneLine splits one line of the scene language into *words (replacing them): blanks
+// separate words, "double quotes" hold a word with blanks, `#` starts a comment. False when a
+// quote is not closed (*words then holds the words before it).
+bool SplitSceneLine(std::string_view line, std::vector<std::string>* words);
+
 }  // namespace qvis::gdi
 
 #endif  // QVIS_TESTS_SCENE_SCENE_RUNNER_H_

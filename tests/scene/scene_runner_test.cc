@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
 
 #include "tests/scene/golden_compare.h"
 
@@ -160,6 +163,42 @@ TEST(GoldenCompareTest, RulesComeFromTheSceneComment) {
     EXPECT_EQ(rule.budget, row.budget) << row.text;
     EXPECT_EQ(!error.empty(), row.error) << row.text;
   }
+}
+
+TEST(SceneRunnerTest, SplitsLinesIntoWordsQuotesAndComments) {
+  using Words = std::vector<std::string>;
+  Words w = {"left", "over"};
+  ASSERT_TRUE(SplitSceneLine("  textout 1\t2 \"a # b\" \"\"  # note", &w));
+  EXPECT_EQ(w, (Words{"textout", "1", "2", "a # b", ""}));
+  ASSERT_TRUE(SplitSceneLine("# nothing but a comment", &w));
+  EXPECT_TRUE(w.empty());
+  ASSERT_TRUE(SplitSceneLine("x#y", &w));  // `#` only starts a comment where a word would
+  EXPECT_EQ(w, (Words{"x#y"}));
+  EXPECT_FALSE(SplitSceneLine("textout 1 1 \"open", &w));
+  EXPECT_EQ(w, (Words{"textout", "1", "1"}));
+}
+
+TEST(GoldenCompareTest, ListsSceneFilesByPathWithTheirArea) {
+  namespace fs = std::filesystem;
+  const fs::path root = fs::path(testing::TempDir()) / "qvis_golden_listing";
+  fs::remove_all(root);
+  for (const char* file : {"pens/b.txt", "pens/a.txt", "pens/a.png", "fill/deep/c.txt", "top.txt"}) {
+    fs::create_directories((root / file).parent_path());
+    std::ofstream(root / file) << "canvas 1 1 0\n";
+  }
+  fs::create_directories(root / "dir.txt");  // a folder, not a scene
+  const std::vector<GoldenScene> scenes = ListGoldenScenes(root);
+  std::vector<std::string> seen;
+  for (const GoldenScene& s : scenes) {
+    seen.push_back(s.area + "|" + s.file.lexically_relative(root).generic_string());
+  }
+  EXPECT_EQ(seen, (std::vector<std::string>{"fill/deep|fill/deep/c.txt", "pens|pens/a.txt",
+                                            "pens|pens/b.txt", ".|top.txt"}));
+  EXPECT_EQ(GoldenSuiteName("Golden_", "fill/deep"), "Golden_fill_deep");
+  EXPECT_EQ(ReadSceneText(root / "top.txt"), "canvas 1 1 0\n");
+  EXPECT_EQ(ReadSceneText(root / "missing.txt"), "");
+  EXPECT_TRUE(ListGoldenScenes(root / "missing").empty());
+  fs::remove_all(root);
 }
 
 }  // namespace

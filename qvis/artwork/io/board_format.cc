@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <sstream>
 #include <utility>
@@ -49,18 +50,6 @@ std::string Quote(std::string_view s) {
   }
   out += '"';
   return out;
-}
-
-const char* ApertureKindName(ApertureKind k) {
-  switch (k) {
-    case ApertureKind::kCircle: return "circle";
-    case ApertureKind::kRectangle: return "rectangle";
-    case ApertureKind::kObround: return "obround";
-    case ApertureKind::kPolygon: return "polygon";
-    case ApertureKind::kMacro: return "macro";
-    case ApertureKind::kBlock: return "block";
-  }
-  return "circle";
 }
 
 const char* Dir(ArcDirection d) { return d == ArcDirection::kClockwise ? "cw" : "ccw"; }
@@ -487,13 +476,11 @@ class Parser {
         }
         qvis::Aperture a;
         const Token& kind = Bare(2, "an aperture kind");
-        static constexpr std::pair<const char*, ApertureKind> kKinds[] = {
-            {"circle", ApertureKind::kCircle},   {"rectangle", ApertureKind::kRectangle},
-            {"obround", ApertureKind::kObround}, {"polygon", ApertureKind::kPolygon},
-            {"macro", ApertureKind::kMacro},     {"block", ApertureKind::kBlock}};
         bool found = false;
-        for (const auto& [name, value] : kKinds) {
-          if (kind.text == name) {
+        for (ApertureKind value : {ApertureKind::kCircle, ApertureKind::kRectangle,
+                                   ApertureKind::kObround, ApertureKind::kPolygon,
+                                   ApertureKind::kMacro, ApertureKind::kBlock}) {
+          if (kind.text == ApertureKindName(value)) {
             a.kind = value;
             found = true;
           }

@@ -424,12 +424,17 @@ std::string Row(const Canvas& c, int y, int x0, int x1) {
   return r;
 }
 
+// Clears the canvas to black and draws one line from (x0, y0) to (x1, y1) with `pen`.
+void DrawLineWith(Canvas& c, HPEN pen, int x0, int y0, int x1, int y1) {
+  c.Fill(0);
+  c.Select(pen);
+  MoveToEx(c.dc(), x0, y0, nullptr);
+  LineTo(c.dc(), x1, y1);
+}
+
 TEST(DashedPenTest, FlatDashesScaleWithTheWidth) {
   Canvas c(80, 20);
-  c.Fill(0);
-  c.Select(StyledPen(PS_DASHDOT, 2, PS_ENDCAP_FLAT, 0xFFFFFF));
-  MoveToEx(c.dc(), 0, 5, nullptr);
-  LineTo(c.dc(), 40, 5);
+  DrawLineWith(c, StyledPen(PS_DASHDOT, 2, PS_ENDCAP_FLAT, 0xFFFFFF), 0, 5, 40, 5);
   // dash 3 widths, gap, dot 1 width, gap: 6 on, 2 off, 2 on, 2 off.
   EXPECT_EQ(Row(c, 5, 0, 40), "######..##..######..##..######..##..####");
   EXPECT_EQ(Row(c, 4, 0, 12), "######..##..");  // the extra row of an even width goes up
@@ -438,20 +443,14 @@ TEST(DashedPenTest, FlatDashesScaleWithTheWidth) {
 
 TEST(DashedPenTest, CappedDashesKeepTheStyleLength) {
   Canvas c(80, 20);
-  c.Fill(0);
-  c.Select(StyledPen(PS_DASH, 4, PS_ENDCAP_SQUARE, 0xFFFFFF));
-  MoveToEx(c.dc(), 2, 5, nullptr);
-  LineTo(c.dc(), 62, 5);
+  DrawLineWith(c, StyledPen(PS_DASH, 4, PS_ENDCAP_SQUARE, 0xFFFFFF), 2, 5, 62, 5);
   // Each dash is 2 widths between caps of half a width: 12 pixels from 2 - 2, then 4 off.
   EXPECT_EQ(Row(c, 5, 0, 62), "############....############....############....############..");
 }
 
 TEST(DashedPenTest, RoundDotsAreLoneCaps) {
   Canvas c(60, 20);
-  c.Fill(0);
-  c.Select(StyledPen(PS_DOT, 5, PS_ENDCAP_ROUND, 0xFFFFFF));
-  MoveToEx(c.dc(), 5, 10, nullptr);
-  LineTo(c.dc(), 45, 10);
+  DrawLineWith(c, StyledPen(PS_DOT, 5, PS_ENDCAP_ROUND, 0xFFFFFF), 5, 10, 45, 10);
   // A dot's on length gives all of itself to its caps: discs every 2 widths.
   for (int x = 5; x < 45; x += 10) {
     EXPECT_NE(c.At(x, 10), 0u) << x;
@@ -474,10 +473,7 @@ TEST(DashedPenTest, UserStyleEntriesArePixels) {
   // An odd count runs twice: {5} is 5 on, 5 off.
   const DWORD odd[] = {5};
   Canvas d(40, 10);
-  d.Fill(0);
-  d.Select(StyledPen(PS_USERSTYLE, 2, PS_ENDCAP_FLAT, 0xFFFFFF, 1, odd));
-  MoveToEx(d.dc(), 0, 5, nullptr);
-  LineTo(d.dc(), 30, 5);
+  DrawLineWith(d, StyledPen(PS_USERSTYLE, 2, PS_ENDCAP_FLAT, 0xFFFFFF, 1, odd), 0, 5, 30, 5);
   EXPECT_EQ(Row(d, 5, 0, 30), "#####.....#####.....#####.....");
 }
 
@@ -499,24 +495,16 @@ TEST(DashedPenTest, FarOffscreenPatternIsSkippedNotWalked) {
   // The pattern position is kept by arithmetic across the invisible part: a line starting a
   // whole number of periods to the left draws exactly what the short one does.
   Canvas a(100, 12), b(100, 12);
-  a.Fill(0);
-  b.Fill(0);
-  a.Select(StyledPen(PS_DASHDOT, 4, PS_ENDCAP_FLAT, 0xFFFFFF));
-  b.Select(StyledPen(PS_DASHDOT, 4, PS_ENDCAP_FLAT, 0xFFFFFF));
-  MoveToEx(a.dc(), 0, 6, nullptr);
-  LineTo(a.dc(), 100, 6);
-  MoveToEx(b.dc(), -24 * 1000000, 6, nullptr);  // period 24
-  LineTo(b.dc(), 100, 6);
+  DrawLineWith(a, StyledPen(PS_DASHDOT, 4, PS_ENDCAP_FLAT, 0xFFFFFF), 0, 6, 100, 6);
+  // The second line starts a million periods (24 pixels each) further left.
+  DrawLineWith(b, StyledPen(PS_DASHDOT, 4, PS_ENDCAP_FLAT, 0xFFFFFF), -24 * 1000000, 6, 100, 6);
   EXPECT_EQ(a.Pixels(), b.Pixels());
   EXPECT_EQ(Row(a, 6, 0, 26), "############....####....##");
 }
 
 TEST(DashedPenTest, CreatePenWideDashesDrawSolid) {
   Canvas c(40, 10);
-  c.Fill(0);
-  c.Select(CreatePen(PS_DASH, 3, 0xFFFFFF));
-  MoveToEx(c.dc(), 5, 5, nullptr);
-  LineTo(c.dc(), 35, 5);
+  DrawLineWith(c, CreatePen(PS_DASH, 3, 0xFFFFFF), 5, 5, 35, 5);
   EXPECT_EQ(Row(c, 5, 5, 35), std::string(30, '#'));
 }
 

@@ -131,8 +131,11 @@ void FontFace::LoadAdvances(unsigned char c) {
   identity.eM11.value = 1;
   identity.eM22.value = 1;
   const auto wc = static_cast<UINT>(AnsiToUnicode(c));
+  // Glyphs are placed with the cell increment of the black-and-white bitmap, which is what the
+  // system's own text output steps by; the plain metrics query can give the unhinted width
+  // instead (a pixel more for some characters at some sizes).
   int advance = 0;
-  if (::GetGlyphOutlineW(impl_->dc, wc, GGO_METRICS, &gm, 0, nullptr, &identity) != GDI_ERROR) {
+  if (::GetGlyphOutlineW(impl_->dc, wc, GGO_BITMAP, &gm, 0, nullptr, &identity) != GDI_ERROR) {
     advance = gm.gmCellIncX;
   }
   ::ABC abc{};

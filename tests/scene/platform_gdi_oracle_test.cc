@@ -703,6 +703,19 @@ constexpr WineUnstableScene kWineUnstable[] = {
      "that change from run to run (6 to 1100 pixels measured), even in a fresh process"},
 };
 
+// PlatformBudget reads "# platform: budget N" from a scene: the pixels per image allowed to differ
+// from this system's GDI where the system itself is the odd one (the scene says why beside it);
+// 0 without such a line.
+long long PlatformBudget(const std::string& text) {
+  std::istringstream in(text);
+  std::string line;
+  const std::string key = "# platform: budget ";
+  while (std::getline(in, line)) {
+    if (line.compare(0, key.size(), key) == 0) return std::atoll(line.c_str() + key.size());
+  }
+  return 0;
+}
+
 // What the platform drew for one scene, read back from the child that drew it.
 struct PlatformDrawing {
   std::string error;
@@ -824,6 +837,17 @@ class PlatformOracleTest : public testing::Test {
       ASSERT_EQ(ours.checkpoints[i].name, platform->checkpoints[i].name) << scene_;
       pairs.push_back({ours.checkpoints[i].name, {&platform->checkpoints[i].image, &ours.checkpoints[i].image}});
     }
+    // QVIS_PLATFORM_WRITE_GOLDEN=1 writes the platform's images as the scene's reference
+    // fixtures where they are missing (new scenes), to be reviewed before they are committed.
+    if (std::getenv("QVIS_PLATFORM_WRITE_GOLDEN") != nullptr) {
+      for (const auto& [label, images] : pairs) {
+        const fs::path fixture = scene_.parent_path() /
+                                 (scene_.stem().string() + (label == "final" ? "" : "." + label) + ".png");
+        std::error_code ec;
+        if (!fs::exists(fixture, ec)) ASSERT_TRUE(WritePngImage(*images.first, fixture.string())) << fixture;
+      }
+    }
+    const long long budget = PlatformBudget(text);
     for (const auto& [label, images] : pairs) {
       const ImageComparison cmp = CompareImages(*images.first, *images.second, ours.background);
       ASSERT_TRUE(cmp.same_size) << scene_ << " " << label;
@@ -840,7 +864,7 @@ class PlatformOracleTest : public testing::Test {
         WritePngImage(*images.first, (dir / (base + ".platform.png")).string());
         WritePngImage(*images.second, (dir / (base + ".actual.png")).string());
       }
-      EXPECT_EQ(cmp.differing, 0) << scene_ << " (" << label << "): " << DescribeDifferences(cmp);
+      EXPECT_LE(cmp.differing, budget) << scene_ << " (" << label << "): " << DescribeDifferences(cmp);
     }
   }
 

@@ -185,7 +185,9 @@ void FontFace::AppendOutline(unsigned char c, double x, double y, PathData* path
   if (path == nullptr) return;
   const auto wc = static_cast<UINT>(AnsiToUnicode(c));
   ::GLYPHMETRICS gm{};
-  const UINT format = GGO_NATIVE | GGO_UNHINTED;
+  // The hinted outline, as the system's own path recording takes it (the unhinted one puts
+  // some curve points a pixel away).
+  const UINT format = GGO_NATIVE;
   const DWORD size = ::GetGlyphOutlineW(impl_->dc, wc, format, &gm, 0, nullptr, &impl_->rotation);
   if (size == GDI_ERROR || size == 0) return;
   std::vector<std::uint8_t> data(size);

@@ -487,6 +487,9 @@ class PlatformScene {
     } else if (c == "cliprgn") {
       Need(a, 1, 1);
       SelectClipRgn(dc, a[1] == "none" ? nullptr : Region(a[1]));
+    } else if (c == "textcharextra") {
+      Need(a, 1, 1);
+      SetTextCharacterExtra(dc, static_cast<int>(Num(a[1])));
     } else if (c == "textalign") {
       Need(a, 1, 1);
       SetTextAlign(dc, static_cast<UINT>(Num(a[1])));

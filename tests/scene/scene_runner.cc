@@ -415,6 +415,9 @@ void SceneRunner::StateCommand(const Words& a, HDC dc) {
   } else if (c == "miterlimit") {
     Need(a, 1, 1, "miterlimit F");
     Check(SetMiterLimit(dc, static_cast<float>(Real(a[1])), nullptr), "SetMiterLimit");
+  } else if (c == "textcharextra") {
+    Need(a, 1, 1, "textcharextra N");
+    SetTextCharacterExtra(dc, Num(a[1]));
   } else if (c == "textalign") {
     Need(a, 1, 1, "textalign N");
     SetTextAlign(dc, static_cast<UINT>(Num(a[1])));

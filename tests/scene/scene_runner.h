@@ -22,7 +22,7 @@ namespace qvis::gdi {
 //            extpen STYLE W COLOR [cap_*] [join_*] [cosmetic] | brush solid COLOR |
 //            brush hatch N COLOR | brush hollow | rop2 N | bkmode transparent|opaque |
 //            bkcolor C | textcolor C | fillmode alternate|winding | arcdir ccw|cw |
-//            brushorg X Y | miterlimit F | textalign N |
+//            brushorg X Y | miterlimit F | textalign N | textcharextra N |
 //            font FACE HEIGHT ESCAPEMENT WEIGHT [italic] [underline] [strikeout]
 //   drawing: moveto | lineto | line | polyline | polylineto | polygon MODE ... |
 //            polypolygon MODE N1,N2,... ... | rectangle | ellipse | roundrect |

@@ -113,12 +113,15 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   t.pen.resize(static_cast<std::size_t>(n));
   std::int64_t pen = 0;
   std::int64_t extent = 0;
+  const int extra = dc.char_extra;
   for (int i = 0; i < n; ++i) {
     t.pen[static_cast<std::size_t>(i)] = SaturateToInt(pen);
-    // Upright glyphs advance by their hinted widths; turned text is laid out with the
-    // extent widths, as the platform does.
-    pen += dx != nullptr ? dx[i] : esc == 0 ? face->Advance(text[i]) : face->ExtentAdvance(text[i]);
-    extent += dx != nullptr ? dx[i] : face->ExtentAdvance(text[i]);
+    // Upright glyphs advance by their hinted widths; turned text, and text with extra space
+    // after every character, is laid out with the extent widths, as the platform does.
+    const bool hinted = esc == 0 && extra == 0;
+    pen += (dx != nullptr ? dx[i] : hinted ? face->Advance(text[i]) : face->ExtentAdvance(text[i])) +
+           extra;
+    extent += (dx != nullptr ? dx[i] : face->ExtentAdvance(text[i])) + extra;
   }
   t.width = extent;
   const std::int64_t pen_end = pen;
@@ -296,7 +299,8 @@ BOOL GetTextExtentPointA(HDC dc, const char* text, int length, CSize* size) {
   FontFace* face = FontFace::ForFont(dc->font);
   if (face == nullptr) return FALSE;
   *size = CSize(SaturateToInt(TextWidth(face, reinterpret_cast<const unsigned char*>(text),
-                                   static_cast<std::size_t>(length))),
+                                         static_cast<std::size_t>(length)) +
+                               static_cast<std::int64_t>(dc->char_extra) * length),
                 face->metrics().height);
   return TRUE;
 }

@@ -167,6 +167,7 @@ struct DeviceContext {
   int poly_fill_mode = 1;     // ALTERNATE
   int arc_direction = 1;      // AD_COUNTERCLOCKWISE
   UINT text_align = 0;
+  int char_extra = 0;         // SetTextCharacterExtra
   float miter_limit = 10.0f;
   PointI brush_origin;
   PointI position;            // current position

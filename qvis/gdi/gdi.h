@@ -128,6 +128,10 @@ QVIS_API int SetArcDirection(HDC dc, int direction);  // AD_COUNTERCLOCKWISE 1, 
 QVIS_API int GetArcDirection(HDC dc);
 QVIS_API UINT SetTextAlign(HDC dc, UINT align);   // TA_* flags; null DC: GDI_ERROR (0xFFFFFFFF)
 QVIS_API UINT GetTextAlign(HDC dc);
+// SetTextCharacterExtra sets the space added after every character by text output and text
+// extents, in pixels; returns the previous value (null DC: 0x80000000).
+QVIS_API int SetTextCharacterExtra(HDC dc, int extra);
+QVIS_API int GetTextCharacterExtra(HDC dc);
 // SetMiterLimit sets the miter limit of geometric joins (>= 1; smaller values return FALSE).
 QVIS_API BOOL SetMiterLimit(HDC dc, float limit, float* old_limit);
 // SetBrushOrgEx sets the origin of hatch patterns; the previous one goes to *previous when not

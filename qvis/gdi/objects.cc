@@ -2,6 +2,7 @@
 // deletion (deferred while selected), stock objects and DC state.
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <deque>
@@ -408,6 +409,14 @@ UINT SetTextAlign(HDC dc, UINT align) {
   return old;
 }
 UINT GetTextAlign(HDC dc) { return dc ? dc->text_align : 0xFFFFFFFFu; }
+
+int SetTextCharacterExtra(HDC dc, int extra) {
+  if (dc == nullptr) return INT_MIN;
+  int old = dc->char_extra;
+  dc->char_extra = extra;
+  return old;
+}
+int GetTextCharacterExtra(HDC dc) { return dc ? dc->char_extra : INT_MIN; }
 
 BOOL SetMiterLimit(HDC dc, float limit, float* old_limit) {
   if (dc == nullptr || !(limit >= 1.0f)) return FALSE;

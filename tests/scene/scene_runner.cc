@@ -398,6 +398,9 @@ void SceneRunner::StateCommand(const Words& a, HDC dc) {
   } else if (c == "miterlimit") {
     Need(a, 1, 1, "miterlimit F");
     Check(SetMiterLimit(dc, static_cast<float>(Real(a[1])), nullptr), "SetMiterLimit");
+  } else if (c == "textcharextra") {
+    Need(a, 1, 1, "textcharextra N");
+    SetTextCharacterExtra(dc, Num(a[1]));
   } else if (c == "textalign") {
     Need(a, 1, 1, "textalign N");
     SetTextAlign(dc, static_cast<UINT>(Num(a[1])));
@@ -601,6 +604,40 @@ bool SceneRunner::TextOrBlitCommand(const Words& a, HDC dc) {
     Need(a, 3, 3, "textout X Y \"TEXT\"");
     Check(TextOutA(dc, Num(a[1]), Num(a[2]), a[3].c_str(), static_cast<int>(a[3].size())),
           "TextOutA");
+  } else if (c == "exttextout") {
+    // exttextout X Y OPTIONS RECT "TEXT" [DX ...]: OPTIONS is 0, opaque, clipped or
+    // opaque+clipped (or a number); RECT is L,T,R,B or - for none; the DX give every advance.
+    const char* usage = "exttextout X Y OPTIONS L,T,R,B|- \"TEXT\" [DX ...]";
+    if (a.size() < 6) throw SceneError{usage};
+    UINT options = 0;
+    for (std::size_t s = 0; s <= a[3].size();) {
+      std::size_t e = a[3].find('+', s);
+      if (e == std::string::npos) e = a[3].size();
+      options |= static_cast<UINT>(
+          Pick(a[3].substr(s, e - s), {{"opaque", ETO_OPAQUE}, {"clipped", ETO_CLIPPED}}));
+      s = e + 1;
+    }
+    CRect box;
+    const CRect* rect = nullptr;
+    if (a[4] != "-") {
+      int v[4];
+      std::size_t s = 0;
+      for (int k = 0; k < 4; ++k) {
+        std::size_t e = a[4].find(',', s);
+        if ((e == std::string::npos) != (k == 3)) throw SceneError{usage};
+        v[k] = Num(a[4].substr(s, e == std::string::npos ? std::string::npos : e - s));
+        s = e + 1;
+      }
+      box = CRect(v[0], v[1], v[2], v[3]);
+      rect = &box;
+    }
+    const std::string& text = a[5];
+    std::vector<int> dx;
+    for (std::size_t i = 6; i < a.size(); ++i) dx.push_back(Num(a[i]));
+    if (!dx.empty() && dx.size() != text.size()) throw SceneError{"one DX per character"};
+    Check(ExtTextOutA(dc, Num(a[1]), Num(a[2]), options, rect, text.c_str(),
+                      static_cast<UINT>(text.size()), dx.empty() ? nullptr : dx.data()),
+          "ExtTextOutA");
   } else if (c == "srcdc") {
     Need(a, 4, 4, "srcdc mono|color W H 0xRRGGBB");
     if (a[1] != "mono" && a[1] != "color") throw SceneError{"srcdc mono|color W H 0xRRGGBB"};

@@ -22,7 +22,7 @@ namespace qvis::gdi {
 //            extpen STYLE W COLOR [cap_*] [join_*] [cosmetic] | brush solid COLOR |
 //            brush hatch N COLOR | brush hollow | rop2 N | bkmode transparent|opaque |
 //            bkcolor C | textcolor C | fillmode alternate|winding | arcdir ccw|cw |
-//            brushorg X Y | miterlimit F | textalign N |
+//            brushorg X Y | miterlimit F | textalign N | textcharextra N |
 //            font FACE HEIGHT ESCAPEMENT WEIGHT [italic] [underline] [strikeout]
 //   drawing: moveto | lineto | line | polyline | polylineto | polygon MODE ... |
 //            polypolygon MODE N1,N2,... ... | rectangle | ellipse | roundrect |
@@ -32,7 +32,8 @@ namespace qvis::gdi {
 //            framergn NAME COLOR W H | paintrgn | invertrgn NAME | cliprgn NAME|none
 //   paths:   beginpath | endpath | closefigure | abortpath | strokepath | fillpath |
 //            strokeandfillpath
-//   text, blits: textout X Y "TEXT" | srcdc mono|color W H COLOR | srcdc_text mono|color C "T" |
+//   text, blits: textout X Y "TEXT" | exttextout X Y 0|opaque|clipped|opaque+clipped
+//            L,T,R,B|- "TEXT" [DX ...] | srcdc mono|color W H COLOR | srcdc_text mono|color C "T" |
 //            bitblt X Y W H SX SY ROP | bitblt_srcinvert X Y
 //   alpha:   gp_drawline | gp_drawellipse | gp_drawarc | gp_drawpie | gp_fillpolygon |
 //            gp_fillrect | gp_fillrgn | gp_smoothing N (drawn without anti-aliasing)

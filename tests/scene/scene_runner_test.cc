@@ -39,6 +39,11 @@ TEST(SceneRunnerTest, SceneErrorsNameTheLineAndStopTheRun) {
       {"canvas 10 10 0\npolypolygon winding 3,2 0 0 1 1 2 2 3 3\n",
        "error: polypolygon: counts add up to 5, 4 points given"},
       {"canvas 10 10 0\nsrcdc mono 4 4 0\nsrcdc mono 4 4 0\n", "error: the source DC exists already"},
+      {"canvas 10 10 0\nexttextout 1 1 0 -\n", "scene:2: error: exttextout X Y OPTIONS"},
+      {"canvas 10 10 0\nexttextout 1 1 0 1,2,3 \"ab\"\n", "error: exttextout X Y OPTIONS"},
+      {"canvas 10 10 0\nexttextout 1 1 0 1,2,3,4,5 \"ab\"\n", "error: exttextout X Y OPTIONS"},
+      {"canvas 10 10 0\nexttextout 1 1 shiny - \"ab\"\n", "error: unknown value 'shiny'"},
+      {"canvas 10 10 0\nexttextout 1 1 0 - \"ab\" 4\n", "error: one DX per character"},
   };
   for (const Row& row : rows) {
     SceneOutcome out = RunScene(row.scene);

@@ -74,9 +74,10 @@ class FontFace {
   // Glyph is the mask of a character, rotated by the escapement. The reference stays valid for
   // the face's life.
   const GlyphMask& Glyph(unsigned char c);
-  // AppendOutline adds a character's design outline (not hinted), rotated by the escapement,
-  // to a path with the glyph origin at (x, y) in device pixels: one closed figure per contour,
-  // every point on a whole pixel as path points are.
+  // AppendOutline adds a character's outline, rotated by the escapement, to a path with the
+  // glyph origin at (x, y) in device pixels: one closed figure per contour, every point on a
+  // whole pixel as path points are. Where the system's GDI gives the glyphs it is the hinted
+  // outline, the one the system records for text in a path; FreeType gives the design outline.
   void AppendOutline(unsigned char c, double x, double y, PathData* path);
 
  private:

@@ -131,8 +131,11 @@ void FontFace::LoadAdvances(unsigned char c) {
   identity.eM11.value = 1;
   identity.eM22.value = 1;
   const auto wc = static_cast<UINT>(AnsiToUnicode(c));
+  // Glyphs are placed with the cell increment of the black-and-white bitmap, which is what the
+  // system's own text output steps by; the plain metrics query can give the unhinted width
+  // instead (a pixel more for some characters at some sizes).
   int advance = 0;
-  if (::GetGlyphOutlineW(impl_->dc, wc, GGO_METRICS, &gm, 0, nullptr, &identity) != GDI_ERROR) {
+  if (::GetGlyphOutlineW(impl_->dc, wc, GGO_BITMAP, &gm, 0, nullptr, &identity) != GDI_ERROR) {
     advance = gm.gmCellIncX;
   }
   ::ABC abc{};
@@ -182,7 +185,9 @@ void FontFace::AppendOutline(unsigned char c, double x, double y, PathData* path
   if (path == nullptr) return;
   const auto wc = static_cast<UINT>(AnsiToUnicode(c));
   ::GLYPHMETRICS gm{};
-  const UINT format = GGO_NATIVE | GGO_UNHINTED;
+  // The hinted outline, as the system's own path recording takes it (the unhinted one puts
+  // some curve points a pixel away).
+  const UINT format = GGO_NATIVE;
   const DWORD size = ::GetGlyphOutlineW(impl_->dc, wc, format, &gm, 0, nullptr, &impl_->rotation);
   if (size == GDI_ERROR || size == 0) return;
   std::vector<std::uint8_t> data(size);

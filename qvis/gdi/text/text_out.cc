@@ -104,18 +104,24 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
 
   TextLayout t{.pen = dc.scratch.text_pen};
   long esc = face->escapement() % 3600;
-  double radians = static_cast<double>(esc) / 10.0 * kPi / 180.0;
+  // The angle is formed as the platform forms it (tenths times pi over 1800): at 330 degrees
+  // another order of the same operations gives a sine on the other side of -1/2, and every
+  // turned offset is truncated, so glyphs would land a pixel away.
+  double radians = static_cast<double>(esc) * kPi / 1800.0;
   t.ux = esc == 0 ? 1.0 : std::cos(radians);
   t.uy = esc == 0 ? 0.0 : -std::sin(radians);
   t.pen.resize(static_cast<std::size_t>(n));
   std::int64_t pen = 0;
   std::int64_t extent = 0;
+  const int extra = dc.char_extra;
   for (int i = 0; i < n; ++i) {
     t.pen[static_cast<std::size_t>(i)] = SaturateToInt(pen);
-    // Upright glyphs advance by their hinted widths; turned text is laid out with the
-    // extent widths, as the platform does.
-    pen += dx != nullptr ? dx[i] : esc == 0 ? face->Advance(text[i]) : face->ExtentAdvance(text[i]);
-    extent += dx != nullptr ? dx[i] : face->ExtentAdvance(text[i]);
+    // Upright glyphs advance by their hinted widths; turned text, and text with extra space
+    // after every character, is laid out with the extent widths, as the platform does.
+    const bool hinted = esc == 0 && extra == 0;
+    pen += (dx != nullptr ? dx[i] : hinted ? face->Advance(text[i]) : face->ExtentAdvance(text[i])) +
+           extra;
+    extent += (dx != nullptr ? dx[i] : face->ExtentAdvance(text[i])) + extra;
   }
   t.width = extent;
   const std::int64_t pen_end = pen;
@@ -126,11 +132,11 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   double rx = ref_x;
   double ry = ref_y;
   // The reference point moves to the start of the baseline in whole pixels: back along the
-  // baseline by the rounded extent (or half of it, truncated), then across it by the ascent or
-  // descent, truncated towards zero as the platform does. Upright text only ever sees whole
-  // numbers here; turned text inherits the platform's truncation of the turned offsets.
-  const double wx = std::nearbyint(static_cast<double>(t.width) * t.ux);
-  const double wy = std::nearbyint(static_cast<double>(t.width) * t.uy);
+  // baseline by the turned extent (or half of it), then across it by the ascent or descent.
+  // Every turned offset is truncated towards zero as the platform does; upright text only
+  // ever sees whole numbers here.
+  const double wx = std::trunc(static_cast<double>(t.width) * t.ux);
+  const double wy = std::trunc(static_cast<double>(t.width) * t.uy);
   switch (align & TA_CENTER) {
     case TA_CENTER:
       rx -= std::trunc(wx / 2);
@@ -151,10 +157,12 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   t.origin_x = std::trunc(rx - v0 * t.uy);
   t.origin_y = std::trunc(ry + v0 * t.ux);
   if (update_cp) {
-    double shift = (align & TA_CENTER) == TA_CENTER ? 0.0
-                   : (align & TA_CENTER) == TA_RIGHT ? -static_cast<double>(t.width)
-                                                     : static_cast<double>(t.width);
-    dc.position = PointI{ClampInt(ref_x + shift * t.ux), ClampInt(ref_y + shift * t.uy)};
+    // The current position moves by the same truncated turned extent: forwards for left
+    // alignment, backwards for right alignment, not at all for centred text.
+    const double sign = (align & TA_CENTER) == TA_CENTER ? 0.0
+                        : (align & TA_CENTER) == TA_RIGHT ? -1.0
+                                                          : 1.0;
+    dc.position = PointI{ClampInt(ref_x + sign * wx), ClampInt(ref_y + sign * wy)};
   }
 
   if (dc.path.state == PathData::kOpen) {
@@ -200,12 +208,17 @@ BOOL DrawRun(DeviceContext& dc, int x, int y, UINT align, const unsigned char* t
   std::vector<std::uint8_t>& mask = dc.scratch.text_mask;
   mask.assign(static_cast<std::size_t>(bw * bh), 0);
 
+  // Each glyph sits at its pen offset along the baseline turned by the escapement. The turned
+  // offset is truncated towards zero, as the platform converts it to whole pixels (rounding
+  // puts some glyphs of 45-degree text a pixel away); upright offsets are whole already.
   for (int i = 0; i < n; ++i) {
+    const double p = t.pen[static_cast<std::size_t>(i)];
+    const std::int64_t ox = ClampInt(t.origin_x + std::trunc(p * t.ux));
+    const std::int64_t oy = ClampInt(t.origin_y + std::trunc(p * t.uy));
     const GlyphMask& g = face->Glyph(text[i]);
     if (g.rows == 0) continue;
-    double p = t.pen[static_cast<std::size_t>(i)];
-    std::int64_t gx = ClampInt(t.X(p, 0)) + static_cast<std::int64_t>(g.left);
-    std::int64_t gy = ClampInt(t.Y(p, 0)) - static_cast<std::int64_t>(g.top);
+    std::int64_t gx = ox + static_cast<std::int64_t>(g.left);
+    std::int64_t gy = oy - static_cast<std::int64_t>(g.top);
     std::int64_t x0 = std::max<std::int64_t>(gx, box.left);
     std::int64_t x1 = std::min<std::int64_t>(gx + g.width, box.right);
     std::int64_t y0 = std::max<std::int64_t>(gy, box.top);
@@ -286,7 +299,8 @@ BOOL GetTextExtentPointA(HDC dc, const char* text, int length, CSize* size) {
   FontFace* face = FontFace::ForFont(dc->font);
   if (face == nullptr) return FALSE;
   *size = CSize(SaturateToInt(TextWidth(face, reinterpret_cast<const unsigned char*>(text),
-                                   static_cast<std::size_t>(length))),
+                                         static_cast<std::size_t>(length)) +
+                               static_cast<std::int64_t>(dc->char_extra) * length),
                 face->metrics().height);
   return TRUE;
 }

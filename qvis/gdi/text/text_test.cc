@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstdint>
 #include <string>
@@ -313,6 +314,108 @@ TEST(TextTest, EscapementTurnsTheBaseline) {
     // The long side follows the baseline.
     bool vertical = row.escapement % 1800 != 0;
     EXPECT_EQ(ink.Height() > ink.Width(), vertical) << row.escapement;
+  }
+}
+
+// Column starts of the separate runs of ink on a canvas (x where a stroke begins).
+std::vector<int> InkColumns(const Canvas& c, int width, int height) {
+  std::vector<int> starts;
+  bool previous = false;
+  for (int x = 0; x < width; ++x) {
+    bool ink = false;
+    for (int y = 0; y < height; ++y) ink = ink || c.At(x, y) != kWhite;
+    if (ink && !previous) starts.push_back(x);
+    previous = ink;
+  }
+  return starts;
+}
+
+// The platform's conversion of a turned offset to pixels: the angle formed as tenths of a
+// degree times pi over 1800, the turned components truncated towards zero (device y down).
+CPoint TurnedOffset(int escapement, int length) {
+  const double a = escapement * 3.14159265358979323846 / 1800.0;
+  return CPoint(static_cast<int>(length * std::cos(a)), static_cast<int>(-length * std::sin(a)));
+}
+
+TEST(TextTest, TurnedGlyphsAndTheCurrentPositionMoveByTruncatedTurnedOffsets) {
+  // At 330 degrees the sine is a hair above -1/2: a character of even width moves the next one
+  // down by half its width minus one. Drawing two characters at once must equal drawing each
+  // at that offset.
+  Canvas pair(80, 60);
+  Canvas single(80, 60);
+  for (Canvas* c : {&pair, &single}) {
+    SetBkMode(c->dc(), TRANSPARENT);
+    SetTextAlign(c->dc(), TA_BASELINE);
+    c->Font(16, 3300);
+  }
+  std::string glyph;
+  int width = 0;
+  for (char ch : std::string("onabdegH")) {
+    width = Extent(single.dc(), std::string(1, ch)).cx;
+    if (width % 2 == 0) {
+      glyph.assign(2, ch);
+      break;
+    }
+  }
+  ASSERT_FALSE(glyph.empty()) << "no character of even width to tell truncation from rounding";
+  const CPoint step = TurnedOffset(3300, width);
+  ASSERT_EQ(step.y, width / 2 - 1);  // rounding would give width / 2
+  TextOutA(pair.dc(), 10, 20, glyph.data(), 2);
+  TextOutA(single.dc(), 10, 20, glyph.data(), 1);
+  TextOutA(single.dc(), 10 + step.x, 20 + step.y, glyph.data(), 1);
+  EXPECT_FALSE(pair.InkBox().IsRectEmpty());
+  EXPECT_EQ(pair.Pixels(), single.Pixels());
+
+  // TA_UPDATECP: left alignment moves the current position forwards by the truncated turned
+  // extent, right alignment back by it, centred text leaves it.
+  Canvas c(200, 200);
+  c.Font(16, 300);
+  const std::string text = "Moving";
+  const CPoint extent = TurnedOffset(300, Extent(c.dc(), text).cx);
+  struct Row {
+    UINT align;
+    int sign;
+  } rows[] = {{TA_UPDATECP | TA_LEFT, 1}, {TA_UPDATECP | TA_RIGHT, -1}, {TA_UPDATECP | TA_CENTER, 0}};
+  for (const Row& row : rows) {
+    SetTextAlign(c.dc(), row.align);
+    MoveToEx(c.dc(), 100, 100, nullptr);
+    TextOutA(c.dc(), 0, 0, text.data(), static_cast<int>(text.size()));
+    CPoint now;
+    MoveToEx(c.dc(), 0, 0, &now);
+    EXPECT_EQ(now.x, 100 + row.sign * extent.x) << row.align;
+    EXPECT_EQ(now.y, 100 + row.sign * extent.y) << row.align;
+  }
+}
+
+TEST(TextTest, CharacterExtraWidensEveryStepAndTheExtent) {
+  Canvas c(200, 30);
+  c.Font(16);
+  EXPECT_EQ(SetTextCharacterExtra(nullptr, 3), INT_MIN);
+  EXPECT_EQ(GetTextCharacterExtra(nullptr), INT_MIN);
+  const CSize plain = Extent(c.dc(), "IIII");
+  const int one = Extent(c.dc(), "I").cx;
+  EXPECT_EQ(SetTextCharacterExtra(c.dc(), 7), 0);
+  EXPECT_EQ(GetTextCharacterExtra(c.dc()), 7);
+  EXPECT_EQ(Extent(c.dc(), "IIII").cx, plain.cx + 4 * 7);
+
+  // Strokes step by the character's extent width plus the extra.
+  SetBkMode(c.dc(), TRANSPARENT);
+  TextOutA(c.dc(), 10, 5, "IIII", 4);
+  const std::vector<int> strokes = InkColumns(c, 200, 30);
+  ASSERT_EQ(strokes.size(), 4u);
+  for (std::size_t i = 1; i < strokes.size(); ++i) EXPECT_EQ(strokes[i] - strokes[i - 1], one + 7);
+
+  // The opaque cell box spans the widened extent; a negative extra narrows it.
+  for (int extra : {7, -2}) {
+    c.Fill(kWhite);
+    SetTextCharacterExtra(c.dc(), extra);
+    SetBkMode(c.dc(), OPAQUE);
+    SetBkColor(c.dc(), 0x00FF00);
+    TextOutA(c.dc(), 10, 5, "IIII", 4);
+    const CRect box = c.InkBox();
+    EXPECT_EQ(box.left, 10) << extra;
+    EXPECT_EQ(box.Width(), plain.cx + 4 * extra) << extra;
+    EXPECT_EQ(box.Height(), plain.cy) << extra;
   }
 }
 

@@ -714,14 +714,12 @@ struct PlatformDrawing {
 // The child's side: draws SCENE with the platform's GDI and writes OUT/final.png, OUT/<i>.png per
 // checkpoint and OUT/names.txt (checkpoint names), or OUT/error.txt. Returns the exit status.
 int DrawSceneToFiles(const fs::path& scene, const fs::path& out) {
-  std::ifstream in(scene, std::ios::binary);
-  std::ostringstream buffer;
-  buffer << in.rdbuf();
+  const std::string text = ReadSceneText(scene);
   GdiplusSession gdiplus;
   PlatformScene platform;
   try {
     if (!gdiplus.ok()) throw std::runtime_error("GDI+ did not start");
-    platform.Run(buffer.str());
+    platform.Run(text);
   } catch (const std::runtime_error& e) {
     std::ofstream(out / "error.txt") << e.what();
     return 1;
@@ -802,15 +800,11 @@ class PlatformOracleTest : public testing::Test {
   explicit PlatformOracleTest(fs::path scene) : scene_(std::move(scene)) {}
 
   void TestBody() override {
-    std::ifstream in(scene_, std::ios::binary);
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    const std::string text = buffer.str();
+    const std::string text = ReadSceneText(scene_);
     const std::string id = scene_.parent_path().filename().string() + "/" + scene_.stem().string();
     for (const WineUnstableScene& unstable : kWineUnstable) {
       if (id == unstable.scene && RunningUnderWine()) GTEST_SKIP() << unstable.reason;
     }
-
 
     SceneOutcome ours = RunScene(text, scene_.filename().string());
     ASSERT_TRUE(ours.ok) << ours.error;

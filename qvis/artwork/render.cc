@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <numbers>
 #include <numeric>
 
@@ -25,6 +26,16 @@ inline std::int64_t RoundHalfAway(double v) {
   i += f >= 0.5 ? 1 : 0;
   i -= f <= -0.5 ? 1 : 0;
   return i;
+}
+
+// memset for the few bytes a small shape covers on a row, where the call costs more than the
+// stores.
+inline void FillBytes(std::uint8_t* p, std::uint8_t value, std::int64_t n) {
+  if (n > 16) {
+    std::memset(p, value, static_cast<std::size_t>(n));
+    return;
+  }
+  for (std::int64_t i = 0; i < n; ++i) p[i] = value;
 }
 
 // Convex rings with at most this many points and rows are filled by LayerRaster::ScanConvex.
@@ -67,8 +78,7 @@ class LayerRaster final : public ShapeSink {
         mask_sink_(mask_, view.width) {}
 
   void Fill(const std::vector<Ring>& rings, bool even_odd, bool dark) override {
-    points_.clear();
-    counts_.clear();
+    Restart();
     double minx = kPixelLimit, miny = kPixelLimit, maxx = -kPixelLimit, maxy = -kPixelLimit;
     for (const Ring& r : rings) {
       if (r.size() < 3) continue;
@@ -80,8 +90,7 @@ class LayerRaster final : public ShapeSink {
 
   // FillRing is Fill for one ring drawn by the nonzero rule, from points the caller keeps.
   void FillRing(const DPoint* ring, std::size_t n, bool dark) {
-    points_.clear();
-    counts_.clear();
+    Restart();
     if (n < 3) return;
     double minx = kPixelLimit, miny = kPixelLimit, maxx = -kPixelLimit, maxy = -kPixelLimit;
     if (!AddRing(ring, n, minx, miny, maxx, maxy)) return;
@@ -93,25 +102,59 @@ class LayerRaster final : public ShapeSink {
   bool fast() const { return fast_; }
 
  private:
-  // Appends one ring's points in the scanner's fixed point; false on a NaN.
+  void Restart() {
+    points_.clear();
+    counts_.clear();
+    fx0_ = fy0_ = std::numeric_limits<std::int64_t>::max();
+    fx1_ = fy1_ = std::numeric_limits<std::int64_t>::min();
+  }
+
+  // Appends one ring's points in the scanner's fixed point, widening the fixed-point extent
+  // (fx0_ .. fy1_) to them; false on a NaN.
   bool AddRing(const DPoint* ring, std::size_t n, double& minx, double& miny, double& maxx,
                double& maxy) {
+    // Locals throughout: stores through the members or the output would keep the compiler
+    // from holding anything in registers.
+    const double ox = static_cast<double>(view_.origin_x);
+    const double oy = static_cast<double>(view_.origin_y);
+    const double height = view_.height;
+    const double scale = scale_;
+    double x0 = minx, y0 = miny, x1 = maxx, y1 = maxy;
+    std::int64_t fx0 = fx0_, fx1 = fx1_, fy0 = fy0_, fy1 = fy1_;
+    const std::size_t at = points_.size();
+    points_.resize(at + n);
+    gdi::PointFx* out = points_.data() + at;
+    bool nan = false;
     for (std::size_t k = 0; k < n; ++k) {
       const DPoint p = ring[k];
       // Sample at pixel centres: the scanner samples at whole coordinates, so move the
       // shape half a pixel up and left.
-      const double u = std::clamp((p.x - static_cast<double>(view_.origin_x)) * scale_ - 0.5,
-                                  -kPixelLimit, kPixelLimit);
-      const double v = std::clamp(
-          view_.height - (p.y - static_cast<double>(view_.origin_y)) * scale_ - 0.5,
-          -kPixelLimit, kPixelLimit);
-      if (!(u == u) || !(v == v)) return false;  // NaN from a degenerate transform
-      minx = std::min(minx, u);
-      maxx = std::max(maxx, u);
-      miny = std::min(miny, v);
-      maxy = std::max(maxy, v);
-      points_.push_back({RoundHalfAway(u * gdi::kFixOne), RoundHalfAway(v * gdi::kFixOne)});
+      double u = std::clamp((p.x - ox) * scale - 0.5, -kPixelLimit, kPixelLimit);
+      double v = std::clamp(height - (p.y - oy) * scale - 0.5, -kPixelLimit, kPixelLimit);
+      if (!(u == u) || !(v == v)) {  // NaN from a degenerate transform
+        nan = true;
+        u = v = 0.0;
+      }
+      x0 = std::min(x0, u);
+      x1 = std::max(x1, u);
+      y0 = std::min(y0, v);
+      y1 = std::max(y1, v);
+      const gdi::PointFx q{RoundHalfAway(u * gdi::kFixOne), RoundHalfAway(v * gdi::kFixOne)};
+      fx0 = std::min(fx0, q.x);
+      fx1 = std::max(fx1, q.x);
+      fy0 = std::min(fy0, q.y);
+      fy1 = std::max(fy1, q.y);
+      out[k] = q;
     }
+    if (nan) return false;
+    minx = x0;
+    miny = y0;
+    maxx = x1;
+    maxy = y1;
+    fx0_ = fx0;
+    fx1_ = fx1;
+    fy0_ = fy0;
+    fy1_ = fy1;
     return true;
   }
 
@@ -156,13 +199,7 @@ class LayerRaster final : public ShapeSink {
   // ceil(x1) - 1, the scanner's rule that an edge through a sample point owns it on the left
   // and top only). True when the shape was handled.
   bool ScanShortcut(bool dark) {
-    std::int64_t x0 = points_[0].x, x1 = x0, y0 = points_[0].y, y1 = y0;
-    for (const gdi::PointFx& p : points_) {
-      x0 = std::min(x0, p.x);
-      x1 = std::max(x1, p.x);
-      y0 = std::min(y0, p.y);
-      y1 = std::max(y1, p.y);
-    }
+    const std::int64_t x0 = fx0_, x1 = fx1_, y0 = fy0_, y1 = fy1_;
     const std::int64_t top = std::max<std::int64_t>(CeilDiv(y0, gdi::kFixOne), 0);
     const std::int64_t bottom = std::min<std::int64_t>(CeilDiv(y1, gdi::kFixOne), view_.height);
     const std::int64_t left = std::max<std::int64_t>(CeilDiv(x0, gdi::kFixOne), 0);
@@ -175,8 +212,8 @@ class LayerRaster final : public ShapeSink {
     if (!rect) return false;
     const std::uint8_t value = dark ? 1 : 0;
     for (std::int64_t y = top; y < bottom; ++y) {
-      std::memset(mask_.data() + static_cast<std::size_t>(y) * view_.width + left, value,
-                  static_cast<std::size_t>(right - left));
+      FillBytes(mask_.data() + static_cast<std::size_t>(y) * view_.width + left, value,
+                right - left);
     }
     return true;
   }
@@ -197,19 +234,15 @@ class LayerRaster final : public ShapeSink {
     // The ring without repeated points, its first two points again at the end (plain arrays:
     // PointFx's initialisers would clear the whole array on every call).
     std::int64_t vx[kConvexMaxPoints + 2], vy[kConvexMaxPoints + 2];
+    if (fx0_ <= -kSmall || fx1_ >= kSmall || fy0_ <= -kSmall || fy1_ >= kSmall) return false;
+    const std::int64_t ymin = fy0_, ymax = fy1_;
     std::size_t n = 0;
-    std::int64_t ymin = points_[0].y, ymax = points_[0].y;
-    bool small = true;
     for (std::size_t k = 0; k < count; ++k) {
       const gdi::PointFx p = points_[k];
-      small &= p.x > -kSmall && p.x < kSmall && p.y > -kSmall && p.y < kSmall;
-      ymin = std::min(ymin, p.y);
-      ymax = std::max(ymax, p.y);
       vx[n] = p.x;
       vy[n] = p.y;
       n += (n == 0 || p.x != vx[n - 1] || p.y != vy[n - 1]) ? 1 : 0;
     }
-    if (!small) return false;
     while (n > 1 && vx[n - 1] == vx[0] && vy[n - 1] == vy[0]) --n;
     if (n < 3) return false;
     vx[n] = vx[0];
@@ -264,10 +297,7 @@ class LayerRaster final : public ShapeSink {
     const std::uint8_t value = dark ? 1 : 0;
     for (std::int64_t y = top; y < bottom; ++y) {
       const std::int64_t l = lo[y - top], r = hi[y - top];
-      if (l < r) {
-        std::memset(mask_.data() + static_cast<std::size_t>(y) * view_.width + l, value,
-                    static_cast<std::size_t>(r - l));
-      }
+      if (l < r) FillBytes(mask_.data() + static_cast<std::size_t>(y) * view_.width + l, value, r - l);
     }
     return true;
   }
@@ -338,6 +368,7 @@ class LayerRaster final : public ShapeSink {
   bool fast_ = true;
   gdi::IRect group_box_;
   gdi::IRect touched_;
+  std::int64_t fx0_ = 0, fx1_ = 0, fy0_ = 0, fy1_ = 0;
 };
 
 // Outlines of the two commonest objects, round-ended tracks and round flashes, built without
@@ -453,6 +484,16 @@ const Aperture* FindAperture(const Layer& layer, int code) {
   return it == layer.apertures.end() ? nullptr : &it->second;
 }
 
+// The outline of a rectangular aperture, as the outline builder's Rect makes it (an element at a
+// time: assigning from a list copies through a slow block move here).
+void RectRing(double sx, double sy, std::vector<DPoint>& ring) {
+  ring.resize(4);
+  ring[0] = {-sx / 2, -sy / 2};
+  ring[1] = {sx / 2, -sy / 2};
+  ring[2] = {sx / 2, sy / 2};
+  ring[3] = {-sx / 2, sy / 2};
+}
+
 // Draws one top-level object of a layer: round-ended tracks and flashes of round or rectangular
 // apertures (no hole) straight from their outline, everything else through EmitObject.
 void DrawObject(const Layer& layer, const ArtObject& o, const ShapeOptions& opt,
@@ -490,8 +531,7 @@ void DrawObject(const Layer& layer, const ArtObject& o, const ShapeOptions& opt,
           cache.Circle({0, 0}, sx / 2, opt.tolerance_nm, ring);
         } else {
           const double sy = std::max(static_cast<double>(ap->size_y), 0.0);
-          ring.assign(
-              {{-sx / 2, -sy / 2}, {sx / 2, -sy / 2}, {sx / 2, sy / 2}, {-sx / 2, sy / 2}});
+          RectRing(sx, sy, ring);
         }
         for (DPoint& p : ring) p = {p.x + ex, p.y + ey};
         raster.FillRing(ring.data(), ring.size(), dark);
@@ -504,7 +544,7 @@ void DrawObject(const Layer& layer, const ArtObject& o, const ShapeOptions& opt,
         cache.Circle({0, 0}, sx / 2, tol, ring);
       } else {
         const double sy = std::max(static_cast<double>(ap->size_y), 0.0);
-        ring.assign({{-sx / 2, -sy / 2}, {sx / 2, -sy / 2}, {sx / 2, sy / 2}, {-sx / 2, sy / 2}});
+        RectRing(sx, sy, ring);
       }
       for (DPoint& p : ring) p = m.Apply(p);
       raster.FillRing(ring.data(), ring.size(), dark);

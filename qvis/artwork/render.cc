@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <numbers>
 #include <numeric>
 
@@ -16,6 +17,30 @@ namespace qvis {
 namespace {
 
 constexpr double kPixelLimit = 1099511627776.0;  // 2^40: far beyond any frame, safe in 64 bits
+
+// std::llround for |v| < 2^62 (halves away from zero), without the library call: the fraction
+// v - trunc(v) is exact in doubles, so the result is llround's to the last bit.
+inline std::int64_t RoundHalfAway(double v) {
+  std::int64_t i = static_cast<std::int64_t>(v);
+  const double f = v - static_cast<double>(i);
+  i += f >= 0.5 ? 1 : 0;
+  i -= f <= -0.5 ? 1 : 0;
+  return i;
+}
+
+// memset for the few bytes a small shape covers on a row, where the call costs more than the
+// stores.
+inline void FillBytes(std::uint8_t* p, std::uint8_t value, std::int64_t n) {
+  if (n > 16) {
+    std::memset(p, value, static_cast<std::size_t>(n));
+    return;
+  }
+  for (std::int64_t i = 0; i < n; ++i) p[i] = value;
+}
+
+// Convex rings with at most this many points and rows are filled by LayerRaster::ScanConvex.
+constexpr std::size_t kConvexMaxPoints = 64;
+constexpr std::int64_t kConvexMaxRows = 256;
 
 class MaskSink final : public gdi::SpanSink {
  public:
@@ -36,19 +61,24 @@ class MaskSink final : public gdi::SpanSink {
 };
 
 // Composes one layer's coverage. Aperture images with clear parts are built in a scratch mask
-// first, so their clear parts cut only the image itself.
+// first, so their clear parts cut only the image itself. The mask is either the raster's own
+// or one the caller keeps zeroed between layers and frames (ComposeBoard): `touched()` bounds
+// every byte written, so the caller reads and clears only that box.
 class LayerRaster final : public ShapeSink {
  public:
-  LayerRaster(const ArtView& view)
+  // Draws into its own zeroed mask.
+  explicit LayerRaster(const ArtView& view) : LayerRaster(view, nullptr) {}
+  // Draws into `mask` (view.width * view.height bytes, all zero) when given.
+  LayerRaster(const ArtView& view, std::vector<std::uint8_t>* mask)
       : view_(view),
         scale_(view.dpi / static_cast<double>(kNmPerInch)),
         frame_{0, 0, view.width, view.height},
-        mask_(static_cast<std::size_t>(view.width) * view.height, 0),
+        own_(mask == nullptr ? static_cast<std::size_t>(view.width) * view.height : 0, 0),
+        mask_(mask == nullptr ? own_ : *mask),
         mask_sink_(mask_, view.width) {}
 
   void Fill(const std::vector<Ring>& rings, bool even_odd, bool dark) override {
-    points_.clear();
-    counts_.clear();
+    Restart();
     double minx = kPixelLimit, miny = kPixelLimit, maxx = -kPixelLimit, maxy = -kPixelLimit;
     for (const Ring& r : rings) {
       if (r.size() < 3) continue;
@@ -60,8 +90,7 @@ class LayerRaster final : public ShapeSink {
 
   // FillRing is Fill for one ring drawn by the nonzero rule, from points the caller keeps.
   void FillRing(const DPoint* ring, std::size_t n, bool dark) {
-    points_.clear();
-    counts_.clear();
+    Restart();
     if (n < 3) return;
     double minx = kPixelLimit, miny = kPixelLimit, maxx = -kPixelLimit, maxy = -kPixelLimit;
     if (!AddRing(ring, n, minx, miny, maxx, maxy)) return;
@@ -73,26 +102,59 @@ class LayerRaster final : public ShapeSink {
   bool fast() const { return fast_; }
 
  private:
-  // Appends one ring's points in the scanner's fixed point; false on a NaN.
+  void Restart() {
+    points_.clear();
+    counts_.clear();
+    fx0_ = fy0_ = std::numeric_limits<std::int64_t>::max();
+    fx1_ = fy1_ = std::numeric_limits<std::int64_t>::min();
+  }
+
+  // Appends one ring's points in the scanner's fixed point, widening the fixed-point extent
+  // (fx0_ .. fy1_) to them; false on a NaN.
   bool AddRing(const DPoint* ring, std::size_t n, double& minx, double& miny, double& maxx,
                double& maxy) {
+    // Locals throughout: stores through the members or the output would keep the compiler
+    // from holding anything in registers.
+    const double ox = static_cast<double>(view_.origin_x);
+    const double oy = static_cast<double>(view_.origin_y);
+    const double height = view_.height;
+    const double scale = scale_;
+    double x0 = minx, y0 = miny, x1 = maxx, y1 = maxy;
+    std::int64_t fx0 = fx0_, fx1 = fx1_, fy0 = fy0_, fy1 = fy1_;
+    const std::size_t at = points_.size();
+    points_.resize(at + n);
+    gdi::PointFx* out = points_.data() + at;
+    bool nan = false;
     for (std::size_t k = 0; k < n; ++k) {
       const DPoint p = ring[k];
       // Sample at pixel centres: the scanner samples at whole coordinates, so move the
       // shape half a pixel up and left.
-      const double u = std::clamp((p.x - static_cast<double>(view_.origin_x)) * scale_ - 0.5,
-                                  -kPixelLimit, kPixelLimit);
-      const double v = std::clamp(
-          view_.height - (p.y - static_cast<double>(view_.origin_y)) * scale_ - 0.5,
-          -kPixelLimit, kPixelLimit);
-      if (!(u == u) || !(v == v)) return false;  // NaN from a degenerate transform
-      minx = std::min(minx, u);
-      maxx = std::max(maxx, u);
-      miny = std::min(miny, v);
-      maxy = std::max(maxy, v);
-      points_.push_back({static_cast<std::int64_t>(std::llround(u * gdi::kFixOne)),
-                         static_cast<std::int64_t>(std::llround(v * gdi::kFixOne))});
+      double u = std::clamp((p.x - ox) * scale - 0.5, -kPixelLimit, kPixelLimit);
+      double v = std::clamp(height - (p.y - oy) * scale - 0.5, -kPixelLimit, kPixelLimit);
+      if (!(u == u) || !(v == v)) {  // NaN from a degenerate transform
+        nan = true;
+        u = v = 0.0;
+      }
+      x0 = std::min(x0, u);
+      x1 = std::max(x1, u);
+      y0 = std::min(y0, v);
+      y1 = std::max(y1, v);
+      const gdi::PointFx q{RoundHalfAway(u * gdi::kFixOne), RoundHalfAway(v * gdi::kFixOne)};
+      fx0 = std::min(fx0, q.x);
+      fx1 = std::max(fx1, q.x);
+      fy0 = std::min(fy0, q.y);
+      fy1 = std::max(fy1, q.y);
+      out[k] = q;
     }
+    if (nan) return false;
+    minx = x0;
+    miny = y0;
+    maxx = x1;
+    maxy = y1;
+    fx0_ = fx0;
+    fx1_ = fx1;
+    fy0_ = fy0;
+    fy1_ = fy1;
     return true;
   }
 
@@ -100,7 +162,13 @@ class LayerRaster final : public ShapeSink {
     if (counts_.empty() || maxx < -1 || maxy < -1 || minx > view_.width || miny > view_.height) {
       return;
     }
-    if (fast_ && !group_ && ScanShortcut(dark)) return;
+    // Every pixel the fill can write lies within a pixel of the outline's extent (the fixed
+    // point rounds by less than one).
+    Touch(static_cast<std::int64_t>(std::floor(minx)) - 1,
+          static_cast<std::int64_t>(std::floor(miny)) - 1,
+          static_cast<std::int64_t>(std::ceil(maxx)) + 2,
+          static_cast<std::int64_t>(std::ceil(maxy)) + 2);
+    if (fast_ && !group_ && (ScanShortcut(dark) || ScanConvex(dark))) return;
     const gdi::FillRule rule = even_odd ? gdi::FillRule::kAlternate : gdi::FillRule::kWinding;
     if (group_) {
       scratch_sink_.set_value(dark ? 1 : 0);
@@ -117,19 +185,21 @@ class LayerRaster final : public ShapeSink {
     }
   }
 
+  void Touch(std::int64_t x0, std::int64_t y0, std::int64_t x1, std::int64_t y1) {
+    const gdi::IRect r{static_cast<int>(std::clamp<std::int64_t>(x0, 0, view_.width)),
+                       static_cast<int>(std::clamp<std::int64_t>(y0, 0, view_.height)),
+                       static_cast<int>(std::clamp<std::int64_t>(x1, 0, view_.width)),
+                       static_cast<int>(std::clamp<std::int64_t>(y1, 0, view_.height))};
+    if (r.left < r.right && r.top < r.bottom) touched_ = Union(touched_, r);
+  }
+
   // Shapes the scanner's result is known for without scanning: outlines between whose extreme
   // coordinates no sample row or column lies (nothing is inked), and one ring that is a
   // rectangle with axis-parallel sides (rows ceil(y0) .. ceil(y1) - 1 and columns ceil(x0) ..
   // ceil(x1) - 1, the scanner's rule that an edge through a sample point owns it on the left
   // and top only). True when the shape was handled.
   bool ScanShortcut(bool dark) {
-    std::int64_t x0 = points_[0].x, x1 = x0, y0 = points_[0].y, y1 = y0;
-    for (const gdi::PointFx& p : points_) {
-      x0 = std::min(x0, p.x);
-      x1 = std::max(x1, p.x);
-      y0 = std::min(y0, p.y);
-      y1 = std::max(y1, p.y);
-    }
+    const std::int64_t x0 = fx0_, x1 = fx1_, y0 = fy0_, y1 = fy1_;
     const std::int64_t top = std::max<std::int64_t>(CeilDiv(y0, gdi::kFixOne), 0);
     const std::int64_t bottom = std::min<std::int64_t>(CeilDiv(y1, gdi::kFixOne), view_.height);
     const std::int64_t left = std::max<std::int64_t>(CeilDiv(x0, gdi::kFixOne), 0);
@@ -142,8 +212,92 @@ class LayerRaster final : public ShapeSink {
     if (!rect) return false;
     const std::uint8_t value = dark ? 1 : 0;
     for (std::int64_t y = top; y < bottom; ++y) {
-      std::memset(mask_.data() + static_cast<std::size_t>(y) * view_.width + left, value,
-                  static_cast<std::size_t>(right - left));
+      FillBytes(mask_.data() + static_cast<std::size_t>(y) * view_.width + left, value,
+                right - left);
+    }
+    return true;
+  }
+
+  // One small convex ring (round-ended tracks, round flashes, most regions of a few points)
+  // filled straight into the mask. For a convex ring every sample row between its top and
+  // bottom meets exactly two of its edges, each edge owning the rows of [top, bottom) of its
+  // ends; the scanner's pixels on that row run from the first pixel at or right of one crossing
+  // to the first at or right of the other, which is what is computed here, with the scanner's
+  // exact integer crossing and its clamping to the frame. Convex means: every turn the same
+  // way (or straight ahead, never back), and the outline going down and up once (twice would
+  // be a ring wound twice). Anything else, or coordinates beyond the scanner's 64-bit range,
+  // is left to the scanner. True when the ring was filled.
+  bool ScanConvex(bool dark) {
+    const std::size_t count = points_.size();
+    if (counts_.size() != 1 || count > kConvexMaxPoints) return false;
+    constexpr std::int64_t kSmall = std::int64_t{1} << 30;  // the scanner's 64-bit range
+    // The ring without repeated points, its first two points again at the end (plain arrays:
+    // PointFx's initialisers would clear the whole array on every call).
+    std::int64_t vx[kConvexMaxPoints + 2], vy[kConvexMaxPoints + 2];
+    if (fx0_ <= -kSmall || fx1_ >= kSmall || fy0_ <= -kSmall || fy1_ >= kSmall) return false;
+    const std::int64_t ymin = fy0_, ymax = fy1_;
+    std::size_t n = 0;
+    for (std::size_t k = 0; k < count; ++k) {
+      const gdi::PointFx p = points_[k];
+      vx[n] = p.x;
+      vy[n] = p.y;
+      n += (n == 0 || p.x != vx[n - 1] || p.y != vy[n - 1]) ? 1 : 0;
+    }
+    while (n > 1 && vx[n - 1] == vx[0] && vy[n - 1] == vy[0]) --n;
+    if (n < 3) return false;
+    vx[n] = vx[0];
+    vy[n] = vy[0];
+    vx[n + 1] = vx[1];
+    vy[n + 1] = vy[1];
+    int turn = 0, first_dir = 0, last_dir = 0, dir_changes = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      const std::int64_t ex = vx[i + 1] - vx[i], ey = vy[i + 1] - vy[i];
+      const std::int64_t fx = vx[i + 2] - vx[i + 1], fy = vy[i + 2] - vy[i + 1];
+      const std::int64_t cross = ex * fy - ey * fx;
+      if (cross == 0) {
+        if (ex * fx + ey * fy < 0) return false;  // straight back
+      } else {
+        const int s = cross > 0 ? 1 : -1;
+        if (turn == 0) turn = s;
+        if (s != turn) return false;
+      }
+      if (ey != 0) {
+        const int d = ey > 0 ? 1 : -1;
+        if (first_dir == 0) first_dir = d;
+        if (last_dir != 0 && d != last_dir) ++dir_changes;
+        last_dir = d;
+      }
+    }
+    if (last_dir != first_dir) ++dir_changes;
+    if (turn == 0 || dir_changes != 2) return false;
+
+    const std::int64_t top = std::max<std::int64_t>(CeilDiv(ymin, gdi::kFixOne), 0);
+    const std::int64_t bottom = std::min<std::int64_t>(CeilDiv(ymax, gdi::kFixOne), view_.height);
+    if (top >= bottom) return true;
+    if (bottom - top > kConvexMaxRows) return false;
+    const std::int64_t width = view_.width;
+    std::int64_t lo[kConvexMaxRows], hi[kConvexMaxRows];
+    std::fill(lo, lo + (bottom - top), width);
+    std::fill(hi, hi + (bottom - top), std::int64_t{0});
+    for (std::size_t i = 0; i < n; ++i) {
+      gdi::PointFx a{vx[i], vy[i]}, b{vx[i + 1], vy[i + 1]};
+      if (a.y == b.y) continue;
+      if (a.y > b.y) std::swap(a, b);
+      const std::int64_t y0 = std::max(CeilDiv(a.y, gdi::kFixOne), top);
+      const std::int64_t y1 = std::min(CeilDiv(b.y, gdi::kFixOne), bottom);
+      const std::int64_t dy = b.y - a.y, dx = b.x - a.x, den = dy * gdi::kFixOne;
+      for (std::int64_t y = y0; y < y1; ++y) {
+        // The crossing of row y in pixels is num / den; its pixel is the ceiling.
+        const std::int64_t num = a.x * dy + (y * gdi::kFixOne - a.y) * dx;
+        const std::int64_t px = std::clamp<std::int64_t>(CeilDiv(num, den), 0, width);
+        lo[y - top] = std::min(lo[y - top], px);
+        hi[y - top] = std::max(hi[y - top], px);
+      }
+    }
+    const std::uint8_t value = dark ? 1 : 0;
+    for (std::int64_t y = top; y < bottom; ++y) {
+      const std::int64_t l = lo[y - top], r = hi[y - top];
+      if (l < r) FillBytes(mask_.data() + static_cast<std::size_t>(y) * view_.width + l, value, r - l);
     }
     return true;
   }
@@ -169,6 +323,10 @@ class LayerRaster final : public ShapeSink {
   }
 
   std::vector<std::uint8_t>& mask() { return mask_; }
+  // The box of mask bytes written so far (empty when none).
+  const gdi::IRect& touched() const { return touched_; }
+  // Marks the whole mask written (a negative layer starts all dark).
+  void TouchAll() { Touch(0, 0, view_.width, view_.height); }
 
  private:
   static gdi::IRect Union(const gdi::IRect& a, const gdi::IRect& b) {
@@ -198,7 +356,8 @@ class LayerRaster final : public ShapeSink {
   const ArtView& view_;
   double scale_;
   gdi::IRect frame_;
-  std::vector<std::uint8_t> mask_;
+  std::vector<std::uint8_t> own_;
+  std::vector<std::uint8_t>& mask_;
   std::vector<std::uint8_t> scratch_;
   MaskSink mask_sink_;
   ScratchSink scratch_sink_{this};
@@ -208,6 +367,8 @@ class LayerRaster final : public ShapeSink {
   bool group_ = false;
   bool fast_ = true;
   gdi::IRect group_box_;
+  gdi::IRect touched_;
+  std::int64_t fx0_ = 0, fx1_ = 0, fy0_ = 0, fy1_ = 0;
 };
 
 // Outlines of the two commonest objects, round-ended tracks and round flashes, built without
@@ -226,8 +387,7 @@ class OutlineCache {
       Circle(a, r, tol, out);
       return;
     }
-    const double th = std::atan2(dy, dx);
-    const Entry& e = Find(1, th, r, tol);
+    const Entry& e = Find(1, Angle(dx, dy), r, tol);
     for (std::size_t i = 0; i < e.split; ++i) out.push_back({b.x + r * e.u[i].x, b.y + r * e.u[i].y});
     for (std::size_t i = e.split; i < e.u.size(); ++i) {
       out.push_back({a.x + r * e.u[i].x, a.y + r * e.u[i].y});
@@ -250,6 +410,18 @@ class OutlineCache {
     std::vector<DPoint> u;
     std::size_t split = 0;  // capsule: where the arc about `a` starts
   };
+
+  // atan2(dy, dx), remembered per (dx, dy): boards repeat track vectors (buses, grids).
+  double Angle(double dx, double dy) {
+    std::uint64_t bits[2];
+    std::memcpy(&bits[0], &dx, 8);
+    std::memcpy(&bits[1], &dy, 8);
+    const std::uint64_t h = (bits[0] * 0x9E3779B97F4A7C15ull) ^ (bits[1] * 0xC2B2AE3D27D4EB4Full);
+    AngleSlot& a = angles_[(h >> 40) % kAngleSlots];
+    if (a.used && a.dx == dx && a.dy == dy) return a.th;
+    a = {true, dx, dy, std::atan2(dy, dx)};
+    return a.th;
+  }
 
   static void Arc(std::vector<DPoint>& u, double r, double a0, double sweep, double tol) {
     const int n = std::max(ArcSegments(r, std::fabs(sweep), tol), 1);
@@ -297,12 +469,29 @@ class OutlineCache {
     return e;
   }
 
+  struct AngleSlot {
+    bool used = false;
+    double dx = 0, dy = 0, th = 0;
+  };
+  static constexpr std::size_t kAngleSlots = 256;
+
   Entry slots_[kSlots];
+  AngleSlot angles_[kAngleSlots];
 };
 
 const Aperture* FindAperture(const Layer& layer, int code) {
   auto it = layer.apertures.find(code);
   return it == layer.apertures.end() ? nullptr : &it->second;
+}
+
+// The outline of a rectangular aperture, as the outline builder's Rect makes it (an element at a
+// time: assigning from a list copies through a slow block move here).
+void RectRing(double sx, double sy, std::vector<DPoint>& ring) {
+  ring.resize(4);
+  ring[0] = {-sx / 2, -sy / 2};
+  ring[1] = {sx / 2, -sy / 2};
+  ring[2] = {sx / 2, sy / 2};
+  ring[3] = {-sx / 2, sy / 2};
 }
 
 // Draws one top-level object of a layer: round-ended tracks and flashes of round or rectangular
@@ -312,14 +501,16 @@ void DrawObject(const Layer& layer, const ArtObject& o, const ShapeOptions& opt,
   if (raster.fast() && (o.kind == ObjectKind::kTrack || o.kind == ObjectKind::kFlash)) {
     const Aperture* ap = FindAperture(layer, o.aperture);
     const bool dark = o.polarity == Polarity::kDark;
-    const Affine place{};
+    // Objects are placed through the identity here; with an untransformed aperture too (the
+    // common case) the matrices are skipped: multiplying by one and adding zero change no
+    // coordinate (a zero's sign at most, which no pixel sees).
+    const bool plain = o.transform.IsIdentity();
     if (ap != nullptr && o.kind == ObjectKind::kTrack && ap->kind == ApertureKind::kCircle) {
-      const Affine at = Affine::FromTransform(o.transform);
-      const double scale = std::max(place.Scale(), 1e-12);
-      const double tol = opt.tolerance_nm / scale;
-      double r = static_cast<double>(ap->size_x) / 2 * at.Scale();
+      const double tol = opt.tolerance_nm;
+      double r = static_cast<double>(ap->size_x) / 2;
+      if (!plain) r *= Affine::FromTransform(o.transform).Scale();
       if (r <= 0 && opt.min_line_width_nm <= 0) return;
-      r = std::max(r, opt.min_line_width_nm / scale / 2);
+      r = std::max(r, opt.min_line_width_nm / 2);
       const DPoint a{static_cast<double>(o.start.x), static_cast<double>(o.start.y)};
       const DPoint b{static_cast<double>(o.end.x), static_cast<double>(o.end.y)};
       if (o.start == o.end) {
@@ -327,24 +518,33 @@ void DrawObject(const Layer& layer, const ArtObject& o, const ShapeOptions& opt,
       } else {
         cache.Capsule(a, b, r, tol, ring);
       }
-      for (DPoint& p : ring) p = place.Apply(p);
       raster.FillRing(ring.data(), ring.size(), dark);
       return;
     }
     if (ap != nullptr && o.kind == ObjectKind::kFlash && ap->hole <= 0 &&
         (ap->kind == ApertureKind::kCircle || ap->kind == ApertureKind::kRectangle)) {
       if (ap->size_x <= 0) return;
-      const Affine m = place
-                           .Then(Affine::Translate(static_cast<double>(o.end.x),
-                                                   static_cast<double>(o.end.y)))
-                           .Then(Affine::FromTransform(o.transform));
+      const double ex = static_cast<double>(o.end.x), ey = static_cast<double>(o.end.y);
       const double sx = std::max(static_cast<double>(ap->size_x), 0.0);
+      if (plain) {
+        if (ap->kind == ApertureKind::kCircle) {
+          cache.Circle({0, 0}, sx / 2, opt.tolerance_nm, ring);
+        } else {
+          const double sy = std::max(static_cast<double>(ap->size_y), 0.0);
+          RectRing(sx, sy, ring);
+        }
+        for (DPoint& p : ring) p = {p.x + ex, p.y + ey};
+        raster.FillRing(ring.data(), ring.size(), dark);
+        return;
+      }
+      const Affine m =
+          Affine::Translate(ex, ey).Then(Affine::FromTransform(o.transform));
       if (ap->kind == ApertureKind::kCircle) {
         const double tol = opt.tolerance_nm / std::max(m.Scale(), 1e-12);
         cache.Circle({0, 0}, sx / 2, tol, ring);
       } else {
         const double sy = std::max(static_cast<double>(ap->size_y), 0.0);
-        ring.assign({{-sx / 2, -sy / 2}, {sx / 2, -sy / 2}, {sx / 2, sy / 2}, {-sx / 2, sy / 2}});
+        RectRing(sx, sy, ring);
       }
       for (DPoint& p : ring) p = m.Apply(p);
       raster.FillRing(ring.data(), ring.size(), dark);
@@ -422,14 +622,15 @@ inline std::uint32_t Blend(std::uint32_t dst, std::uint32_t src, unsigned a) {
   return (r << 16) | (g << 8) | l;
 }
 
-void LayOver(const std::vector<std::uint8_t>& mask, const PixelTarget& t, std::uint32_t colour,
-             unsigned alpha) {
-  for (int y = 0; y < t.height; ++y) {
-    const std::uint8_t* m = mask.data() + static_cast<std::size_t>(y) * t.width;
+// Lays the `box` of a layer's mask over the frame and clears it, leaving the mask zeroed.
+void LayOver(std::vector<std::uint8_t>& mask, const PixelTarget& t, std::uint32_t colour,
+             unsigned alpha, const gdi::IRect& box) {
+  for (int y = box.top; y < box.bottom; ++y) {
+    std::uint8_t* m = mask.data() + static_cast<std::size_t>(y) * t.width;
     std::uint32_t* row = t.pixels + y * t.stride;
-    int x = 0;
+    int x = box.left;
     // Eight mask bytes at a time: most of a layer's mask is empty.
-    for (; x + 8 <= t.width; x += 8) {
+    for (; x + 8 <= box.right; x += 8) {
       std::uint64_t word;
       std::memcpy(&word, m + x, 8);
       if (word == 0) continue;
@@ -437,10 +638,27 @@ void LayOver(const std::vector<std::uint8_t>& mask, const PixelTarget& t, std::u
         if (m[k]) row[k] = Blend(row[k], colour, alpha);
       }
     }
-    for (; x < t.width; ++x) {
+    for (; x < box.right; ++x) {
       if (m[x]) row[x] = Blend(row[x], colour, alpha);
     }
+    std::memset(m + box.left, 0, static_cast<std::size_t>(box.right - box.left));
   }
+}
+
+// The mask ComposeBoard composes each layer in, kept per thread between frames so that a frame
+// neither allocates nor clears a whole mask per layer: after each layer only the box it wrote
+// is laid over the frame and cleared. `clean` is false while a frame is using it, so a frame
+// that ended early (an exception) leaves it to be cleared in full by the next.
+struct FrameMask {
+  std::vector<std::uint8_t> bytes;
+  bool clean = true;
+};
+
+FrameMask& TakeFrameMask(std::size_t size) {
+  thread_local FrameMask mask;
+  if (mask.bytes.size() != size || !mask.clean) mask.bytes.assign(size, 0);
+  mask.clean = false;
+  return mask;
 }
 
 }  // namespace
@@ -466,34 +684,36 @@ void ComposeBoard(const ArtBoard& board, const ArtView& view, const PixelTarget&
   }
   std::stable_sort(order.begin(), order.end(),
                    [&](int a, int b) { return board.layer(a).order < board.layer(b).order; });
+  FrameMask& mask = TakeFrameMask(static_cast<std::size_t>(view.width) * view.height);
   for (int li : order) {
     const Layer& l = board.layer(li);
     const std::vector<std::uint32_t> visible = board.Visible(li, area);
     if (visible.empty()) continue;
-    LayerRaster raster(view);
+    LayerRaster raster(view, &mask.bytes);
     raster.set_fast(options.fast_paths);
     for (std::uint32_t i : visible) DrawObject(l, l.objects[i], opt, raster, cache, ring);
     const std::size_t at = static_cast<std::size_t>(li);
-    LayOver(raster.mask(), target, l.colour & 0xFFFFFFu,
-            at < options.layer_opacity.size() ? options.layer_opacity[at] : options.opacity);
+    LayOver(mask.bytes, target, l.colour & 0xFFFFFFu,
+            at < options.layer_opacity.size() ? options.layer_opacity[at] : options.opacity,
+            raster.touched());
   }
-  if (!options.show_selection || board.selection().empty()) return;
-  LayerRaster sel(view);
-  bool any = false;
-  const ArtBox view_area = area;
-  for (ObjectRef r : board.selection()) {
-    if (!board.IsLive(r) || !board.layer(r.layer).visible) continue;
-    const ArtBox b = board.Bounds(r);
-    if (b.IsEmpty() || b.max_x < view_area.min_x || b.min_x > view_area.max_x ||
-        b.max_y < view_area.min_y || b.min_y > view_area.max_y) {
-      continue;
+  if (options.show_selection && !board.selection().empty()) {
+    LayerRaster sel(view, &mask.bytes);
+    const ArtBox view_area = area;
+    for (ObjectRef r : board.selection()) {
+      if (!board.IsLive(r) || !board.layer(r.layer).visible) continue;
+      const ArtBox b = board.Bounds(r);
+      if (b.IsEmpty() || b.max_x < view_area.min_x || b.min_x > view_area.max_x ||
+          b.max_y < view_area.min_y || b.min_y > view_area.max_y) {
+        continue;
+      }
+      ArtObject o = board.object(r);
+      o.polarity = Polarity::kDark;  // a selected clear object shows where it cuts
+      EmitObject(board.layer(r.layer), o, Affine{}, false, opt, sel);
     }
-    ArtObject o = board.object(r);
-    o.polarity = Polarity::kDark;  // a selected clear object shows where it cuts
-    EmitObject(board.layer(r.layer), o, Affine{}, false, opt, sel);
-    any = true;
+    LayOver(mask.bytes, target, options.highlight & 0xFFFFFFu, 128, sel.touched());
   }
-  if (any) LayOver(sel.mask(), target, options.highlight & 0xFFFFFFu, 128);
+  mask.clean = true;
 }
 
 gdi::PixelImage RenderBoard(const ArtBoard& board, const ArtView& view,

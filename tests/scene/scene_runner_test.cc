@@ -189,7 +189,7 @@ TEST(GoldenCompareTest, ListsSceneFilesByPathWithTheirArea) {
   fs::remove_all(root);
   for (const char* file : {"pens/b.txt", "pens/a.txt", "pens/a.png", "fill/deep/c.txt", "top.txt"}) {
     fs::create_directories((root / file).parent_path());
-    std::ofstream(root / file) << "canvas 1 1 0\n";
+    std::ofstream(root / file, std::ios::binary) << "canvas 1 1 0\n";  // no CRLF on Windows
   }
   fs::create_directories(root / "dir.txt");  // a folder, not a scene
   const std::vector<GoldenScene> scenes = ListGoldenScenes(root);

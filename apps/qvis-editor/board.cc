@@ -61,10 +61,15 @@ Board::Board() {
   ArtDocument doc;
   doc.layers.push_back(std::move(top));
   art_ = ArtBoard(std::move(doc));
+  art_.AddListener(&watcher_);
 }
+
+Board::~Board() { art_.RemoveListener(&watcher_); }
 
 void Board::Replace(ArtBoard board) {
   art_ = std::move(board);  // the sink keeps pointing at art_
+  art_.AddListener(&watcher_);  // the listeners went with the old document
+  ++revision_;
   opacity_.clear();
 }
 
@@ -319,6 +324,7 @@ void Board::SetOpacity(int layer, int percent) {
   if (layer < 0 || layer >= art_.LayerCount()) return;
   if (opacity_.size() <= static_cast<std::size_t>(layer)) opacity_.resize(static_cast<std::size_t>(layer) + 1, 100);
   opacity_[static_cast<std::size_t>(layer)] = std::clamp(percent, 0, 100);
+  ++revision_;
 }
 
 std::vector<std::uint8_t> Board::LayerAlpha() const {

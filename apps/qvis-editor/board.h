@@ -25,6 +25,10 @@ std::uint32_t DefaultLayerColour(std::size_t index);
 class Board {
  public:
   Board();
+  ~Board();
+  // The board listens to its document; it stays where it was made.
+  Board(const Board&) = delete;
+  Board& operator=(const Board&) = delete;
 
   ArtBoard& art() { return art_; }
   const ArtBoard& art() const { return art_; }
@@ -34,6 +38,9 @@ class Board {
   int active_layer() const;
   void SetActiveLayer(int layer);
   bool modified() const { return art_.IsModified(); }
+  // Counts every change to what the canvas shows of the board (edits, undo, selection, layers,
+  // opacity, a new board): equal revisions draw the same picture at the same view.
+  std::uint64_t revision() const { return revision_; }
   const std::string& path() const { return path_; }
 
   // Opening. ReadArtworkFile reads one Gerber or Excellon file into a layer named after the
@@ -103,12 +110,23 @@ class Board {
  private:
   void Replace(ArtBoard board);
 
+  class Watcher : public BoardListener {
+   public:
+    explicit Watcher(std::uint64_t* revision) : revision_(revision) {}
+    void OnBoardChanged(const ArtBox&) override { ++*revision_; }
+
+   private:
+    std::uint64_t* revision_;
+  };
+
   ArtBoard art_;
   BoardFigureSink sink_{&art_, 1e6};
   std::vector<int> opacity_;  // by layer; missing: opaque
   std::vector<ArtObject> clipboard_;
   std::vector<Aperture> clipboard_apertures_;  // by the clipboard object's index
   std::string path_;
+  std::uint64_t revision_ = 0;
+  Watcher watcher_{&revision_};
 };
 
 }  // namespace qvis::editor

@@ -196,38 +196,131 @@ TEST_F(EditorTest, ViewWheelZoomsInAboutTheCursorFitAndAdaptiveGrid) {
   SendMouse(port_, QEvent::MouseButtonRelease, QPoint(160, 100), Qt::MiddleButton, Qt::NoButton);
 }
 
-// A live pan frame (drawn through the board's index, after the view moved by whole pixels) is
-// the one a full redraw of the same view gives.
+int DifferingPixels(const QImage& a, const QImage& b) {
+  if (a.size() != b.size()) return -1;
+  int n = 0;
+  for (int y = 0; y < a.height(); ++y) {
+    for (int x = 0; x < a.width(); ++x) n += a.pixel(x, y) != b.pixel(x, y);
+  }
+  return n;
+}
+
+// A live pan frame (the last frame shifted by whole pixels, the board drawn only in the strips
+// it uncovered) is the frame a full redraw of the same view gives: after every step of a
+// middle-button drag, after a pan by a world amount that is a fraction of a pixel (drawn
+// whole) and one that is whole pixels (shifted), and back where the pan began.
 TEST_F(EditorTest, PanFramesMatchAFullRedraw) {
   ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr")),
                             QString::fromStdString(Example("board-Edge_Cuts.gbr"))}));
   d_->m_pCursorMgr->Off();
-  d_->m_pCoords->SetZoom(2.0 * d_->m_pCoords->m_dZoom);
+  CQVIS_Coords* c = d_->m_pCoords;
+  // A zoom with no whole number of nanometres per pixel, as fitting a board gives.
+  c->SetZoom(2.0 * c->m_dZoom);
   port_->RedrawNow();
-  SendMouse(port_, QEvent::MouseButtonPress, QPoint(300, 300), Qt::MiddleButton, Qt::MiddleButton);
-  for (QPoint p : {QPoint(320, 290), QPoint(250, 330), QPoint(260, 200), QPoint(140, 240)}) {
-    SendMouse(port_, QEvent::MouseMove, p, Qt::NoButton, Qt::MiddleButton);
-  }
-  SendMouse(port_, QEvent::MouseButtonRelease, QPoint(140, 240), Qt::MiddleButton, Qt::NoButton);
-  port_->RedrawNow();
-  const QImage panned = port_->grab().toImage();
-  const double zoom = d_->m_pCoords->m_dZoom;
-  d_->m_pCoords->SetZoom(zoom * 2);  // forces a full redraw on the way back
-  port_->RedrawNow();
-  d_->m_pCoords->SetZoom(zoom);
-  port_->RedrawNow();
-  const QImage full = port_->grab().toImage();
-  ASSERT_EQ(panned.size(), full.size());
-  int differing = 0, inked = 0;
+  qvis::editor::Canvas& canvas = w_.canvas();
+  auto full_redraw = [&] {
+    canvas.SetKeepPicture(false);
+    port_->RedrawNow();
+    const QImage full = port_->grab().toImage();
+    canvas.SetKeepPicture(true);
+    port_->RedrawNow();  // the kept picture again, drawn whole
+    return full;
+  };
+  const QImage start = full_redraw();
+  const double x0 = c->m_dViewX, y0 = c->m_dViewY;
+  int inked = 0;
   const QRgb colour = w_.board().document().layers[0].colour;
-  for (int y = 0; y < full.height(); ++y) {
-    for (int x = 0; x < full.width(); ++x) {
-      differing += panned.pixel(x, y) != full.pixel(x, y);
-      inked += (full.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF);
-    }
+  for (int y = 0; y < start.height(); ++y) {
+    for (int x = 0; x < start.width(); ++x) inked += (start.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF);
   }
-  EXPECT_EQ(differing, 0);
   EXPECT_GT(inked, 2000);
+
+  SendMouse(port_, QEvent::MouseButtonPress, QPoint(300, 300), Qt::MiddleButton, Qt::MiddleButton);
+  QPoint last(300, 300);
+  for (QPoint p : {QPoint(320, 290), QPoint(250, 330), QPoint(260, 200), QPoint(140, 240),
+                   QPoint(141, 240), QPoint(500, 600)}) {
+    SendMouse(port_, QEvent::MouseMove, p, Qt::NoButton, Qt::MiddleButton);
+    EXPECT_EQ(canvas.last_frame(), qvis::editor::Canvas::Frame::kShifted) << p.x() << "," << p.y();
+    EXPECT_EQ(canvas.last_shift_x(), p.x() - last.x());
+    EXPECT_EQ(canvas.last_shift_y(), p.y() - last.y());
+    last = p;
+    const QImage panned = port_->grab().toImage();
+    EXPECT_EQ(DifferingPixels(panned, full_redraw()), 0) << "after the move to " << p.x() << "," << p.y();
+  }
+  SendMouse(port_, QEvent::MouseButtonRelease, last, Qt::MiddleButton, Qt::NoButton);
+
+  // 0.37 mm is no whole number of pixels at this zoom: the frame is drawn whole.
+  c->SetScreenViewPosition(c->m_dViewX + 0.37, c->m_dViewY - 0.37);
+  port_->RedrawNow();
+  EXPECT_EQ(canvas.last_frame(), qvis::editor::Canvas::Frame::kFull);
+  EXPECT_EQ(DifferingPixels(port_->grab().toImage(), full_redraw()), 0);
+  // Seven pixels' worth of world, a fraction of a millimetre, rounds to a shift of 7.
+  c->SetScreenViewPosition(c->m_dViewX - 7.0 / c->m_dZoom, c->m_dViewY + 3.0 / c->m_dZoom);
+  port_->RedrawNow();
+  EXPECT_EQ(canvas.last_frame(), qvis::editor::Canvas::Frame::kShifted);
+  EXPECT_EQ(canvas.last_shift_x(), 7);
+  EXPECT_EQ(canvas.last_shift_y(), -3);
+  EXPECT_EQ(DifferingPixels(port_->grab().toImage(), full_redraw()), 0);
+  // Back where the pan began, by a shift: the first frame again.
+  c->SetScreenViewPosition(x0 + 150.0 / c->m_dZoom, y0);
+  port_->RedrawNow();
+  c->SetScreenViewPosition(x0, y0);
+  port_->RedrawNow();
+  EXPECT_EQ(canvas.last_frame(), qvis::editor::Canvas::Frame::kShifted);
+  EXPECT_EQ(DifferingPixels(port_->grab().toImage(), start), 0);
+}
+
+// What is not a pan draws the whole frame: a zoom, an edit, undo, the selection, a layer's
+// opacity or visibility, a resize. The frame after each shows the change.
+TEST_F(EditorTest, ChangesOtherThanAPanRedrawTheWholeFrame) {
+  ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr"))}));
+  d_->m_pCursorMgr->Off();
+  qvis::editor::Canvas& canvas = w_.canvas();
+  using Frame = qvis::editor::Canvas::Frame;
+  port_->RedrawNow();
+  port_->RedrawNow();
+  ASSERT_EQ(canvas.last_frame(), Frame::kShifted);  // nothing changed: the picture again
+  QImage before = port_->grab().toImage();
+  auto expect_full_and_changed = [&](const char* what) {
+    port_->RedrawNow();
+    EXPECT_EQ(canvas.last_frame(), Frame::kFull) << what;
+    const QImage now = port_->grab().toImage();
+    EXPECT_GT(DifferingPixels(before, now), 0) << what;
+    before = now;
+  };
+  Trigger("select-all");
+  expect_full_and_changed("select all");
+  w_.board().ClearSelection();
+  expect_full_and_changed("selection cleared");
+  w_.board().MoveSelection(0, 0);  // nothing selected: no change, the picture stays
+  port_->RedrawNow();
+  EXPECT_EQ(canvas.last_frame(), Frame::kShifted);
+  w_.board().SelectAll();
+  w_.board().DeleteSelection();
+  expect_full_and_changed("delete");
+  w_.board().Undo();
+  expect_full_and_changed("undo");
+  w_.board().SetOpacity(0, 40);
+  expect_full_and_changed("opacity");
+  w_.board().SetLayerVisible(0, false);
+  expect_full_and_changed("hidden layer");
+  w_.board().SetLayerVisible(0, true);
+  expect_full_and_changed("shown layer");
+  d_->m_pCoords->SetZoom(d_->m_pCoords->m_dZoom * 1.5);
+  expect_full_and_changed("zoom");
+  const QSize size = port_->size();
+  w_.resize(w_.width() - 100, w_.height() - 50);
+  QCoreApplication::processEvents();
+  ASSERT_NE(port_->size(), size);
+  // The resize drew a whole frame; the next one is the kept picture, and it is what a full
+  // redraw at the new size gives.
+  EXPECT_EQ(canvas.last_frame(), Frame::kFull) << "resize";
+  port_->RedrawNow();
+  const QImage kept = port_->grab().toImage();
+  canvas.SetKeepPicture(false);
+  port_->RedrawNow();
+  EXPECT_EQ(DifferingPixels(kept, port_->grab().toImage()), 0);
+  canvas.SetKeepPicture(true);
 }
 
 TEST_F(EditorTest, ZoomBoxReturnsToThePreviousTool) {

@@ -176,40 +176,117 @@ void Canvas::OnMouseMove(UINT nFlags, CPoint point) {
   CQVIS_Wnd::OnMouseMove(nFlags, point);
 }
 
-void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
+void Canvas::DrawMajorGrid(qvis::HDC dc, int width, int height) {
   CQVIS_Design* d = GetDesign();
-  const gdi::BitmapView back = gdi::BitmapPixels(d->m_pRenderBuffer->GetBitmap());
-  if (back.bits == nullptr || back.width <= 0 || back.height <= 0) return;
   CQVIS_Coords* c = d->m_pCoords;
   const double zoom = c->m_dZoom;
   // Major grid lines every `major_every` grid spacings, dim, under the artwork.
   const double grid = c->m_dGridX;
-  if (d->m_pGridSnapMgr->GetShowGrid() && grid > 0 && major_every > 1) {
-    const double major = grid * major_every;
-    if (major * zoom >= 4.0) {
-      const HPEN pen = gdi::CreatePen(PS_SOLID, 1, 0x404040);
-      const HGDIOBJ old = gdi::SelectObject(dc, pen);
-      const double x0 = std::floor(c->ScreenXToWorld(0) / major) * major;
-      for (double x = x0; c->WorldXToScreen(x) < back.width; x += major) {
-        const int sx = c->WorldXToScreen(x);
-        gdi::MoveToEx(dc, sx, 0, nullptr);
-        gdi::LineTo(dc, sx, back.height);
-      }
-      const double y0 = std::floor(c->ScreenYToWorld(0) / major) * major;
-      for (double y = y0; c->WorldYToScreen(y) < back.height; y += major) {
-        const int sy = c->WorldYToScreen(y);
-        gdi::MoveToEx(dc, 0, sy, nullptr);
-        gdi::LineTo(dc, back.width, sy);
-      }
-      gdi::SelectObject(dc, old);
-      gdi::DeleteObject(pen);
-    }
+  if (!d->m_pGridSnapMgr->GetShowGrid() || !(grid > 0) || major_every <= 1) return;
+  const double major = grid * major_every;
+  if (major * zoom < 4.0) return;
+  const HPEN pen = gdi::CreatePen(PS_SOLID, 1, 0x404040);
+  const HGDIOBJ old = gdi::SelectObject(dc, pen);
+  const double x0 = std::floor(c->ScreenXToWorld(0) / major) * major;
+  for (double x = x0; c->WorldXToScreen(x) < width; x += major) {
+    const int sx = c->WorldXToScreen(x);
+    gdi::MoveToEx(dc, sx, 0, nullptr);
+    gdi::LineTo(dc, sx, height);
   }
+  const double y0 = std::floor(c->ScreenYToWorld(0) / major) * major;
+  for (double y = y0; c->WorldYToScreen(y) < height; y += major) {
+    const int sy = c->WorldYToScreen(y);
+    gdi::MoveToEx(dc, 0, sy, nullptr);
+    gdi::LineTo(dc, width, sy);
+  }
+  gdi::SelectObject(dc, old);
+  gdi::DeleteObject(pen);
+}
+
+Canvas::PictureKey Canvas::KeyNow(CQVIS_GDI* surface, int width, int height) {
+  CQVIS_Design* d = GetDesign();
+  const CQVIS_Coords* c = d->m_pCoords;
+  PictureKey k;
+  k.revision = board_->revision();
+  k.zoom = c->m_dZoom;
+  k.scale = c->m_dScale;
+  k.grid_x = c->m_dGridX;
+  k.grid_y = c->m_dGridY;
+  k.snap_x = c->m_dSnapX;
+  k.snap_y = c->m_dSnapY;
+  k.width = width;
+  k.height = height;
+  k.major_every = major_every;
+  k.show_grid = d->m_pGridSnapMgr->GetShowGrid();
+  k.show_snap = d->m_pGridSnapMgr->GetShowSnap();
+  k.show_origin = d->m_pGridSnapMgr->GetShowOrigin();
+  k.highlight = highlight;
+  k.background = surface->GetBkColor();
+  return k;
+}
+
+void Canvas::SetKeepPicture(bool keep) {
+  keep_picture_ = keep;
+  picture_.clear();
+}
+
+void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
+  CQVIS_Design* d = GetDesign();
+  const gdi::BitmapView back = gdi::BitmapPixels(d->m_pRenderBuffer->GetBitmap());
+  if (back.bits == nullptr || back.bits_per_pixel != 32 || back.width <= 0 || back.height <= 0) {
+    return;
+  }
+  const int w = back.width, h = back.height;
+  const CQVIS_Coords* c = d->m_pCoords;
   // Only the objects the index finds in the view are drawn: a frame costs what it shows.
   ComposeOptions options;
   options.highlight = highlight;
   options.layer_opacity = board_->LayerAlpha();
-  DrawBoard(board_->art(), surface, dc, options);
+  const PictureKey key = KeyNow(surface, w, h);
+
+  // A pure pan: the same picture, moved by whole pixels (the view moving left moves the
+  // picture right). A fraction of a pixel would need every object drawn again.
+  bool shift = keep_picture_ && !picture_.empty() && key == key_;
+  double fx = 0, fy = 0;
+  if (shift) {
+    fx = (view_x_ - c->m_dViewX) * c->m_dZoom;
+    fy = (view_y_ - c->m_dViewY) * c->m_dZoom;
+    shift = std::abs(fx - std::round(fx)) < 1e-6 && std::abs(fy - std::round(fy)) < 1e-6 &&
+            std::abs(fx) < w && std::abs(fy) < h;
+  }
+  DrawMajorGrid(dc, w, h);  // the kept picture covers it where it is copied
+  if (shift) {
+    const int dx = static_cast<int>(std::lround(fx));
+    const int dy = static_cast<int>(std::lround(fy));
+    // The uncovered strips: whole rows above or below, then the columns beside the rest.
+    const int top = dy > 0 ? dy : 0, bottom = dy < 0 ? h + dy : h;
+    if (top > 0) DrawBoardArea(board_->art(), surface, dc, 0, 0, w, top, options);
+    if (bottom < h) DrawBoardArea(board_->art(), surface, dc, 0, bottom, w, h, options);
+    if (dx > 0) DrawBoardArea(board_->art(), surface, dc, 0, top, dx, bottom, options);
+    if (dx < 0) DrawBoardArea(board_->art(), surface, dc, w + dx, top, w, bottom, options);
+    const int left = std::max(dx, 0), right = std::min(w + dx, w);
+    for (int y = top; y < bottom; ++y) {
+      std::memcpy(back.Row32(y) + left,
+                  picture_.data() + static_cast<std::size_t>(y - dy) * w + (left - dx),
+                  static_cast<std::size_t>(right - left) * sizeof(std::uint32_t));
+    }
+    last_frame_ = Frame::kShifted;
+    shift_x_ = dx;
+    shift_y_ = dy;
+  } else {
+    DrawBoard(board_->art(), surface, dc, options);
+    last_frame_ = Frame::kFull;
+    shift_x_ = shift_y_ = 0;
+  }
+  if (!keep_picture_) return;
+  picture_.resize(static_cast<std::size_t>(w) * h);
+  for (int y = 0; y < h; ++y) {
+    std::memcpy(picture_.data() + static_cast<std::size_t>(y) * w, back.Row32(y),
+                static_cast<std::size_t>(w) * sizeof(std::uint32_t));
+  }
+  key_ = key;
+  view_x_ = c->m_dViewX;
+  view_y_ = c->m_dViewY;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -31,6 +31,11 @@ namespace qvis::editor {
 // Canvas: the drawing window with the board drawn in its host hook through the board's index
 // (each visible layer in its colour and opacity, the selection highlighted, over major grid
 // lines), and the crosshair on the snapped point while a drawing command runs.
+//
+// The composed picture of the last frame (grid and board) is kept. A frame whose view only
+// moved by whole pixels (a pan), with nothing else changed, shifts that picture and draws the
+// board just in the strips the shift uncovered; anything else (zoom, size, an edit, the
+// selection, layers, the grid) draws the whole frame.
 class Canvas : public CQVIS_Wnd {
  public:
   explicit Canvas(Board* board) : board_(board) {}
@@ -42,8 +47,37 @@ class Canvas : public CQVIS_Wnd {
   int major_every = 10;
   std::uint32_t highlight = 0xFFFFFF;
 
+  // How the last frame was made: kFull drew everything, kShifted moved the kept picture (by
+  // (dx, dy) pixels, possibly none) and drew the strips it uncovered.
+  enum class Frame { kFull, kShifted };
+  Frame last_frame() const { return last_frame_; }
+  int last_shift_x() const { return shift_x_; }
+  int last_shift_y() const { return shift_y_; }
+  // Off: every frame is drawn whole (tests compare the two). Either way drops the picture.
+  void SetKeepPicture(bool keep);
+  // The next frame is drawn whole (for changes the canvas cannot see for itself).
+  void DropPicture() { picture_.clear(); }
+
  private:
+  // What the picture depends on besides the view's position.
+  struct PictureKey {
+    std::uint64_t revision = 0;
+    double zoom = 0, scale = 0, grid_x = 0, grid_y = 0, snap_x = 0, snap_y = 0;
+    int width = 0, height = 0, major_every = 0;
+    int show_grid = 0, show_snap = 0, show_origin = 0;
+    std::uint32_t highlight = 0, background = 0;
+    bool operator==(const PictureKey&) const = default;
+  };
+  PictureKey KeyNow(CQVIS_GDI* surface, int width, int height);
+  void DrawMajorGrid(qvis::HDC dc, int width, int height);
+
   Board* board_;
+  bool keep_picture_ = true;
+  std::vector<std::uint32_t> picture_;  // the last frame, rows top down
+  PictureKey key_;
+  double view_x_ = 0, view_y_ = 0;
+  Frame last_frame_ = Frame::kFull;
+  int shift_x_ = 0, shift_y_ = 0;
 };
 
 enum class DisplayUnit { kMm, kInch, kMil, kCm, kMicron };

@@ -351,13 +351,40 @@ TEST_F(EditorTest, StatusBarShowsTheSnappedPositionInTheChosenUnitAndThePrompt) 
   EXPECT_EQ(d_->m_nMouseScreenY, 100);
 }
 
-TEST_F(EditorTest, MeasureGivesDistanceAndAngle) {
+void ShiftClick(QWidget* w, QPoint p) {
+  SendMouse(w, QEvent::MouseMove, p, Qt::NoButton, Qt::NoButton, Qt::ShiftModifier);
+  SendMouse(w, QEvent::MouseButtonPress, p, Qt::LeftButton, Qt::LeftButton, Qt::ShiftModifier);
+  SendMouse(w, QEvent::MouseButtonRelease, p, Qt::LeftButton, Qt::NoButton, Qt::ShiftModifier);
+}
+
+// Measuring snaps each point to the 1 mm snap step, except while Shift is held: then the
+// point is where the cursor is (0.1 mm per pixel here). The prompt names the key.
+TEST_F(EditorTest, MeasureGivesDistanceAndAngleAndShiftSuspendsSnapping) {
   Trigger("measure");
+  EXPECT_TRUE(w_.StatusText().contains("hold Shift")) << w_.StatusText().toStdString();
   Click(port_, QPoint(100, 100));
-  Click(port_, QPoint(130, 60));
+  Click(port_, QPoint(133, 56));  // snaps to (130, 60)
   EXPECT_TRUE(w_.Measurement().contains("distance 5.000 mm")) << w_.Measurement().toStdString();
+  EXPECT_TRUE(w_.Measurement().contains("dx 3.000 mm"));
   EXPECT_TRUE(w_.Measurement().contains("dy 4.000 mm"));
   EXPECT_TRUE(w_.Measurement().contains("angle 53.13"));
+
+  ShiftClick(port_, QPoint(102, 97));   // (10.2, 9.7), not snapped
+  EXPECT_TRUE(w_.StatusText().contains("X 10.200 mm")) << w_.StatusText().toStdString();
+  EXPECT_TRUE(w_.StatusText().contains("Snap off")) << w_.StatusText().toStdString();
+  // While the second point is sought, the measurement follows the cursor.
+  SendMouse(port_, QEvent::MouseMove, QPoint(135, 97), Qt::NoButton, Qt::NoButton, Qt::ShiftModifier);
+  EXPECT_TRUE(w_.Measurement().contains("dx 3.300 mm")) << w_.Measurement().toStdString();
+  ShiftClick(port_, QPoint(135, 53));   // (13.5, 5.3)
+  EXPECT_TRUE(w_.Measurement().contains("dx 3.300 mm")) << w_.Measurement().toStdString();
+  EXPECT_TRUE(w_.Measurement().contains("dy 4.400 mm"));
+  EXPECT_TRUE(w_.Measurement().contains("distance 5.500 mm"));
+  // Shift on one click only: that point alone is free.
+  ShiftClick(port_, QPoint(102, 97));
+  Click(port_, QPoint(133, 56));
+  EXPECT_TRUE(w_.Measurement().contains("dx 2.800 mm")) << w_.Measurement().toStdString();
+  EXPECT_TRUE(w_.Measurement().contains("dy 3.700 mm"));
+  EXPECT_FALSE(w_.StatusText().contains("Snap off"));
 }
 
 TEST_F(EditorTest, FilesOpenSaveExportAndErrorsLeaveTheBoard) {

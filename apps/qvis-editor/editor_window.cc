@@ -395,7 +395,7 @@ void EditorWindow::StartTool(std::string name) {
   tool_ = name;
   if (name == "select" || name == "measure") {
     canvas_.OnEditSelect();
-    if (name == "measure") measurement_ = "Measure: click the first point";
+    if (name == "measure") measurement_ = QString("Measure: click the first point (%1)").arg(kMeasureFreeKey);
   } else if (name == "track") {
     canvas_.OnDrawLine();
     d->m_pDrawLineCmd->SetWidth(track_width_, true);
@@ -532,6 +532,7 @@ void EditorWindow::BuildActions() {
     place->addAction(a);
     tools->addAction(a);
   }
+  actions_["measure"]->setToolTip(QString("Measure (M): dx, dy, distance and angle; ") + kMeasureFreeKey);
   tools->addSeparator();
   for (const char* n : {"undo", "redo", "delete", "fit", "zoom-in", "zoom-out", "zoombox"}) {
     tools->addAction(actions_[n]);
@@ -753,12 +754,13 @@ void EditorWindow::UpdateStatus() {
   if (position_label_ == nullptr) return;
   CQVIS_Design* d = canvas_.m_pDesign;
   CQVIS_Coords* c = d->m_pCoords;
-  const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
-  const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+  double x, y;
+  CursorPoint(&x, &y);
   // Board coordinates: y up.
   position_label_->setText(QString("X %1  Y %2").arg(FormatLength(x), FormatLength(-y)));
   zoom_label_->setText(QString("Zoom %1 px/mm").arg(c->m_dZoom, 0, 'g', 4));
-  grid_label_->setText(QString("Grid %1  Snap %2").arg(FormatLength(c->m_dGridX), FormatLength(c->m_dSnapX)));
+  grid_label_->setText(QString("Grid %1  Snap %2").arg(FormatLength(c->m_dGridX),
+                                                       SnapSuspended() ? QString("off (Shift)") : FormatLength(c->m_dSnapX)));
   QString prompt = d->GetCurrentProcInfo().GetString();
   if (tool_ == "measure") prompt = measurement_;
   prompt_label_->setText(prompt);
@@ -821,6 +823,7 @@ bool EditorWindow::OnKey(QKeyEvent* e) {
 
 void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
   CQVIS_Design* d = design();
+  if (message >= WM_MOUSEMOVE && message <= WM_MBUTTONDBLCLK) shift_held_ = (wparam & MK_SHIFT) != 0;
   busy_before_ = (d->m_pDrawLineCmd->IsActived() && d->m_pDrawLineCmd->m_nProgress > 0) ||
                  (d->m_pDrawPolygonCmd->IsActived() && d->m_pDrawPolygonCmd->m_nProgress > 0) ||
                  d->m_pDrawCircleCmd->IsBusy() || d->m_pDraw3PCircleCmd->IsBusy() ||
@@ -846,8 +849,37 @@ void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
   }
 }
 
+QString EditorWindow::MeasureText(double x, double y) const {
+  const double dx = x - measure_x_;
+  const double dy = -(y - measure_y_);  // board y is up
+  const double angle = std::atan2(dy, dx) * 180.0 / M_PI;
+  return QString("dx %1  dy %2  distance %3  angle %4°")
+      .arg(FormatLength(dx), FormatLength(dy), FormatLength(std::hypot(dx, dy)))
+      .arg(angle, 0, 'f', 2);
+}
+
+bool EditorWindow::SnapSuspended() const { return tool_ == "measure" && shift_held_; }
+
+void EditorWindow::CursorPoint(double* x, double* y) const {
+  const CQVIS_Design* d = canvas_.m_pDesign;
+  const CQVIS_Coords* c = d->m_pCoords;
+  if (SnapSuspended()) {
+    *x = c->ScreenXToWorld(d->m_nMouseScreenX);
+    *y = c->ScreenYToWorld(d->m_nMouseScreenY);
+  } else {
+    *x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
+    *y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+  }
+}
+
 void EditorWindow::After(UINT message, WPARAM wparam) {
   CQVIS_Design* d = design();
+  if (message == WM_MOUSEMOVE && tool_ == "measure" && measuring_) {
+    // The running measurement follows the cursor until the second click.
+    double x, y;
+    CursorPoint(&x, &y);
+    measurement_ = MeasureText(x, y) + QString("  (click the second point; %1)").arg(kMeasureFreeKey);
+  }
   if (message == WM_MOUSEMOVE) UpdateStatus();
   if (esc_pending_) {
     esc_pending_ = false;
@@ -883,21 +915,16 @@ void EditorWindow::After(UINT message, WPARAM wparam) {
       }
       Refresh();
     } else if (tool_ == "measure") {
-      const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
-      const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+      double x, y;
+      CursorPoint(&x, &y);
       if (!measuring_) {
         measuring_ = true;
         measure_x_ = x;
         measure_y_ = y;
-        measurement_ = "Measure: click the second point";
+        measurement_ = QString("Measure: click the second point (%1)").arg(kMeasureFreeKey);
       } else {
         measuring_ = false;
-        const double dx = x - measure_x_;
-        const double dy = -(y - measure_y_);  // board y is up
-        const double angle = std::atan2(dy, dx) * 180.0 / M_PI;
-        measurement_ = QString("dx %1  dy %2  distance %3  angle %4°")
-                           .arg(FormatLength(dx), FormatLength(dy), FormatLength(std::hypot(dx, dy)))
-                           .arg(angle, 0, 'f', 2);
+        measurement_ = MeasureText(x, y);
       }
       UpdateStatus();
     } else if (tool_ == "zoombox" && d->m_pZoomMgr->m_nDragState == 0) {

@@ -120,8 +120,10 @@ class EditorWindow : public QMainWindow {
   // The tool bar's and menus' actions by name ("track", "pad-round", "undo", "fit", ...).
   QAction* Action(const std::string& name) const;
   std::vector<std::string> ActionNames() const;
-  // Measure: the last measurement's text (dx, dy, distance, angle).
+  // Measure: the last measurement's text (dx, dy, distance, angle). Points snap unless Shift
+  // is held (on the click that places the point); the prompt says so.
   const QString& Measurement() const { return measurement_; }
+  static constexpr const char* kMeasureFreeKey = "hold Shift to measure without snapping";
   // True when the window may close (no unsaved changes, or the user said so).
   bool MaybeKeepChanges();
   // Tests answer the unsaved-changes question: 0 save, 1 discard, 2 cancel.
@@ -142,6 +144,11 @@ class EditorWindow : public QMainWindow {
   void StartTool(std::string name);
   void ApplyDefaults();
   void UpdateStatus();
+  // The cursor's world point as the active tool takes it: snapped, unless snapping is
+  // suspended (Shift held while measuring).
+  void CursorPoint(double* x, double* y) const;
+  bool SnapSuspended() const;
+  QString MeasureText(double x, double y) const;
   void UpdateLayers();
   void UpdateProperties();
   void UpdateGrid();
@@ -191,6 +198,7 @@ class EditorWindow : public QMainWindow {
   // command draws the box.
   bool dragging_ = false;
   double drag_x_ = 0, drag_y_ = 0, press_x_ = 0, press_y_ = 0;
+  bool shift_held_ = false;  // on the last mouse message
   bool measuring_ = false;
   double measure_x_ = 0, measure_y_ = 0;
   QString measurement_;

@@ -399,6 +399,32 @@ void Board::SetSelectionWidth(double width) {
   art_.SetWidth(selection(), ToNm(width));
 }
 
+void Board::SetSelectionPad(double width, double height, double hole, int sides) {
+  std::vector<ObjectRef> flashes;
+  for (const ObjectRef& r : selection()) {
+    if (art_.object(r).kind == ObjectKind::kFlash) flashes.push_back(r);
+  }
+  if (flashes.empty()) return;
+  art_.BeginGroup("Pad size");
+  for (const ObjectRef& r : flashes) {
+    const Layer& l = art_.layer(r.layer);
+    const auto it = l.apertures.find(art_.object(r).aperture);
+    if (it == l.apertures.end()) continue;
+    Aperture a = it->second;
+    const bool two_sizes = a.kind == ApertureKind::kRectangle || a.kind == ApertureKind::kObround;
+    // A macro's sizes are its parameters; a block is other objects.
+    if (a.kind == ApertureKind::kMacro || a.kind == ApertureKind::kBlock) continue;
+    if (width >= 0.0) a.size_x = ToNm(width);
+    if (height >= 0.0 && two_sizes) a.size_y = ToNm(height);
+    if (hole >= 0.0) a.hole = ToNm(hole);
+    if (sides >= 3 && a.kind == ApertureKind::kPolygon) a.vertices = std::min(sides, 12);
+    a.hole = std::min(a.hole, two_sizes ? std::min(a.size_x, a.size_y) : a.size_x);
+    const int code = art_.EnsureAperture(r.layer, a);
+    if (code != art_.object(r).aperture) art_.SetAperture({r}, code);
+  }
+  art_.EndGroup();
+}
+
 void Board::MoveSelectionToLayer(int layer) {
   if (selection().empty() || layer < 0 || layer >= art_.LayerCount()) return;
   art_.Select(art_.SetLayer(selection(), layer));

@@ -87,6 +87,11 @@ class Board {
   void Paste(double dx, double dy);
   // SetSelectionWidth gives selected tracks and arcs a round aperture of `width` world mm.
   void SetSelectionWidth(double width);
+  // SetSelectionPad gives the selected pads (flashes) an aperture of their shape with the
+  // given width (the diameter of round and polygon pads), height (rectangles and obrounds),
+  // hole and side count (polygons); a negative value (sides below 3) keeps that property.
+  // Other selected objects are left alone.
+  void SetSelectionPad(double width, double height, double hole, int sides);
   // MoveSelectionToLayer moves the selected objects to another layer (apertures copied).
   void MoveSelectionToLayer(int layer);
   bool Undo();

@@ -1,6 +1,9 @@
 // Tests of the editor window on Qt's offscreen platform: Qt events and the menus' actions in,
 // the board, the status bar and the canvas's pixels out.
 #include <QAction>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QSpinBox>
 #include <QApplication>
 #include <QImage>
 #include <QKeyEvent>
@@ -103,6 +106,121 @@ TEST_F(EditorTest, TrackEndsAtItsLastClickOnEnterAndIsDrawnOnTheCanvas) {
   EXPECT_EQ(shown.pixel(200, 100) & 0xFFFFFF, colour & 0xFFFFFF);
   EXPECT_NE(shown.pixel(200, 110) & 0xFFFFFF, colour & 0xFFFFFF);
   EXPECT_NE(shown.pixel(330, 170) & 0xFFFFFF, colour & 0xFFFFFF);
+}
+
+int DifferingPixels(const QImage& a, const QImage& b);
+
+qvis::ArtBox ContourBox(const qvis::ArtObject& o) {
+  qvis::ArtBox b;
+  b.Add(o.contour.start.x, o.contour.start.y);
+  for (const auto& seg : o.contour.segments) b.Add(seg.end.x, seg.end.y);
+  return b;
+}
+
+// Values set in the properties panel reach the board: the next track's end cap and bend, the
+// next pad's size, hole and side count, and the selected pads and tracks; the rubber band is
+// drawn with the new values at once.
+TEST_F(EditorTest, PropertyPanelValuesReachTheNextFigureAndTheSelection) {
+  auto combo = [&](const char* name) { return w_.findChild<QComboBox*>(name); };
+  auto length = [&](const char* name) { return w_.findChild<QDoubleSpinBox*>(name); };
+  ASSERT_NE(combo("end-cap"), nullptr);
+  const auto& art = w_.board().art();
+  auto last = [&] { return art.object({0, static_cast<std::uint32_t>(art.layer(0).objects.size() - 1)}); };
+  auto aperture = [&](const qvis::ArtObject& o) { return art.layer(0).apertures.at(o.aperture); };
+
+  Trigger("track");
+  length("width")->setValue(1.0);
+  combo("end-cap")->setCurrentIndex(2);  // flat: the segment's rectangle, ends at the clicks
+  Click(port_, QPoint(100, 100));
+  Click(port_, QPoint(200, 100));
+  Key(port_, Qt::Key_Return);
+  ASSERT_EQ(art.LiveCount(), 1);
+  EXPECT_EQ(last().kind, qvis::ObjectKind::kRegion);
+  EXPECT_EQ(ContourBox(last()), (qvis::ArtBox{10000000, -10500000, 20000000, -9500000}));
+  combo("end-cap")->setCurrentIndex(1);  // square: half the width past each end
+  Click(port_, QPoint(100, 150));
+  Click(port_, QPoint(200, 150));
+  Key(port_, Qt::Key_Return);
+  EXPECT_EQ(ContourBox(last()), (qvis::ArtBox{9500000, -15500000, 20500000, -14500000}));
+  combo("end-cap")->setCurrentIndex(0);
+  combo("bend")->setCurrentIndex(4);  // horizontal leg first: one click, two segments
+  Click(port_, QPoint(100, 300));
+  Click(port_, QPoint(200, 400));
+  Key(port_, Qt::Key_Return);
+  ASSERT_EQ(art.LiveCount(), 4);
+  const qvis::ArtObject leg1 = art.object({0, 2}), leg2 = art.object({0, 3});
+  EXPECT_EQ(leg1.kind, qvis::ObjectKind::kTrack);
+  EXPECT_EQ(leg1.end, (qvis::ArtPoint{20000000, -30000000}));
+  EXPECT_EQ(leg2.end, (qvis::ArtPoint{20000000, -40000000}));
+  EXPECT_EQ(aperture(leg2).size_x, 1000000);
+
+  // The rubber band follows the panel: a wider band, flat ends, then the band drawn as a pen
+  // line instead of the end cap's rectangle, each change what the canvas shows.
+  combo("bend")->setCurrentIndex(0);
+  Click(port_, QPoint(100, 450));
+  SendMouse(port_, QEvent::MouseMove, QPoint(300, 450), Qt::NoButton, Qt::NoButton);
+  SendMouse(port_, QEvent::MouseMove, QPoint(300, 455), Qt::NoButton, Qt::NoButton);
+  auto band = [&] {
+    QCoreApplication::processEvents();
+    return port_->grab().toImage().copy(60, 400, 200, 100);
+  };
+  auto inked = [](const QImage& img) {
+    int n = 0;
+    for (int y = 0; y < img.height(); ++y) {
+      for (int x = 0; x < img.width(); ++x) n += (img.pixel(x, y) & 0xFFFFFF) != 0;
+    }
+    return n;
+  };
+  const QImage thin = band();
+  length("width")->setValue(3.0);
+  const QImage wide = band();
+  EXPECT_GT(inked(thin), 100);
+  EXPECT_GT(inked(wide), inked(thin) + 2000);  // 3 mm is 30 px across 150 px of band
+  combo("end-cap")->setCurrentIndex(2);
+  const QImage flat = band();
+  EXPECT_GT(DifferingPixels(wide, flat), 100);  // the round start is cut off at the click
+  combo("line-style")->setCurrentIndex(1);
+  EXPECT_GT(DifferingPixels(flat, band()), 100);
+  Key(port_, Qt::Key_Escape);
+  Key(port_, Qt::Key_Escape);
+  combo("line-style")->setCurrentIndex(0);
+  combo("end-cap")->setCurrentIndex(0);
+
+  Trigger("pad-octagon");
+  length("pad-width")->setValue(3.0);
+  length("hole")->setValue(1.0);
+  w_.findChild<QSpinBox*>("sides")->setValue(6);
+  Click(port_, QPoint(450, 250));
+  const qvis::ObjectRef pad_ref{0, static_cast<std::uint32_t>(art.layer(0).objects.size() - 1)};
+  const qvis::ArtObject pad = last();
+  ASSERT_EQ(pad.kind, qvis::ObjectKind::kFlash);
+  EXPECT_EQ(aperture(pad).kind, qvis::ApertureKind::kPolygon);
+  EXPECT_EQ(aperture(pad).size_x, 3000000);
+  EXPECT_EQ(aperture(pad).hole, 1000000);
+  EXPECT_EQ(aperture(pad).vertices, 6);
+
+  // The selection: the pad's size changes (shape, hole and sides kept) as one undo step.
+  Trigger("select");
+  Click(port_, QPoint(450, 250));
+  ASSERT_EQ(w_.board().selection().size(), 1u);
+  EXPECT_DOUBLE_EQ(length("pad-width")->value(), 3.0);
+  length("pad-width")->setValue(2.0);
+  ASSERT_EQ(w_.board().selection()[0], pad_ref);
+  const qvis::Aperture changed = aperture(art.object(pad_ref));
+  EXPECT_EQ(changed.size_x, 2000000);
+  EXPECT_EQ(changed.hole, 1000000);
+  EXPECT_EQ(changed.vertices, 6);
+  w_.board().Undo();
+  EXPECT_EQ(aperture(art.object(pad_ref)).size_x, 3000000);
+  // A track and the pad selected together: the width goes to the track, the pad keeps its.
+  w_.board().SelectBox(5, 25, 50, 45, false);
+  w_.board().SelectBox(40, 20, 50, 30, true);
+  w_.Refresh();
+  ASSERT_EQ(w_.board().selection().size(), 3u);
+  length("width")->setValue(0.5);
+  EXPECT_EQ(aperture(art.object({0, 2})).size_x, 500000);
+  EXPECT_EQ(aperture(art.object({0, 3})).size_x, 500000);
+  EXPECT_EQ(aperture(art.object(pad_ref)).size_x, 3000000);
 }
 
 TEST_F(EditorTest, EscLeavesEveryCommandIncludingTheThreePointCircle) {

@@ -34,6 +34,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <type_traits>
 
 #include "qvis/artwork/board_window.h"
 #include "qvis/artwork/render.h"
@@ -348,16 +349,13 @@ void EditorWindow::ApplyDefaults() {
   d->m_pDrawCircleCmd->SetWidth(0.25);
   d->m_pDraw3PCircleCmd->SetWidth(0.25);
   d->m_pDrawArcCmd->SetWidth(0.25);
-  d->m_pDrawFlashCircleCmd->SetDiameter(1.6);
-  d->m_pDrawFlashCircleCmd->SetHoleSize(0.8, 0.0);
-  d->m_pDrawFlashRectCmd->SetSquare(1.6);
-  d->m_pDrawFlashRectCmd->SetHoleSize(0.8, 0.0);
-  d->m_pDrawFlashObroundCmd->SetWidth(2.4);
-  d->m_pDrawFlashObroundCmd->SetHeight(1.4);
-  d->m_pDrawFlashObroundCmd->SetHoleSize(0.8, 0.0);
-  d->m_pDrawFlashPolygonCmd->SetDiameter(2.0);
-  d->m_pDrawFlashPolygonCmd->SetSideCount(8);
-  d->m_pDrawFlashPolygonCmd->SetHoleSize(0.8, 0.0);
+  // Through-hole pads: 1.6 mm with a 0.8 mm hole; the obround 2.4 x 1.4 mm.
+  pads_["pad-round"] = {1.6, 1.6, 0.8, 8};
+  pads_["pad-square"] = {1.6, 1.6, 0.8, 8};
+  pads_["pad-obround"] = {2.4, 1.4, 0.8, 8};
+  pads_["pad-octagon"] = {2.0, 2.0, 0.8, 8};
+  for (const auto& [tool, settings] : pads_) ApplyPadSettings(tool);
+  ApplyTrackSettings();
 }
 
 QAction* EditorWindow::AddAction(const std::string& name, const QString& text, const QString& icon,
@@ -399,6 +397,7 @@ void EditorWindow::StartTool(std::string name) {
   } else if (name == "track") {
     canvas_.OnDrawLine();
     d->m_pDrawLineCmd->SetWidth(track_width_, true);
+    ApplyTrackSettings();
   } else if (name == "arc") {
     canvas_.OnDrawArc();
     d->m_pDrawArcCmd->SetWidth(track_width_);
@@ -602,13 +601,45 @@ void EditorWindow::BuildPanels() {
   props_dock->setObjectName("properties");
   auto* pw = new QWidget;
   auto* form = new QFormLayout(pw);
-  width_box_ = new QDoubleSpinBox;
-  width_box_->setDecimals(3);
-  width_box_->setRange(0.0, 50.0);
-  width_box_->setSingleStep(0.05);
-  width_box_->setSuffix(" mm");
+  auto length_box = [](const char* name, double max) {
+    auto* b = new QDoubleSpinBox;
+    b->setObjectName(name);
+    b->setDecimals(3);
+    b->setRange(0.0, max);
+    b->setSingleStep(0.05);
+    b->setSuffix(" mm");
+    return b;
+  };
+  auto choice_box = [](const char* name, const QStringList& items) {
+    auto* b = new QComboBox;
+    b->setObjectName(name);
+    b->addItems(items);
+    return b;
+  };
+  width_box_ = length_box("width", 50.0);
   form->addRow("Width", width_box_);
+  // The library's end-cap codes are the pen's: 0 round, 256 square, 512 flat.
+  cap_box_ = choice_box("end-cap", {"Round", "Square", "Flat"});
+  form->addRow("End cap", cap_box_);
+  // The track command's bend modes, in its order (Space cycles them while drawing).
+  bend_box_ = choice_box("bend", {"Straight", "45° leg first", "Straight leg first",
+                                  "Vertical leg first", "Horizontal leg first"});
+  form->addRow("Bend", bend_box_);
+  // The band of square and flat ends: their rectangles (0) or the pen's line (1).
+  style_box_ = choice_box("line-style", {"As the end cap", "Pen line"});
+  form->addRow("Line style", style_box_);
+  pad_width_box_ = length_box("pad-width", 100.0);
+  form->addRow("Pad width / diameter", pad_width_box_);
+  pad_height_box_ = length_box("pad-height", 100.0);
+  form->addRow("Pad height", pad_height_box_);
+  hole_box_ = length_box("hole", 100.0);
+  form->addRow("Hole", hole_box_);
+  sides_box_ = new QSpinBox;
+  sides_box_->setObjectName("sides");
+  sides_box_->setRange(3, 12);
+  form->addRow("Sides", sides_box_);
   layer_box_ = new QComboBox;
+  layer_box_->setObjectName("layer");
   form->addRow("Layer", layer_box_);
   selection_label_ = new QLabel;
   form->addRow(selection_label_);
@@ -628,6 +659,36 @@ void EditorWindow::BuildPanels() {
     }
     Refresh();
   });
+  auto track_setting = [this](QComboBox* box, int* setting) {
+    connect(box, &QComboBox::currentIndexChanged, this, [this, setting](int i) {
+      if (updating_panels_ || i < 0) return;
+      *setting = i;
+      ApplyTrackSettings();
+      Refresh();  // the rubber band is drawn again as the command now draws it
+    });
+  };
+  track_setting(cap_box_, &end_cap_);
+  track_setting(bend_box_, &bend_);
+  track_setting(style_box_, &line_style_);
+  // A pad value changes the selected pads when there are any, else the running pad tool's.
+  auto pad_setting = [this](auto* box, auto member) {
+    connect(box, &std::remove_pointer_t<decltype(box)>::valueChanged, this, [this, member](auto v) {
+      if (updating_panels_) return;
+      if (!board_.selection().empty()) {
+        PadSettings change{-1.0, -1.0, -1.0, 0};
+        change.*member = v;
+        board_.SetSelectionPad(change.width, change.height, change.hole, change.sides);
+      } else if (pads_.count(tool_) != 0) {
+        pads_[tool_].*member = v;
+        ApplyPadSettings(tool_);
+      }
+      Refresh();
+    });
+  };
+  pad_setting(pad_width_box_, &PadSettings::width);
+  pad_setting(pad_height_box_, &PadSettings::height);
+  pad_setting(hole_box_, &PadSettings::hole);
+  pad_setting(sides_box_, &PadSettings::sides);
   connect(layer_box_, &QComboBox::currentIndexChanged, this, [this](int i) {
     if (updating_panels_ || i < 0) return;
     if (!board_.selection().empty()) {
@@ -681,19 +742,94 @@ void EditorWindow::UpdateProperties() {
   if (width_box_ == nullptr) return;
   updating_panels_ = true;
   const auto& sel = board_.selection();
+  const bool track_tool = sel.empty() && tool_ == "track";
+  const auto pad = pads_.find(tool_);
+  bool has_width = false, has_pad = false, two_sizes = false, polygon = false;
   if (sel.empty()) {
     width_box_->setValue(track_width_);
+    has_width = tool_ == "track" || tool_ == "arc" || tool_ == "circle" || tool_ == "circle3";
+    if (pad != pads_.end()) {
+      has_pad = true;
+      two_sizes = tool_ == "pad-square" || tool_ == "pad-obround";
+      polygon = tool_ == "pad-octagon";
+      pad_width_box_->setValue(pad->second.width);
+      pad_height_box_->setValue(pad->second.height);
+      hole_box_->setValue(pad->second.hole);
+      sides_box_->setValue(pad->second.sides);
+    }
     selection_label_->setText(QString("Tool: %1").arg(QString::fromStdString(tool_)));
   } else {
-    const ArtObject* o = board_.Object(sel.front());
-    const Layer& l = board_.art().layer(sel.front().layer);
-    if (o != nullptr) {
+    // The first selected track or arc gives the width, the first pad the pad's values.
+    bool width_shown = false;
+    for (const ObjectRef& r : sel) {
+      const ArtObject* o = board_.Object(r);
+      if (o == nullptr) continue;
+      const Layer& l = board_.art().layer(r.layer);
       const auto a = l.apertures.find(o->aperture);
-      if (a != l.apertures.end()) width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
+      if (a == l.apertures.end()) continue;
+      if ((o->kind == ObjectKind::kTrack || o->kind == ObjectKind::kArc) && !width_shown) {
+        width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
+        width_shown = has_width = true;
+      }
+      if (o->kind == ObjectKind::kFlash && !has_pad && a->second.kind != ApertureKind::kMacro &&
+          a->second.kind != ApertureKind::kBlock) {
+        has_pad = true;
+        two_sizes = a->second.kind == ApertureKind::kRectangle || a->second.kind == ApertureKind::kObround;
+        polygon = a->second.kind == ApertureKind::kPolygon;
+        pad_width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
+        pad_height_box_->setValue(static_cast<double>(two_sizes ? a->second.size_y : a->second.size_x) / 1e6);
+        hole_box_->setValue(static_cast<double>(a->second.hole) / 1e6);
+        sides_box_->setValue(polygon ? a->second.vertices : 8);
+      }
     }
     selection_label_->setText(QString("%1 selected").arg(sel.size()));
   }
+  width_box_->setEnabled(has_width);
+  // Space cycles the bend mode inside the command: the panel shows where it is.
+  if (tool_ == "track") bend_ = std::clamp(design()->m_pDrawLineCmd->m_nPxy, 0, 4);
+  cap_box_->setCurrentIndex(end_cap_);
+  bend_box_->setCurrentIndex(bend_);
+  style_box_->setCurrentIndex(line_style_);
+  for (QWidget* b : {static_cast<QWidget*>(cap_box_), static_cast<QWidget*>(bend_box_),
+                     static_cast<QWidget*>(style_box_)}) {
+    b->setEnabled(track_tool);
+  }
+  pad_width_box_->setEnabled(has_pad);
+  pad_height_box_->setEnabled(has_pad && two_sizes);
+  hole_box_->setEnabled(has_pad);
+  sides_box_->setEnabled(has_pad && polygon);
   updating_panels_ = false;
+}
+
+void EditorWindow::ApplyTrackSettings() {
+  CQVIS_DrawLineCmd* line = design()->m_pDrawLineCmd;
+  static constexpr int kCaps[] = {0, 256, 512};
+  line->SetEndCapStyle(kCaps[std::clamp(end_cap_, 0, 2)]);
+  line->m_nPxy = std::clamp(bend_, 0, 4);
+  line->SetLineStyle(line_style_ == 0 ? 0 : 1);
+}
+
+void EditorWindow::ApplyPadSettings(const std::string& tool) {
+  const auto it = pads_.find(tool);
+  if (it == pads_.end()) return;
+  const PadSettings& p = it->second;
+  CQVIS_Design* d = design();
+  if (tool == "pad-round") {
+    d->m_pDrawFlashCircleCmd->SetDiameter(p.width);
+    d->m_pDrawFlashCircleCmd->SetHoleSize(p.hole, 0.0);
+  } else if (tool == "pad-square") {
+    d->m_pDrawFlashRectCmd->SetWidth(p.width);
+    d->m_pDrawFlashRectCmd->SetHeight(p.height);
+    d->m_pDrawFlashRectCmd->SetHoleSize(p.hole, 0.0);
+  } else if (tool == "pad-obround") {
+    d->m_pDrawFlashObroundCmd->SetWidth(p.width);
+    d->m_pDrawFlashObroundCmd->SetHeight(p.height);
+    d->m_pDrawFlashObroundCmd->SetHoleSize(p.hole, 0.0);
+  } else if (tool == "pad-octagon") {
+    d->m_pDrawFlashPolygonCmd->SetDiameter(p.width);
+    d->m_pDrawFlashPolygonCmd->SetSideCount(p.sides);
+    d->m_pDrawFlashPolygonCmd->SetHoleSize(p.hole, 0.0);
+  }
 }
 
 double EditorWindow::DisplayedGrid() const {

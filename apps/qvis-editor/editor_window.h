@@ -151,6 +151,10 @@ class EditorWindow : public QMainWindow {
   QString MeasureText(double x, double y) const;
   void UpdateLayers();
   void UpdateProperties();
+  // The panel's settings into the library's commands (their rubber bands follow at the next
+  // repaint; the figures they finish carry them).
+  void ApplyTrackSettings();
+  void ApplyPadSettings(const std::string& tool);
   void UpdateGrid();
   void Before(UINT message, WPARAM wparam, LPARAM lparam);
   void After(UINT message, WPARAM wparam);
@@ -182,6 +186,13 @@ class EditorWindow : public QMainWindow {
   QLabel* prompt_label_ = nullptr;
   QListWidget* layers_ = nullptr;
   QDoubleSpinBox* width_box_ = nullptr;
+  QComboBox* cap_box_ = nullptr;
+  QComboBox* bend_box_ = nullptr;
+  QComboBox* style_box_ = nullptr;
+  QDoubleSpinBox* pad_width_box_ = nullptr;
+  QDoubleSpinBox* pad_height_box_ = nullptr;
+  QDoubleSpinBox* hole_box_ = nullptr;
+  QSpinBox* sides_box_ = nullptr;
   QComboBox* layer_box_ = nullptr;
   QLabel* selection_label_ = nullptr;
   bool updating_panels_ = false;
@@ -189,6 +200,16 @@ class EditorWindow : public QMainWindow {
   double base_grid_ = 1.0;
   double snap_ = 0.25;
   double track_width_ = 0.25;
+  // The track command's settings as the panel shows them: end cap (0 round, 1 square,
+  // 2 flat), bend mode (the command's 0..4) and line style (0 the band as the end cap asks,
+  // 1 a pen line).
+  int end_cap_ = 0, bend_ = 0, line_style_ = 0;
+  // Each pad tool's sizes (mm): width (diameter of round and polygon pads), height, hole.
+  struct PadSettings {
+    double width, height, hole;
+    int sides;
+  };
+  std::map<std::string, PadSettings> pads_;
   double last_zoom_ = 0.0;
   std::string tool_ = "select";
   std::string previous_tool_ = "select";

@@ -112,6 +112,29 @@ std::vector<ArtObject> FigureObjects(const FinishedFigure& f, ArtBoard& board, i
   switch (f.kind) {
     case FigureKind::kTrack:
       for (std::size_t i = 1; i < f.points.size(); ++i) {
+        const FigureVertex& a = f.points[i - 1];
+        const FigureVertex& b = f.points[i];
+        const double len = std::hypot(b.x - a.x, b.y - a.y);
+        if ((f.end_cap == 256 || f.end_cap == 512) && b.width > 0 && len > 0) {
+          // Square and flat ends: no round aperture draws them, so the segment is its
+          // rectangle, a region (square ends reach half the width past each end).
+          const double ux = (b.x - a.x) / len, uy = (b.y - a.y) / len;
+          const double ext = f.end_cap == 256 ? b.width / 2 : 0.0;
+          const double nx = -uy * b.width / 2, ny = ux * b.width / 2;
+          const double ax = a.x - ux * ext, ay = a.y - uy * ext;
+          const double bx = b.x + ux * ext, by = b.y + uy * ext;
+          ArtObject o;
+          o.kind = ObjectKind::kRegion;
+          o.contour.start = pt(ax + nx, ay + ny);
+          for (const ArtPoint p : {pt(bx + nx, by + ny), pt(bx - nx, by - ny), pt(ax - nx, ay - ny),
+                                   pt(ax + nx, ay + ny)}) {
+            ContourSegment s;
+            s.end = p;
+            o.contour.segments.push_back(s);
+          }
+          out.push_back(o);
+          continue;
+        }
         ArtObject o;
         o.kind = ObjectKind::kTrack;
         o.aperture = board.EnsureAperture(layer, Circle(Len(f.points[i].width, npu)));

@@ -42,7 +42,7 @@ QVIS_API void DrawBoardArea(const ArtBoard& board, CQVIS_GDI* surface, qvis::HDC
 
 // FigureObjects: the objects a finished figure becomes on `layer` of `board` (apertures are
 // found or added there as edits): a track a line per segment with a round aperture of its
-// width; a circle a full arc (or a round flash when filled); an arc an arc; a rectangle and a
+// width (with square or flat ends: a region per segment, its rectangle); a circle a full arc (or a round flash when filled); an arc an arc; a rectangle and a
 // polygon a region (arc edges kept); a pad a flash of its shape with its hole.
 QVIS_API std::vector<ArtObject> FigureObjects(const FinishedFigure& figure, ArtBoard& board,
                                               int layer, double nm_per_unit);

@@ -379,6 +379,26 @@ void Board::Copy() {
   }
 }
 
+ArtDocument Board::SelectionPicture(std::uint32_t colour) const {
+  ArtDocument doc;
+  doc.layers.resize(static_cast<std::size_t>(art_.LayerCount()));
+  for (int i = 0; i < art_.LayerCount(); ++i) {
+    Layer& l = doc.layers[static_cast<std::size_t>(i)];
+    l.name = art_.layer(i).name;
+    l.colour = colour;
+    l.apertures = art_.layer(i).apertures;
+    l.macros = art_.layer(i).macros;
+  }
+  for (const ObjectRef& r : selection()) {
+    const ArtObject* o = Object(r);
+    if (o == nullptr) continue;
+    ArtObject copy = *o;
+    copy.polarity = Polarity::kDark;
+    doc.layers[static_cast<std::size_t>(r.layer)].objects.push_back(std::move(copy));
+  }
+  return doc;
+}
+
 void Board::Paste(double dx, double dy) {
   if (clipboard_.empty() || art_.LayerCount() == 0) return;
   const int layer = std::clamp(active_layer(), 0, art_.LayerCount() - 1);

@@ -82,6 +82,10 @@ class Board {
   // MoveSelection moves the selected objects by (dx, dy) world millimetres.
   void MoveSelection(double dx, double dy);
   void Copy();
+  // SelectionPicture: the selected objects alone, on layers with the board's apertures, all
+  // in `colour` (negative images and clear objects made dark: a preview shows where objects
+  // go, not what they erase). For the ghost of a drag.
+  ArtDocument SelectionPicture(std::uint32_t colour) const;
   // Paste adds the copied objects to the active layer, offset by (dx, dy) world mm, and
   // selects them.
   void Paste(double dx, double dy);

@@ -223,6 +223,42 @@ TEST_F(EditorTest, PropertyPanelValuesReachTheNextFigureAndTheSelection) {
   EXPECT_EQ(aperture(art.object(pad_ref)).size_x, 3000000);
 }
 
+// While selected objects are dragged, a translucent ghost of them follows the snapped cursor
+// over the unchanged board; the board changes only on release, and the ghost goes.
+TEST_F(EditorTest, DraggingShowsAGhostOfTheMovedObjects) {
+  Trigger("pad-round");
+  Click(port_, QPoint(200, 200));
+  Trigger("select");
+  d_->m_pCursorMgr->Off();
+  Click(port_, QPoint(200, 200));
+  ASSERT_EQ(w_.board().selection().size(), 1u);
+  port_->RedrawNow();
+  const QImage before = port_->grab().toImage();  // sampled on the ring, off the hole and grid
+  const QRgb pad = before.pixel(205, 203);
+  const QRgb empty = before.pixel(265, 203);
+  ASSERT_NE(pad, empty);
+
+  SendMouse(port_, QEvent::MouseButtonPress, QPoint(200, 200), Qt::LeftButton, Qt::LeftButton);
+  SendMouse(port_, QEvent::MouseMove, QPoint(230, 201), Qt::NoButton, Qt::LeftButton);
+  SendMouse(port_, QEvent::MouseMove, QPoint(262, 203), Qt::NoButton, Qt::LeftButton);  // snaps to (26, 20)
+  const QImage dragging = port_->grab().toImage();
+  const QRgb ghost = dragging.pixel(265, 203);
+  EXPECT_NE(ghost, empty);
+  EXPECT_NE(ghost, pad);
+  EXPECT_EQ(qRed(ghost), qGreen(ghost));  // the highlight colour, part covering the frame
+  EXPECT_EQ(dragging.pixel(205, 203), pad);  // the board is as it was
+  EXPECT_EQ(dragging.pixel(235, 203), before.pixel(235, 203));  // no trail where it passed
+  EXPECT_EQ(w_.board().document().layers[0].objects[0].end, (qvis::ArtPoint{20000000, -20000000}));
+
+  SendMouse(port_, QEvent::MouseButtonRelease, QPoint(262, 203), Qt::LeftButton, Qt::NoButton);
+  EXPECT_EQ(w_.board().document().layers[0].objects[0].end, (qvis::ArtPoint{26000000, -20000000}));
+  port_->RedrawNow();
+  const QImage after = port_->grab().toImage();
+  EXPECT_EQ(after.pixel(265, 203), pad);
+  EXPECT_NE(after.pixel(205, 203), pad);
+  EXPECT_FALSE(w_.canvas().HasGhost());
+}
+
 TEST_F(EditorTest, EscLeavesEveryCommandIncludingTheThreePointCircle) {
   for (const char* tool : {"track", "arc", "circle", "circle3", "rectangle", "polygon", "pad-round",
                            "pad-square", "pad-obround", "pad-octagon", "zoombox"}) {

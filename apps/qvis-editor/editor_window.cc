@@ -226,6 +226,16 @@ Canvas::PictureKey Canvas::KeyNow(CQVIS_GDI* surface, int width, int height) {
   return k;
 }
 
+void Canvas::SetGhost(ArtDocument objects) {
+  ghost_ = std::make_unique<ArtBoard>(std::move(objects));
+  ghost_dx_ = ghost_dy_ = 0;
+}
+
+void Canvas::MoveGhost(double dx, double dy) {
+  ghost_dx_ = dx;
+  ghost_dy_ = dy;
+}
+
 void Canvas::SetKeepPicture(bool keep) {
   keep_picture_ = keep;
   picture_.clear();
@@ -279,15 +289,30 @@ void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
     last_frame_ = Frame::kFull;
     shift_x_ = shift_y_ = 0;
   }
-  if (!keep_picture_) return;
-  picture_.resize(static_cast<std::size_t>(w) * h);
-  for (int y = 0; y < h; ++y) {
-    std::memcpy(picture_.data() + static_cast<std::size_t>(y) * w, back.Row32(y),
-                static_cast<std::size_t>(w) * sizeof(std::uint32_t));
+  if (keep_picture_) {
+    picture_.resize(static_cast<std::size_t>(w) * h);
+    for (int y = 0; y < h; ++y) {
+      std::memcpy(picture_.data() + static_cast<std::size_t>(y) * w, back.Row32(y),
+                  static_cast<std::size_t>(w) * sizeof(std::uint32_t));
+    }
+    key_ = key;
+    view_x_ = c->m_dViewX;
+    view_y_ = c->m_dViewY;
   }
-  key_ = key;
-  view_x_ = c->m_dViewX;
-  view_y_ = c->m_dViewY;
+  if (ghost_ != nullptr) {
+    // The objects moved by the drag are the board seen from a view moved the other way
+    // (board y is up, the world's down).
+    ArtView view = SurfaceView(surface, w, h);
+    view.origin_x -= static_cast<Coord>(std::llround(ghost_dx_ * 1e6));
+    view.origin_y += static_cast<Coord>(std::llround(ghost_dy_ * 1e6));
+    ComposeOptions ghost;
+    ghost.opacity = 150;
+    ghost.show_selection = false;
+    ComposeBoard(*ghost_, view,
+                 PixelTarget{back.Row32(0), w, h,
+                             back.stride / static_cast<std::ptrdiff_t>(sizeof(std::uint32_t))},
+                 ghost);
+  }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -977,6 +1002,7 @@ void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
         board_.SelectAt(wx, wy, tol, (wparam & MK_SHIFT) != 0);
       }
       dragging_ = true;
+      canvas_.SetGhost(board_.SelectionPicture(canvas_.highlight));
       press_x_ = d->m_pCoords->ScreenXToWorldSnap(d->m_nMouseScreenX);
       press_y_ = d->m_pCoords->ScreenYToWorldSnap(d->m_nMouseScreenY);
       d->m_pSelectCmd->Deactive();
@@ -1017,6 +1043,13 @@ void EditorWindow::After(UINT message, WPARAM wparam) {
     measurement_ = MeasureText(x, y) + QString("  (click the second point; %1)").arg(kMeasureFreeKey);
   }
   if (message == WM_MOUSEMOVE) UpdateStatus();
+  if (message == WM_MOUSEMOVE && dragging_ && canvas_.HasGhost()) {
+    // The ghost follows the snapped cursor; the frame under it is the kept picture.
+    CQVIS_Coords* c = d->m_pCoords;
+    canvas_.MoveGhost(c->ScreenXToWorldSnap(d->m_nMouseScreenX) - press_x_,
+                      c->ScreenYToWorldSnap(d->m_nMouseScreenY) - press_y_);
+    port_->RedrawNow();
+  }
   if (esc_pending_) {
     esc_pending_ = false;
     // Esc ends the step in progress; with none, it leaves the command for selection. The
@@ -1036,6 +1069,7 @@ void EditorWindow::After(UINT message, WPARAM wparam) {
     CQVIS_Coords* c = d->m_pCoords;
     if (dragging_) {
       dragging_ = false;
+      canvas_.ClearGhost();
       const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
       const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
       board_.MoveSelection(x - press_x_, y - press_y_);

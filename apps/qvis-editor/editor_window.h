@@ -57,6 +57,12 @@ class Canvas : public CQVIS_Wnd {
   void SetKeepPicture(bool keep);
   // The next frame is drawn whole (for changes the canvas cannot see for itself).
   void DropPicture() { picture_.clear(); }
+  // The ghost of a drag: `objects` drawn over the frame, translucent, moved by (dx, dy) world
+  // mm; it is no part of the kept picture. ClearGhost removes it.
+  void SetGhost(ArtDocument objects);
+  void MoveGhost(double dx, double dy);
+  void ClearGhost() { ghost_.reset(); }
+  bool HasGhost() const { return ghost_ != nullptr; }
 
  private:
   // What the picture depends on besides the view's position.
@@ -77,6 +83,8 @@ class Canvas : public CQVIS_Wnd {
   PictureKey key_;
   double view_x_ = 0, view_y_ = 0;
   Frame last_frame_ = Frame::kFull;
+  std::unique_ptr<ArtBoard> ghost_;
+  double ghost_dx_ = 0, ghost_dy_ = 0;
   int shift_x_ = 0, shift_y_ = 0;
 };
 

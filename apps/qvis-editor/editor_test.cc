@@ -221,6 +221,15 @@ TEST_F(EditorTest, PropertyPanelValuesReachTheNextFigureAndTheSelection) {
   EXPECT_EQ(aperture(art.object({0, 2})).size_x, 500000);
   EXPECT_EQ(aperture(art.object({0, 3})).size_x, 500000);
   EXPECT_EQ(aperture(art.object(pad_ref)).size_x, 3000000);
+  // With a placing tool the panel sets the tool, even while objects are selected.
+  Trigger("track");
+  ASSERT_FALSE(w_.board().selection().empty());
+  length("width")->setValue(0.8);
+  EXPECT_EQ(aperture(art.object({0, 2})).size_x, 500000);
+  Click(port_, QPoint(300, 50));
+  Click(port_, QPoint(400, 50));
+  Key(port_, Qt::Key_Return);
+  EXPECT_EQ(aperture(last()).size_x, 800000);
 }
 
 // While selected objects are dragged, a translucent ghost of them follows the snapped cursor

@@ -654,10 +654,13 @@ void EditorWindow::BuildPanels() {
   style_box_ = choice_box("line-style", {"As the end cap", "Pen line"});
   form->addRow("Line style", style_box_);
   pad_width_box_ = length_box("pad-width", 100.0);
+  pad_width_box_->setSpecialValueText("—");  // no pad tool and no pad selected
   form->addRow("Pad width / diameter", pad_width_box_);
   pad_height_box_ = length_box("pad-height", 100.0);
+  pad_height_box_->setSpecialValueText("—");
   form->addRow("Pad height", pad_height_box_);
   hole_box_ = length_box("hole", 100.0);
+  hole_box_->setSpecialValueText("none");
   form->addRow("Hole", hole_box_);
   sides_box_ = new QSpinBox;
   sides_box_->setObjectName("sides");
@@ -672,7 +675,7 @@ void EditorWindow::BuildPanels() {
   addDockWidget(Qt::RightDockWidgetArea, props_dock);
   connect(width_box_, &QDoubleSpinBox::valueChanged, this, [this](double v) {
     if (updating_panels_) return;
-    if (!board_.selection().empty()) {
+    if (EditsSelection()) {
       board_.SetSelectionWidth(v);
     } else {
       // The rubber band of the running command takes the new width at once.
@@ -699,7 +702,7 @@ void EditorWindow::BuildPanels() {
   auto pad_setting = [this](auto* box, auto member) {
     connect(box, &std::remove_pointer_t<decltype(box)>::valueChanged, this, [this, member](auto v) {
       if (updating_panels_) return;
-      if (!board_.selection().empty()) {
+      if (EditsSelection()) {
         PadSettings change{-1.0, -1.0, -1.0, 0};
         change.*member = v;
         board_.SetSelectionPad(change.width, change.height, change.hole, change.sides);
@@ -716,7 +719,7 @@ void EditorWindow::BuildPanels() {
   pad_setting(sides_box_, &PadSettings::sides);
   connect(layer_box_, &QComboBox::currentIndexChanged, this, [this](int i) {
     if (updating_panels_ || i < 0) return;
-    if (!board_.selection().empty()) {
+    if (EditsSelection()) {
       board_.MoveSelectionToLayer(i);
     } else {
       board_.SetActiveLayer(i);
@@ -766,8 +769,10 @@ void EditorWindow::UpdateLayers() {
 void EditorWindow::UpdateProperties() {
   if (width_box_ == nullptr) return;
   updating_panels_ = true;
-  const auto& sel = board_.selection();
-  const bool track_tool = sel.empty() && tool_ == "track";
+  // The select tool edits the selection; a placing tool shows its own settings.
+  static const std::vector<ObjectRef> kNone;
+  const auto& sel = EditsSelection() ? board_.selection() : kNone;
+  const bool track_tool = tool_ == "track";
   const auto pad = pads_.find(tool_);
   bool has_width = false, has_pad = false, two_sizes = false, polygon = false;
   if (sel.empty()) {
@@ -809,6 +814,9 @@ void EditorWindow::UpdateProperties() {
     }
     selection_label_->setText(QString("%1 selected").arg(sel.size()));
   }
+  if (!board_.selection().empty() && !EditsSelection()) {
+    selection_label_->setText(QString("Tool: %1 (%2 selected)").arg(QString::fromStdString(tool_)).arg(board_.selection().size()));
+  }
   width_box_->setEnabled(has_width);
   // Space cycles the bend mode inside the command: the panel shows where it is.
   if (tool_ == "track") bend_ = std::clamp(design()->m_pDrawLineCmd->m_nPxy, 0, 4);
@@ -818,6 +826,9 @@ void EditorWindow::UpdateProperties() {
   for (QWidget* b : {static_cast<QWidget*>(cap_box_), static_cast<QWidget*>(bend_box_),
                      static_cast<QWidget*>(style_box_)}) {
     b->setEnabled(track_tool);
+  }
+  if (!has_pad) {
+    for (QDoubleSpinBox* b : {pad_width_box_, pad_height_box_, hole_box_}) b->setValue(0.0);
   }
   pad_width_box_->setEnabled(has_pad);
   pad_height_box_->setEnabled(has_pad && two_sizes);
@@ -1007,6 +1018,7 @@ void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
       press_y_ = d->m_pCoords->ScreenYToWorldSnap(d->m_nMouseScreenY);
       d->m_pSelectCmd->Deactive();
       port_->Invalidate(true);
+      UpdateProperties();
     }
   }
 }

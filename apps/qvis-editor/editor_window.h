@@ -162,6 +162,8 @@ class EditorWindow : public QMainWindow {
   // The panel's settings into the library's commands (their rubber bands follow at the next
   // repaint; the figures they finish carry them).
   void ApplyTrackSettings();
+  // The panel edits the selection in the select tool; with a placing tool, that tool's settings.
+  bool EditsSelection() const { return tool_ == "select" && !board_.selection().empty(); }
   void ApplyPadSettings(const std::string& tool);
   void UpdateGrid();
   void Before(UINT message, WPARAM wparam, LPARAM lparam);

@@ -168,6 +168,7 @@ bool Canvas::DrawingCommandActive() {
 }
 
 void Canvas::OnMouseMove(UINT nFlags, CPoint point) {
+  pivot_ = point;
   // While a figure is placed the crosshair sits on the point the figure will get.
   CQVIS_Coords* c = GetDesign()->m_pCoords;
   if (DrawingCommandActive()) {
@@ -202,6 +203,46 @@ void Canvas::DrawMajorGrid(qvis::HDC dc, int width, int height) {
   }
   gdi::SelectObject(dc, old);
   gdi::DeleteObject(pen);
+}
+
+// The board is drawn at a whole-nanometre origin, and a frame shifted by k pixels must show
+// what a frame drawn at the view k pixels away shows. That holds exactly when a pixel is a
+// whole number q of nanometres (the two origins then differ by exactly k * q) and no sample or
+// grid line sits on a rounding tie: q is made odd (no sample position of the raster's fixed
+// point is then half a step from another), and the view's corner is put a quarter nanometre
+// off the nanometre grid (grid lines and origins then round the same way in every frame). The
+// zoom moves by less than one part in q / 2 about the cursor, the view by under a nanometre.
+bool Canvas::NormalizeView() {
+  CQVIS_Design* d = GetDesign();
+  CQVIS_Coords* c = d->m_pCoords;
+  const double npu = NmPerUnit(c->GetUnit());
+  const double zoom = c->m_dZoom;
+  if (!(zoom > 0) || !std::isfinite(zoom) || c->m_dScale != 1.0) return false;
+  const double q = npu / zoom;
+  if (!(q >= kMinNmPerPixel) || q > 1e12) return false;
+  const double odd = 2.0 * std::floor(q / 2.0) + 1.0;
+  const double z = npu / odd;
+  // About the cursor (or where the wheel turned): the point under it stays there.
+  const double mx = pivot_.x, my = pivot_.y;
+  const double vx = c->m_dViewX + mx / zoom - mx / z;
+  const double vy = c->m_dViewY + my / zoom - my / z;
+  if (!std::isfinite(vx) || !std::isfinite(vy) || std::abs(vx * npu) > 1e15 || std::abs(vy * npu) > 1e15) {
+    return false;
+  }
+  c->m_dZoom = z;
+  c->m_dViewX = (std::round(vx * npu) + 0.25) / npu;
+  c->m_dViewY = (std::round(vy * npu) + 0.25) / npu;
+  return true;
+}
+
+BOOL Canvas::OnMouseWheel(UINT nFlags, short zDelta, CPoint pt) {
+  if (m_pPort != nullptr) pivot_ = m_pPort->ScreenToClient(pt);
+  return CQVIS_Wnd::OnMouseWheel(nFlags, zDelta, pt);
+}
+
+void Canvas::OnPaint() {
+  normalized_ = NormalizeView();
+  CQVIS_Wnd::OnPaint();
 }
 
 Canvas::PictureKey Canvas::KeyNow(CQVIS_GDI* surface, int width, int height) {
@@ -257,7 +298,7 @@ void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
 
   // A pure pan: the same picture, moved by whole pixels (the view moving left moves the
   // picture right). A fraction of a pixel would need every object drawn again.
-  bool shift = keep_picture_ && !picture_.empty() && key == key_;
+  bool shift = keep_picture_ && normalized_ && !picture_.empty() && key == key_;
   double fx = 0, fy = 0;
   if (shift) {
     fx = (view_x_ - c->m_dViewX) * c->m_dZoom;
@@ -948,6 +989,7 @@ void EditorWindow::FitView() {
   const double zoom = std::min(r.Width() / w, r.Height() / h) * 0.92;
   c->SetZoom(zoom);
   c->SetScreenViewPosition((x1 + x2) / 2 - r.Width() / 2.0 / zoom, (y1 + y2) / 2 - r.Height() / 2.0 / zoom);
+  canvas_.NormalizeView();  // the view as it will be drawn
   UpdateGrid();
   port_->Invalidate(true);
   UpdateStatus();

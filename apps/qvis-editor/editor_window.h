@@ -39,8 +39,16 @@ namespace qvis::editor {
 class Canvas : public CQVIS_Wnd {
  public:
   explicit Canvas(Board* board) : board_(board) {}
+  void OnPaint() override;
+  BOOL OnMouseWheel(UINT nFlags, short zDelta, CPoint pt) override;
   void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override;
   void OnMouseMove(UINT nFlags, CPoint point) override;
+  // NormalizeView puts the view where a pan by whole pixels moves every object, grid line and
+  // sample of the board drawing by exactly whole pixels (see the .cc); every paint starts with
+  // it. False at zooms where it would change the zoom visibly (then pans draw whole).
+  bool NormalizeView();
+  // Below this many nanometres per pixel the view is left alone.
+  static constexpr double kMinNmPerPixel = 99.0;
   // DrawingCommandActive: a command that places figures is running (the crosshair snaps).
   bool DrawingCommandActive();
   // The pixels between major grid lines are `major_every` minor spacings.
@@ -83,6 +91,8 @@ class Canvas : public CQVIS_Wnd {
   PictureKey key_;
   double view_x_ = 0, view_y_ = 0;
   Frame last_frame_ = Frame::kFull;
+  bool normalized_ = false;  // the view of this paint is on the lattice
+  CPoint pivot_;             // the point NormalizeView keeps: the cursor, or the wheel's point
   std::unique_ptr<ArtBoard> ghost_;
   double ghost_dx_ = 0, ghost_dy_ = 0;
   int shift_x_ = 0, shift_y_ = 0;

@@ -1,6 +1,9 @@
 // The board in a drawing window: finished figures reach the board through the window's one
 // figure notification and become objects (undoable); the board is drawn through the surface
 // in the window's drawing hook, asserted on the pixels the user sees.
+#include <algorithm>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "qvis/artwork/board.h"
@@ -35,7 +38,22 @@ class CountingSink final : public qvis::FigureListener {
 class BoardWindow : public CQVIS_Wnd {
  public:
   ArtBoard board;
-  void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override { qvis::DrawBoard(board, surface, dc); }
+  // 0: the board is drawn whole; otherwise in areas of tile x (tile + 3) pixels, the last
+  // ones reaching past the frame, and only those of `area` when it is set.
+  int tile = 0;
+  CRect area{0, 0, 1 << 20, 1 << 20};
+  void OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) override {
+    if (tile == 0) {
+      qvis::DrawBoard(board, surface, dc);
+      return;
+    }
+    for (int y = area.top; y < std::min(area.bottom, 400); y += tile + 3) {
+      for (int x = area.left; x < std::min(area.right, 600); x += tile) {
+        qvis::DrawBoardArea(board, surface, dc, x, y, std::min(x + tile, static_cast<int>(area.right)),
+                            std::min(y + tile + 3, static_cast<int>(area.bottom)));
+      }
+    }
+  }
 };
 
 // A 300 x 200 window at 10 px per mm showing world (-5, -5) at its top-left, grid and cursor off.
@@ -187,6 +205,58 @@ TEST_F(BoardWindowTest, ClearObjectsEraseOnlyTheirLayerAndSelectionShows) {
   wnd_.board.Select({{li, 0}});
   port_.RedrawNow();
   EXPECT_EQ(At(8.5, 5.0), 0x8080FFu);   // red with white at half
+}
+
+// A board drawn area by area is, pixel for pixel, the board drawn whole, at a zoom with no
+// whole number of nanometres per pixel; pixels outside the areas drawn stay as they were.
+TEST_F(BoardWindowTest, DrawingInAreasGivesTheWholeFramesPixels) {
+  c_->SetZoom(7.3);
+  c_->SetScreenViewPosition(-3.17, -4.41);
+  qvis::Aperture round;
+  round.size_x = kNmPerMm * 13 / 10;
+  const int r = wnd_.board.EnsureAperture(0, round);
+  round.kind = qvis::ApertureKind::kObround;
+  round.size_x = 3 * kNmPerMm;
+  round.size_y = kNmPerMm * 17 / 10;
+  const int ob = wnd_.board.EnsureAperture(0, round);
+  for (int i = 0; i < 12; ++i) {
+    ArtObject o;
+    o.kind = i % 3 == 2 ? ObjectKind::kFlash : ObjectKind::kTrack;
+    o.aperture = i % 3 == 2 ? ob : r;
+    o.start = qvis::WorldToBoard(1.1 * i, 0.7 * i, 1e6);
+    o.end = qvis::WorldToBoard(30.0 - 2.3 * i, 2.9 * i + 0.4, 1e6);
+    wnd_.board.AddObject(0, o);
+  }
+  ArtObject arc;
+  arc.kind = ObjectKind::kArc;
+  arc.aperture = r;
+  arc.centre = qvis::WorldToBoard(15.0, 12.0, 1e6);
+  arc.start = arc.end = qvis::WorldToBoard(22.0, 12.0, 1e6);
+  wnd_.board.AddObject(0, arc);
+  auto frame = [&] {
+    port_.RedrawNow();
+    std::vector<COLORREF> px;
+    for (int y = 0; y < 200; ++y) {
+      for (int x = 0; x < 300; ++x) px.push_back(port_.FrontPixel(x, y));
+    }
+    return px;
+  };
+  const std::vector<COLORREF> whole = frame();
+  EXPECT_GT(std::count(whole.begin(), whole.end(), kGreen), 3000);
+  for (int tile : {1, 37, 64, 299}) {
+    wnd_.tile = tile;
+    EXPECT_EQ(frame(), whole) << "tiles of " << tile;
+  }
+  wnd_.tile = 50;
+  wnd_.area = CRect(-20, 30, 120, 90);
+  const std::vector<COLORREF> part = frame();
+  for (int y = 0; y < 200; ++y) {
+    for (int x = 0; x < 300; ++x) {
+      const std::size_t i = static_cast<std::size_t>(y) * 300 + x;
+      const bool inside = x < 120 && y >= 30 && y < 90;
+      ASSERT_EQ(part[i], inside ? whole[i] : 0u) << x << "," << y;
+    }
+  }
 }
 
 }  // namespace

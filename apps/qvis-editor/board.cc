@@ -61,10 +61,15 @@ Board::Board() {
   ArtDocument doc;
   doc.layers.push_back(std::move(top));
   art_ = ArtBoard(std::move(doc));
+  art_.AddListener(&watcher_);
 }
+
+Board::~Board() { art_.RemoveListener(&watcher_); }
 
 void Board::Replace(ArtBoard board) {
   art_ = std::move(board);  // the sink keeps pointing at art_
+  art_.AddListener(&watcher_);  // the listeners went with the old document
+  ++revision_;
   opacity_.clear();
 }
 
@@ -319,6 +324,7 @@ void Board::SetOpacity(int layer, int percent) {
   if (layer < 0 || layer >= art_.LayerCount()) return;
   if (opacity_.size() <= static_cast<std::size_t>(layer)) opacity_.resize(static_cast<std::size_t>(layer) + 1, 100);
   opacity_[static_cast<std::size_t>(layer)] = std::clamp(percent, 0, 100);
+  ++revision_;
 }
 
 std::vector<std::uint8_t> Board::LayerAlpha() const {
@@ -373,6 +379,26 @@ void Board::Copy() {
   }
 }
 
+ArtDocument Board::SelectionPicture(std::uint32_t colour) const {
+  ArtDocument doc;
+  doc.layers.resize(static_cast<std::size_t>(art_.LayerCount()));
+  for (int i = 0; i < art_.LayerCount(); ++i) {
+    Layer& l = doc.layers[static_cast<std::size_t>(i)];
+    l.name = art_.layer(i).name;
+    l.colour = colour;
+    l.apertures = art_.layer(i).apertures;
+    l.macros = art_.layer(i).macros;
+  }
+  for (const ObjectRef& r : selection()) {
+    const ArtObject* o = Object(r);
+    if (o == nullptr) continue;
+    ArtObject copy = *o;
+    copy.polarity = Polarity::kDark;
+    doc.layers[static_cast<std::size_t>(r.layer)].objects.push_back(std::move(copy));
+  }
+  return doc;
+}
+
 void Board::Paste(double dx, double dy) {
   if (clipboard_.empty() || art_.LayerCount() == 0) return;
   const int layer = std::clamp(active_layer(), 0, art_.LayerCount() - 1);
@@ -391,6 +417,32 @@ void Board::Paste(double dx, double dy) {
 void Board::SetSelectionWidth(double width) {
   if (selection().empty() || !(width >= 0.0)) return;
   art_.SetWidth(selection(), ToNm(width));
+}
+
+void Board::SetSelectionPad(double width, double height, double hole, int sides) {
+  std::vector<ObjectRef> flashes;
+  for (const ObjectRef& r : selection()) {
+    if (art_.object(r).kind == ObjectKind::kFlash) flashes.push_back(r);
+  }
+  if (flashes.empty()) return;
+  art_.BeginGroup("Pad size");
+  for (const ObjectRef& r : flashes) {
+    const Layer& l = art_.layer(r.layer);
+    const auto it = l.apertures.find(art_.object(r).aperture);
+    if (it == l.apertures.end()) continue;
+    Aperture a = it->second;
+    const bool two_sizes = a.kind == ApertureKind::kRectangle || a.kind == ApertureKind::kObround;
+    // A macro's sizes are its parameters; a block is other objects.
+    if (a.kind == ApertureKind::kMacro || a.kind == ApertureKind::kBlock) continue;
+    if (width >= 0.0) a.size_x = ToNm(width);
+    if (height >= 0.0 && two_sizes) a.size_y = ToNm(height);
+    if (hole >= 0.0) a.hole = ToNm(hole);
+    if (sides >= 3 && a.kind == ApertureKind::kPolygon) a.vertices = std::min(sides, 12);
+    a.hole = std::min(a.hole, two_sizes ? std::min(a.size_x, a.size_y) : a.size_x);
+    const int code = art_.EnsureAperture(r.layer, a);
+    if (code != art_.object(r).aperture) art_.SetAperture({r}, code);
+  }
+  art_.EndGroup();
 }
 
 void Board::MoveSelectionToLayer(int layer) {

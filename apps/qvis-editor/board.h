@@ -25,6 +25,10 @@ std::uint32_t DefaultLayerColour(std::size_t index);
 class Board {
  public:
   Board();
+  ~Board();
+  // The board listens to its document; it stays where it was made.
+  Board(const Board&) = delete;
+  Board& operator=(const Board&) = delete;
 
   ArtBoard& art() { return art_; }
   const ArtBoard& art() const { return art_; }
@@ -34,6 +38,9 @@ class Board {
   int active_layer() const;
   void SetActiveLayer(int layer);
   bool modified() const { return art_.IsModified(); }
+  // Counts every change to what the canvas shows of the board (edits, undo, selection, layers,
+  // opacity, a new board): equal revisions draw the same picture at the same view.
+  std::uint64_t revision() const { return revision_; }
   const std::string& path() const { return path_; }
 
   // Opening. ReadArtworkFile reads one Gerber or Excellon file into a layer named after the
@@ -75,11 +82,20 @@ class Board {
   // MoveSelection moves the selected objects by (dx, dy) world millimetres.
   void MoveSelection(double dx, double dy);
   void Copy();
+  // SelectionPicture: the selected objects alone, on layers with the board's apertures, all
+  // in `colour` (negative images and clear objects made dark: a preview shows where objects
+  // go, not what they erase). For the ghost of a drag.
+  ArtDocument SelectionPicture(std::uint32_t colour) const;
   // Paste adds the copied objects to the active layer, offset by (dx, dy) world mm, and
   // selects them.
   void Paste(double dx, double dy);
   // SetSelectionWidth gives selected tracks and arcs a round aperture of `width` world mm.
   void SetSelectionWidth(double width);
+  // SetSelectionPad gives the selected pads (flashes) an aperture of their shape with the
+  // given width (the diameter of round and polygon pads), height (rectangles and obrounds),
+  // hole and side count (polygons); a negative value (sides below 3) keeps that property.
+  // Other selected objects are left alone.
+  void SetSelectionPad(double width, double height, double hole, int sides);
   // MoveSelectionToLayer moves the selected objects to another layer (apertures copied).
   void MoveSelectionToLayer(int layer);
   bool Undo();
@@ -103,12 +119,23 @@ class Board {
  private:
   void Replace(ArtBoard board);
 
+  class Watcher : public BoardListener {
+   public:
+    explicit Watcher(std::uint64_t* revision) : revision_(revision) {}
+    void OnBoardChanged(const ArtBox&) override { ++*revision_; }
+
+   private:
+    std::uint64_t* revision_;
+  };
+
   ArtBoard art_;
   BoardFigureSink sink_{&art_, 1e6};
   std::vector<int> opacity_;  // by layer; missing: opaque
   std::vector<ArtObject> clipboard_;
   std::vector<Aperture> clipboard_apertures_;  // by the clipboard object's index
   std::string path_;
+  std::uint64_t revision_ = 0;
+  Watcher watcher_{&revision_};
 };
 
 }  // namespace qvis::editor

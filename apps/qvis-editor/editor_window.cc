@@ -34,6 +34,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <type_traits>
 
 #include "qvis/artwork/board_window.h"
 #include "qvis/artwork/render.h"
@@ -167,6 +168,7 @@ bool Canvas::DrawingCommandActive() {
 }
 
 void Canvas::OnMouseMove(UINT nFlags, CPoint point) {
+  pivot_ = point;
   // While a figure is placed the crosshair sits on the point the figure will get.
   CQVIS_Coords* c = GetDesign()->m_pCoords;
   if (DrawingCommandActive()) {
@@ -176,40 +178,182 @@ void Canvas::OnMouseMove(UINT nFlags, CPoint point) {
   CQVIS_Wnd::OnMouseMove(nFlags, point);
 }
 
-void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
+void Canvas::DrawMajorGrid(qvis::HDC dc, int width, int height) {
   CQVIS_Design* d = GetDesign();
-  const gdi::BitmapView back = gdi::BitmapPixels(d->m_pRenderBuffer->GetBitmap());
-  if (back.bits == nullptr || back.width <= 0 || back.height <= 0) return;
   CQVIS_Coords* c = d->m_pCoords;
   const double zoom = c->m_dZoom;
   // Major grid lines every `major_every` grid spacings, dim, under the artwork.
   const double grid = c->m_dGridX;
-  if (d->m_pGridSnapMgr->GetShowGrid() && grid > 0 && major_every > 1) {
-    const double major = grid * major_every;
-    if (major * zoom >= 4.0) {
-      const HPEN pen = gdi::CreatePen(PS_SOLID, 1, 0x404040);
-      const HGDIOBJ old = gdi::SelectObject(dc, pen);
-      const double x0 = std::floor(c->ScreenXToWorld(0) / major) * major;
-      for (double x = x0; c->WorldXToScreen(x) < back.width; x += major) {
-        const int sx = c->WorldXToScreen(x);
-        gdi::MoveToEx(dc, sx, 0, nullptr);
-        gdi::LineTo(dc, sx, back.height);
-      }
-      const double y0 = std::floor(c->ScreenYToWorld(0) / major) * major;
-      for (double y = y0; c->WorldYToScreen(y) < back.height; y += major) {
-        const int sy = c->WorldYToScreen(y);
-        gdi::MoveToEx(dc, 0, sy, nullptr);
-        gdi::LineTo(dc, back.width, sy);
-      }
-      gdi::SelectObject(dc, old);
-      gdi::DeleteObject(pen);
-    }
+  if (!d->m_pGridSnapMgr->GetShowGrid() || !(grid > 0) || major_every <= 1) return;
+  const double major = grid * major_every;
+  if (major * zoom < 4.0) return;
+  const HPEN pen = gdi::CreatePen(PS_SOLID, 1, 0x404040);
+  const HGDIOBJ old = gdi::SelectObject(dc, pen);
+  const double x0 = std::floor(c->ScreenXToWorld(0) / major) * major;
+  for (double x = x0; c->WorldXToScreen(x) < width; x += major) {
+    const int sx = c->WorldXToScreen(x);
+    gdi::MoveToEx(dc, sx, 0, nullptr);
+    gdi::LineTo(dc, sx, height);
   }
+  const double y0 = std::floor(c->ScreenYToWorld(0) / major) * major;
+  for (double y = y0; c->WorldYToScreen(y) < height; y += major) {
+    const int sy = c->WorldYToScreen(y);
+    gdi::MoveToEx(dc, 0, sy, nullptr);
+    gdi::LineTo(dc, width, sy);
+  }
+  gdi::SelectObject(dc, old);
+  gdi::DeleteObject(pen);
+}
+
+// The board is drawn at a whole-nanometre origin, and a frame shifted by k pixels must show
+// what a frame drawn at the view k pixels away shows. That holds exactly when a pixel is a
+// whole number q of nanometres (the two origins then differ by exactly k * q) and no sample or
+// grid line sits on a rounding tie: q is made odd (no sample position of the raster's fixed
+// point is then half a step from another), and the view's corner is put a quarter nanometre
+// off the nanometre grid (grid lines and origins then round the same way in every frame). The
+// zoom moves by less than one part in q / 2 about the cursor, the view by under a nanometre.
+bool Canvas::NormalizeView() {
+  CQVIS_Design* d = GetDesign();
+  CQVIS_Coords* c = d->m_pCoords;
+  const double npu = NmPerUnit(c->GetUnit());
+  const double zoom = c->m_dZoom;
+  if (!(zoom > 0) || !std::isfinite(zoom) || c->m_dScale != 1.0) return false;
+  const double q = npu / zoom;
+  if (!(q >= kMinNmPerPixel) || q > 1e12) return false;
+  const double odd = 2.0 * std::floor(q / 2.0) + 1.0;
+  const double z = npu / odd;
+  // About the cursor (or where the wheel turned): the point under it stays there.
+  const double mx = pivot_.x, my = pivot_.y;
+  const double vx = c->m_dViewX + mx / zoom - mx / z;
+  const double vy = c->m_dViewY + my / zoom - my / z;
+  if (!std::isfinite(vx) || !std::isfinite(vy) || std::abs(vx * npu) > 1e15 || std::abs(vy * npu) > 1e15) {
+    return false;
+  }
+  c->m_dZoom = z;
+  c->m_dViewX = (std::round(vx * npu) + 0.25) / npu;
+  c->m_dViewY = (std::round(vy * npu) + 0.25) / npu;
+  return true;
+}
+
+BOOL Canvas::OnMouseWheel(UINT nFlags, short zDelta, CPoint pt) {
+  if (m_pPort != nullptr) pivot_ = m_pPort->ScreenToClient(pt);
+  return CQVIS_Wnd::OnMouseWheel(nFlags, zDelta, pt);
+}
+
+void Canvas::OnPaint() {
+  normalized_ = NormalizeView();
+  CQVIS_Wnd::OnPaint();
+}
+
+Canvas::PictureKey Canvas::KeyNow(CQVIS_GDI* surface, int width, int height) {
+  CQVIS_Design* d = GetDesign();
+  const CQVIS_Coords* c = d->m_pCoords;
+  PictureKey k;
+  k.revision = board_->revision();
+  k.zoom = c->m_dZoom;
+  k.scale = c->m_dScale;
+  k.grid_x = c->m_dGridX;
+  k.grid_y = c->m_dGridY;
+  k.snap_x = c->m_dSnapX;
+  k.snap_y = c->m_dSnapY;
+  k.width = width;
+  k.height = height;
+  k.major_every = major_every;
+  k.show_grid = d->m_pGridSnapMgr->GetShowGrid();
+  k.show_snap = d->m_pGridSnapMgr->GetShowSnap();
+  k.show_origin = d->m_pGridSnapMgr->GetShowOrigin();
+  k.highlight = highlight;
+  k.background = surface->GetBkColor();
+  return k;
+}
+
+void Canvas::SetGhost(ArtDocument objects) {
+  ghost_ = std::make_unique<ArtBoard>(std::move(objects));
+  ghost_dx_ = ghost_dy_ = 0;
+}
+
+void Canvas::MoveGhost(double dx, double dy) {
+  ghost_dx_ = dx;
+  ghost_dy_ = dy;
+}
+
+void Canvas::SetKeepPicture(bool keep) {
+  keep_picture_ = keep;
+  picture_.clear();
+}
+
+void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
+  CQVIS_Design* d = GetDesign();
+  const gdi::BitmapView back = gdi::BitmapPixels(d->m_pRenderBuffer->GetBitmap());
+  if (back.bits == nullptr || back.bits_per_pixel != 32 || back.width <= 0 || back.height <= 0) {
+    return;
+  }
+  const int w = back.width, h = back.height;
+  const CQVIS_Coords* c = d->m_pCoords;
   // Only the objects the index finds in the view are drawn: a frame costs what it shows.
   ComposeOptions options;
   options.highlight = highlight;
   options.layer_opacity = board_->LayerAlpha();
-  DrawBoard(board_->art(), surface, dc, options);
+  const PictureKey key = KeyNow(surface, w, h);
+
+  // A pure pan: the same picture, moved by whole pixels (the view moving left moves the
+  // picture right). A fraction of a pixel would need every object drawn again.
+  bool shift = keep_picture_ && normalized_ && !picture_.empty() && key == key_;
+  double fx = 0, fy = 0;
+  if (shift) {
+    fx = (view_x_ - c->m_dViewX) * c->m_dZoom;
+    fy = (view_y_ - c->m_dViewY) * c->m_dZoom;
+    shift = std::abs(fx - std::round(fx)) < 1e-6 && std::abs(fy - std::round(fy)) < 1e-6 &&
+            std::abs(fx) < w && std::abs(fy) < h;
+  }
+  DrawMajorGrid(dc, w, h);  // the kept picture covers it where it is copied
+  if (shift) {
+    const int dx = static_cast<int>(std::lround(fx));
+    const int dy = static_cast<int>(std::lround(fy));
+    // The uncovered strips: whole rows above or below, then the columns beside the rest.
+    const int top = dy > 0 ? dy : 0, bottom = dy < 0 ? h + dy : h;
+    if (top > 0) DrawBoardArea(board_->art(), surface, dc, 0, 0, w, top, options);
+    if (bottom < h) DrawBoardArea(board_->art(), surface, dc, 0, bottom, w, h, options);
+    if (dx > 0) DrawBoardArea(board_->art(), surface, dc, 0, top, dx, bottom, options);
+    if (dx < 0) DrawBoardArea(board_->art(), surface, dc, w + dx, top, w, bottom, options);
+    const int left = std::max(dx, 0), right = std::min(w + dx, w);
+    for (int y = top; y < bottom; ++y) {
+      std::memcpy(back.Row32(y) + left,
+                  picture_.data() + static_cast<std::size_t>(y - dy) * w + (left - dx),
+                  static_cast<std::size_t>(right - left) * sizeof(std::uint32_t));
+    }
+    last_frame_ = Frame::kShifted;
+    shift_x_ = dx;
+    shift_y_ = dy;
+  } else {
+    DrawBoard(board_->art(), surface, dc, options);
+    last_frame_ = Frame::kFull;
+    shift_x_ = shift_y_ = 0;
+  }
+  if (keep_picture_) {
+    picture_.resize(static_cast<std::size_t>(w) * h);
+    for (int y = 0; y < h; ++y) {
+      std::memcpy(picture_.data() + static_cast<std::size_t>(y) * w, back.Row32(y),
+                  static_cast<std::size_t>(w) * sizeof(std::uint32_t));
+    }
+    key_ = key;
+    view_x_ = c->m_dViewX;
+    view_y_ = c->m_dViewY;
+  }
+  if (ghost_ != nullptr) {
+    // The objects moved by the drag are the board seen from a view moved the other way
+    // (board y is up, the world's down).
+    ArtView view = SurfaceView(surface, w, h);
+    view.origin_x -= static_cast<Coord>(std::llround(ghost_dx_ * 1e6));
+    view.origin_y += static_cast<Coord>(std::llround(ghost_dy_ * 1e6));
+    ComposeOptions ghost;
+    ghost.opacity = 150;
+    ghost.show_selection = false;
+    ComposeBoard(*ghost_, view,
+                 PixelTarget{back.Row32(0), w, h,
+                             back.stride / static_cast<std::ptrdiff_t>(sizeof(std::uint32_t))},
+                 ghost);
+  }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -271,16 +415,13 @@ void EditorWindow::ApplyDefaults() {
   d->m_pDrawCircleCmd->SetWidth(0.25);
   d->m_pDraw3PCircleCmd->SetWidth(0.25);
   d->m_pDrawArcCmd->SetWidth(0.25);
-  d->m_pDrawFlashCircleCmd->SetDiameter(1.6);
-  d->m_pDrawFlashCircleCmd->SetHoleSize(0.8, 0.0);
-  d->m_pDrawFlashRectCmd->SetSquare(1.6);
-  d->m_pDrawFlashRectCmd->SetHoleSize(0.8, 0.0);
-  d->m_pDrawFlashObroundCmd->SetWidth(2.4);
-  d->m_pDrawFlashObroundCmd->SetHeight(1.4);
-  d->m_pDrawFlashObroundCmd->SetHoleSize(0.8, 0.0);
-  d->m_pDrawFlashPolygonCmd->SetDiameter(2.0);
-  d->m_pDrawFlashPolygonCmd->SetSideCount(8);
-  d->m_pDrawFlashPolygonCmd->SetHoleSize(0.8, 0.0);
+  // Through-hole pads: 1.6 mm with a 0.8 mm hole; the obround 2.4 x 1.4 mm.
+  pads_["pad-round"] = {1.6, 1.6, 0.8, 8};
+  pads_["pad-square"] = {1.6, 1.6, 0.8, 8};
+  pads_["pad-obround"] = {2.4, 1.4, 0.8, 8};
+  pads_["pad-octagon"] = {2.0, 2.0, 0.8, 8};
+  for (const auto& [tool, settings] : pads_) ApplyPadSettings(tool);
+  ApplyTrackSettings();
 }
 
 QAction* EditorWindow::AddAction(const std::string& name, const QString& text, const QString& icon,
@@ -318,10 +459,11 @@ void EditorWindow::StartTool(std::string name) {
   tool_ = name;
   if (name == "select" || name == "measure") {
     canvas_.OnEditSelect();
-    if (name == "measure") measurement_ = "Measure: click the first point";
+    if (name == "measure") measurement_ = QString("Measure: click the first point (%1)").arg(kMeasureFreeKey);
   } else if (name == "track") {
     canvas_.OnDrawLine();
     d->m_pDrawLineCmd->SetWidth(track_width_, true);
+    ApplyTrackSettings();
   } else if (name == "arc") {
     canvas_.OnDrawArc();
     d->m_pDrawArcCmd->SetWidth(track_width_);
@@ -455,6 +597,7 @@ void EditorWindow::BuildActions() {
     place->addAction(a);
     tools->addAction(a);
   }
+  actions_["measure"]->setToolTip(QString("Measure (M): dx, dy, distance and angle; ") + kMeasureFreeKey);
   tools->addSeparator();
   for (const char* n : {"undo", "redo", "delete", "fit", "zoom-in", "zoom-out", "zoombox"}) {
     tools->addAction(actions_[n]);
@@ -524,13 +667,48 @@ void EditorWindow::BuildPanels() {
   props_dock->setObjectName("properties");
   auto* pw = new QWidget;
   auto* form = new QFormLayout(pw);
-  width_box_ = new QDoubleSpinBox;
-  width_box_->setDecimals(3);
-  width_box_->setRange(0.0, 50.0);
-  width_box_->setSingleStep(0.05);
-  width_box_->setSuffix(" mm");
+  auto length_box = [](const char* name, double max) {
+    auto* b = new QDoubleSpinBox;
+    b->setObjectName(name);
+    b->setDecimals(3);
+    b->setRange(0.0, max);
+    b->setSingleStep(0.05);
+    b->setSuffix(" mm");
+    return b;
+  };
+  auto choice_box = [](const char* name, const QStringList& items) {
+    auto* b = new QComboBox;
+    b->setObjectName(name);
+    b->addItems(items);
+    return b;
+  };
+  width_box_ = length_box("width", 50.0);
   form->addRow("Width", width_box_);
+  // The library's end-cap codes are the pen's: 0 round, 256 square, 512 flat.
+  cap_box_ = choice_box("end-cap", {"Round", "Square", "Flat"});
+  form->addRow("End cap", cap_box_);
+  // The track command's bend modes, in its order (Space cycles them while drawing).
+  bend_box_ = choice_box("bend", {"Straight", "45° leg first", "Straight leg first",
+                                  "Vertical leg first", "Horizontal leg first"});
+  form->addRow("Bend", bend_box_);
+  // The band of square and flat ends: their rectangles (0) or the pen's line (1).
+  style_box_ = choice_box("line-style", {"As the end cap", "Pen line"});
+  form->addRow("Line style", style_box_);
+  pad_width_box_ = length_box("pad-width", 100.0);
+  pad_width_box_->setSpecialValueText("—");  // no pad tool and no pad selected
+  form->addRow("Pad width / diameter", pad_width_box_);
+  pad_height_box_ = length_box("pad-height", 100.0);
+  pad_height_box_->setSpecialValueText("—");
+  form->addRow("Pad height", pad_height_box_);
+  hole_box_ = length_box("hole", 100.0);
+  hole_box_->setSpecialValueText("none");
+  form->addRow("Hole", hole_box_);
+  sides_box_ = new QSpinBox;
+  sides_box_->setObjectName("sides");
+  sides_box_->setRange(3, 12);
+  form->addRow("Sides", sides_box_);
   layer_box_ = new QComboBox;
+  layer_box_->setObjectName("layer");
   form->addRow("Layer", layer_box_);
   selection_label_ = new QLabel;
   form->addRow(selection_label_);
@@ -538,7 +716,7 @@ void EditorWindow::BuildPanels() {
   addDockWidget(Qt::RightDockWidgetArea, props_dock);
   connect(width_box_, &QDoubleSpinBox::valueChanged, this, [this](double v) {
     if (updating_panels_) return;
-    if (!board_.selection().empty()) {
+    if (EditsSelection()) {
       board_.SetSelectionWidth(v);
     } else {
       // The rubber band of the running command takes the new width at once.
@@ -550,9 +728,39 @@ void EditorWindow::BuildPanels() {
     }
     Refresh();
   });
+  auto track_setting = [this](QComboBox* box, int* setting) {
+    connect(box, &QComboBox::currentIndexChanged, this, [this, setting](int i) {
+      if (updating_panels_ || i < 0) return;
+      *setting = i;
+      ApplyTrackSettings();
+      Refresh();  // the rubber band is drawn again as the command now draws it
+    });
+  };
+  track_setting(cap_box_, &end_cap_);
+  track_setting(bend_box_, &bend_);
+  track_setting(style_box_, &line_style_);
+  // A pad value changes the selected pads when there are any, else the running pad tool's.
+  auto pad_setting = [this](auto* box, auto member) {
+    connect(box, &std::remove_pointer_t<decltype(box)>::valueChanged, this, [this, member](auto v) {
+      if (updating_panels_) return;
+      if (EditsSelection()) {
+        PadSettings change{-1.0, -1.0, -1.0, 0};
+        change.*member = v;
+        board_.SetSelectionPad(change.width, change.height, change.hole, change.sides);
+      } else if (pads_.count(tool_) != 0) {
+        pads_[tool_].*member = v;
+        ApplyPadSettings(tool_);
+      }
+      Refresh();
+    });
+  };
+  pad_setting(pad_width_box_, &PadSettings::width);
+  pad_setting(pad_height_box_, &PadSettings::height);
+  pad_setting(hole_box_, &PadSettings::hole);
+  pad_setting(sides_box_, &PadSettings::sides);
   connect(layer_box_, &QComboBox::currentIndexChanged, this, [this](int i) {
     if (updating_panels_ || i < 0) return;
-    if (!board_.selection().empty()) {
+    if (EditsSelection()) {
       board_.MoveSelectionToLayer(i);
     } else {
       board_.SetActiveLayer(i);
@@ -602,20 +810,103 @@ void EditorWindow::UpdateLayers() {
 void EditorWindow::UpdateProperties() {
   if (width_box_ == nullptr) return;
   updating_panels_ = true;
-  const auto& sel = board_.selection();
+  // The select tool edits the selection; a placing tool shows its own settings.
+  static const std::vector<ObjectRef> kNone;
+  const auto& sel = EditsSelection() ? board_.selection() : kNone;
+  const bool track_tool = tool_ == "track";
+  const auto pad = pads_.find(tool_);
+  bool has_width = false, has_pad = false, two_sizes = false, polygon = false;
   if (sel.empty()) {
     width_box_->setValue(track_width_);
+    has_width = tool_ == "track" || tool_ == "arc" || tool_ == "circle" || tool_ == "circle3";
+    if (pad != pads_.end()) {
+      has_pad = true;
+      two_sizes = tool_ == "pad-square" || tool_ == "pad-obround";
+      polygon = tool_ == "pad-octagon";
+      pad_width_box_->setValue(pad->second.width);
+      pad_height_box_->setValue(pad->second.height);
+      hole_box_->setValue(pad->second.hole);
+      sides_box_->setValue(pad->second.sides);
+    }
     selection_label_->setText(QString("Tool: %1").arg(QString::fromStdString(tool_)));
   } else {
-    const ArtObject* o = board_.Object(sel.front());
-    const Layer& l = board_.art().layer(sel.front().layer);
-    if (o != nullptr) {
+    // The first selected track or arc gives the width, the first pad the pad's values.
+    bool width_shown = false;
+    for (const ObjectRef& r : sel) {
+      const ArtObject* o = board_.Object(r);
+      if (o == nullptr) continue;
+      const Layer& l = board_.art().layer(r.layer);
       const auto a = l.apertures.find(o->aperture);
-      if (a != l.apertures.end()) width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
+      if (a == l.apertures.end()) continue;
+      if ((o->kind == ObjectKind::kTrack || o->kind == ObjectKind::kArc) && !width_shown) {
+        width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
+        width_shown = has_width = true;
+      }
+      if (o->kind == ObjectKind::kFlash && !has_pad && a->second.kind != ApertureKind::kMacro &&
+          a->second.kind != ApertureKind::kBlock) {
+        has_pad = true;
+        two_sizes = a->second.kind == ApertureKind::kRectangle || a->second.kind == ApertureKind::kObround;
+        polygon = a->second.kind == ApertureKind::kPolygon;
+        pad_width_box_->setValue(static_cast<double>(a->second.size_x) / 1e6);
+        pad_height_box_->setValue(static_cast<double>(two_sizes ? a->second.size_y : a->second.size_x) / 1e6);
+        hole_box_->setValue(static_cast<double>(a->second.hole) / 1e6);
+        sides_box_->setValue(polygon ? a->second.vertices : 8);
+      }
     }
     selection_label_->setText(QString("%1 selected").arg(sel.size()));
   }
+  if (!board_.selection().empty() && !EditsSelection()) {
+    selection_label_->setText(QString("Tool: %1 (%2 selected)").arg(QString::fromStdString(tool_)).arg(board_.selection().size()));
+  }
+  width_box_->setEnabled(has_width);
+  // Space cycles the bend mode inside the command: the panel shows where it is.
+  if (tool_ == "track") bend_ = std::clamp(design()->m_pDrawLineCmd->m_nPxy, 0, 4);
+  cap_box_->setCurrentIndex(end_cap_);
+  bend_box_->setCurrentIndex(bend_);
+  style_box_->setCurrentIndex(line_style_);
+  for (QWidget* b : {static_cast<QWidget*>(cap_box_), static_cast<QWidget*>(bend_box_),
+                     static_cast<QWidget*>(style_box_)}) {
+    b->setEnabled(track_tool);
+  }
+  if (!has_pad) {
+    for (QDoubleSpinBox* b : {pad_width_box_, pad_height_box_, hole_box_}) b->setValue(0.0);
+  }
+  pad_width_box_->setEnabled(has_pad);
+  pad_height_box_->setEnabled(has_pad && two_sizes);
+  hole_box_->setEnabled(has_pad);
+  sides_box_->setEnabled(has_pad && polygon);
   updating_panels_ = false;
+}
+
+void EditorWindow::ApplyTrackSettings() {
+  CQVIS_DrawLineCmd* line = design()->m_pDrawLineCmd;
+  static constexpr int kCaps[] = {0, 256, 512};
+  line->SetEndCapStyle(kCaps[std::clamp(end_cap_, 0, 2)]);
+  line->m_nPxy = std::clamp(bend_, 0, 4);
+  line->SetLineStyle(line_style_ == 0 ? 0 : 1);
+}
+
+void EditorWindow::ApplyPadSettings(const std::string& tool) {
+  const auto it = pads_.find(tool);
+  if (it == pads_.end()) return;
+  const PadSettings& p = it->second;
+  CQVIS_Design* d = design();
+  if (tool == "pad-round") {
+    d->m_pDrawFlashCircleCmd->SetDiameter(p.width);
+    d->m_pDrawFlashCircleCmd->SetHoleSize(p.hole, 0.0);
+  } else if (tool == "pad-square") {
+    d->m_pDrawFlashRectCmd->SetWidth(p.width);
+    d->m_pDrawFlashRectCmd->SetHeight(p.height);
+    d->m_pDrawFlashRectCmd->SetHoleSize(p.hole, 0.0);
+  } else if (tool == "pad-obround") {
+    d->m_pDrawFlashObroundCmd->SetWidth(p.width);
+    d->m_pDrawFlashObroundCmd->SetHeight(p.height);
+    d->m_pDrawFlashObroundCmd->SetHoleSize(p.hole, 0.0);
+  } else if (tool == "pad-octagon") {
+    d->m_pDrawFlashPolygonCmd->SetDiameter(p.width);
+    d->m_pDrawFlashPolygonCmd->SetSideCount(p.sides);
+    d->m_pDrawFlashPolygonCmd->SetHoleSize(p.hole, 0.0);
+  }
 }
 
 double EditorWindow::DisplayedGrid() const {
@@ -676,12 +967,13 @@ void EditorWindow::UpdateStatus() {
   if (position_label_ == nullptr) return;
   CQVIS_Design* d = canvas_.m_pDesign;
   CQVIS_Coords* c = d->m_pCoords;
-  const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
-  const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+  double x, y;
+  CursorPoint(&x, &y);
   // Board coordinates: y up.
   position_label_->setText(QString("X %1  Y %2").arg(FormatLength(x), FormatLength(-y)));
   zoom_label_->setText(QString("Zoom %1 px/mm").arg(c->m_dZoom, 0, 'g', 4));
-  grid_label_->setText(QString("Grid %1  Snap %2").arg(FormatLength(c->m_dGridX), FormatLength(c->m_dSnapX)));
+  grid_label_->setText(QString("Grid %1  Snap %2").arg(FormatLength(c->m_dGridX),
+                                                       SnapSuspended() ? QString("off (Shift)") : FormatLength(c->m_dSnapX)));
   QString prompt = d->GetCurrentProcInfo().GetString();
   if (tool_ == "measure") prompt = measurement_;
   prompt_label_->setText(prompt);
@@ -697,6 +989,7 @@ void EditorWindow::FitView() {
   const double zoom = std::min(r.Width() / w, r.Height() / h) * 0.92;
   c->SetZoom(zoom);
   c->SetScreenViewPosition((x1 + x2) / 2 - r.Width() / 2.0 / zoom, (y1 + y2) / 2 - r.Height() / 2.0 / zoom);
+  canvas_.NormalizeView();  // the view as it will be drawn
   UpdateGrid();
   port_->Invalidate(true);
   UpdateStatus();
@@ -744,6 +1037,7 @@ bool EditorWindow::OnKey(QKeyEvent* e) {
 
 void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
   CQVIS_Design* d = design();
+  if (message >= WM_MOUSEMOVE && message <= WM_MBUTTONDBLCLK) shift_held_ = (wparam & MK_SHIFT) != 0;
   busy_before_ = (d->m_pDrawLineCmd->IsActived() && d->m_pDrawLineCmd->m_nProgress > 0) ||
                  (d->m_pDrawPolygonCmd->IsActived() && d->m_pDrawPolygonCmd->m_nProgress > 0) ||
                  d->m_pDrawCircleCmd->IsBusy() || d->m_pDraw3PCircleCmd->IsBusy() ||
@@ -761,17 +1055,55 @@ void EditorWindow::Before(UINT message, WPARAM wparam, LPARAM) {
         board_.SelectAt(wx, wy, tol, (wparam & MK_SHIFT) != 0);
       }
       dragging_ = true;
+      canvas_.SetGhost(board_.SelectionPicture(canvas_.highlight));
       press_x_ = d->m_pCoords->ScreenXToWorldSnap(d->m_nMouseScreenX);
       press_y_ = d->m_pCoords->ScreenYToWorldSnap(d->m_nMouseScreenY);
       d->m_pSelectCmd->Deactive();
       port_->Invalidate(true);
+      UpdateProperties();
     }
+  }
+}
+
+QString EditorWindow::MeasureText(double x, double y) const {
+  const double dx = x - measure_x_;
+  const double dy = -(y - measure_y_);  // board y is up
+  const double angle = std::atan2(dy, dx) * 180.0 / M_PI;
+  return QString("dx %1  dy %2  distance %3  angle %4°")
+      .arg(FormatLength(dx), FormatLength(dy), FormatLength(std::hypot(dx, dy)))
+      .arg(angle, 0, 'f', 2);
+}
+
+bool EditorWindow::SnapSuspended() const { return tool_ == "measure" && shift_held_; }
+
+void EditorWindow::CursorPoint(double* x, double* y) const {
+  const CQVIS_Design* d = canvas_.m_pDesign;
+  const CQVIS_Coords* c = d->m_pCoords;
+  if (SnapSuspended()) {
+    *x = c->ScreenXToWorld(d->m_nMouseScreenX);
+    *y = c->ScreenYToWorld(d->m_nMouseScreenY);
+  } else {
+    *x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
+    *y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
   }
 }
 
 void EditorWindow::After(UINT message, WPARAM wparam) {
   CQVIS_Design* d = design();
+  if (message == WM_MOUSEMOVE && tool_ == "measure" && measuring_) {
+    // The running measurement follows the cursor until the second click.
+    double x, y;
+    CursorPoint(&x, &y);
+    measurement_ = MeasureText(x, y) + QString("  (click the second point; %1)").arg(kMeasureFreeKey);
+  }
   if (message == WM_MOUSEMOVE) UpdateStatus();
+  if (message == WM_MOUSEMOVE && dragging_ && canvas_.HasGhost()) {
+    // The ghost follows the snapped cursor; the frame under it is the kept picture.
+    CQVIS_Coords* c = d->m_pCoords;
+    canvas_.MoveGhost(c->ScreenXToWorldSnap(d->m_nMouseScreenX) - press_x_,
+                      c->ScreenYToWorldSnap(d->m_nMouseScreenY) - press_y_);
+    port_->RedrawNow();
+  }
   if (esc_pending_) {
     esc_pending_ = false;
     // Esc ends the step in progress; with none, it leaves the command for selection. The
@@ -791,6 +1123,7 @@ void EditorWindow::After(UINT message, WPARAM wparam) {
     CQVIS_Coords* c = d->m_pCoords;
     if (dragging_) {
       dragging_ = false;
+      canvas_.ClearGhost();
       const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
       const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
       board_.MoveSelection(x - press_x_, y - press_y_);
@@ -806,21 +1139,16 @@ void EditorWindow::After(UINT message, WPARAM wparam) {
       }
       Refresh();
     } else if (tool_ == "measure") {
-      const double x = c->ScreenXToWorldSnap(d->m_nMouseScreenX);
-      const double y = c->ScreenYToWorldSnap(d->m_nMouseScreenY);
+      double x, y;
+      CursorPoint(&x, &y);
       if (!measuring_) {
         measuring_ = true;
         measure_x_ = x;
         measure_y_ = y;
-        measurement_ = "Measure: click the second point";
+        measurement_ = QString("Measure: click the second point (%1)").arg(kMeasureFreeKey);
       } else {
         measuring_ = false;
-        const double dx = x - measure_x_;
-        const double dy = -(y - measure_y_);  // board y is up
-        const double angle = std::atan2(dy, dx) * 180.0 / M_PI;
-        measurement_ = QString("dx %1  dy %2  distance %3  angle %4°")
-                           .arg(FormatLength(dx), FormatLength(dy), FormatLength(std::hypot(dx, dy)))
-                           .arg(angle, 0, 'f', 2);
+        measurement_ = MeasureText(x, y);
       }
       UpdateStatus();
     } else if (tool_ == "zoombox" && d->m_pZoomMgr->m_nDragState == 0) {

@@ -5,9 +5,11 @@
 //     same run (ref_moves_per_s) and their ratio (vs_empty: about 1 when the board costs the
 //     rubber band nothing), and the mean area each move repaints as a share of the canvas
 //     (repaint_share: the widget repaints the changed rectangle, not the frame).
-//   PanFrame: one live-pan frame (a middle-button drag step: the view moves, the board is
-//     drawn again and presented) over the same board. Counters: frame_ms, ref_frame_ms (empty
-//     board: grid and present only) and vs_empty.
+//   PanFrame: one live-pan frame (a middle-button drag step of up to 40 px: the view moves,
+//     the kept picture of the last frame is shifted and the board drawn in the uncovered strips,
+//     and the frame is presented) over the same board. Counters: frame_ms, ref_frame_ms (empty
+//     board: grid and present only), vs_empty, and redraw_frame_ms / vs_redraw: the same drag
+//     with the picture not kept (every frame drawn whole, as before the canvas kept it).
 //   ZoomFrame: one frame after a zoom step (the whole view drawn again), alternately with the
 //     whole board fitted (all 100,000 objects on screen) and zoomed in 8x about its centre
 //     (about 1/64 of the board on screen). Counters: fit_frame_ms, in_frame_ms, ref_frame_ms
@@ -152,9 +154,12 @@ double SecondsOfPan(Editor& e, int frames) {
 void BM_PanFrame(benchmark::State& state) {
   Editor big(100000);
   Editor empty(0);
-  double ref = 0, t = 0;
+  double ref = 0, t = 0, redraw = 0;
   for (auto _ : state) {
     ref += SecondsOfPan(empty, 20);
+    big.w.canvas().SetKeepPicture(false);
+    redraw += SecondsOfPan(big, 5);
+    big.w.canvas().SetKeepPicture(true);
     const double f = SecondsOfPan(big, 20);
     t += f;
     state.SetIterationTime(f);
@@ -163,6 +168,8 @@ void BM_PanFrame(benchmark::State& state) {
   state.counters["frame_ms"] = t / n * 1e3;
   state.counters["ref_frame_ms"] = ref / n * 1e3;
   state.counters["vs_empty"] = t / ref;
+  state.counters["redraw_frame_ms"] = redraw / n * 1e3;
+  state.counters["vs_redraw"] = t / redraw;
 }
 BENCHMARK(BM_PanFrame)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 

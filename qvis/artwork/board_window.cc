@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -60,13 +61,35 @@ ArtView SurfaceView(CQVIS_GDI* surface, int width, int height) {
 
 void DrawBoard(const ArtBoard& board, CQVIS_GDI* surface, qvis::HDC dc,
                const ComposeOptions& options) {
+  DrawBoardArea(board, surface, dc, 0, 0, std::numeric_limits<int>::max(),
+                std::numeric_limits<int>::max(), options);
+}
+
+void DrawBoardArea(const ArtBoard& board, CQVIS_GDI* surface, qvis::HDC dc, int left, int top,
+                   int right, int bottom, const ComposeOptions& options) {
   const gdi::BitmapView bits = gdi::BitmapPixels(gdi::GetCurrentBitmap(dc));
   if (bits.bits == nullptr || bits.bits_per_pixel != 32 || bits.width <= 0 || bits.height <= 0) {
     return;
   }
-  const ArtView view = SurfaceView(surface, bits.width, bits.height);
-  PixelTarget target{bits.Row32(0), bits.width, bits.height,
-                     bits.stride / static_cast<std::ptrdiff_t>(sizeof(std::uint32_t))};
+  left = std::max(left, 0);
+  top = std::max(top, 0);
+  right = std::min(right, bits.width);
+  bottom = std::min(bottom, bits.height);
+  if (left >= right || top >= bottom) return;
+  const ArtView frame = SurfaceView(surface, bits.width, bits.height);
+  ArtView view = frame;
+  if (left != 0 || top != 0 || right != bits.width || bottom != bits.height) {
+    if (!(frame.dpi > 0)) return;
+    // The area is a frame of its own whose lower-left corner lies `left` pixels right of and
+    // `height - bottom` pixels above the whole frame's.
+    const double nm_per_px = static_cast<double>(kNmPerInch) / frame.dpi;
+    view.width = right - left;
+    view.height = bottom - top;
+    view.origin_x = frame.origin_x + ToNm(left * nm_per_px);
+    view.origin_y = frame.origin_y + ToNm((bits.height - bottom) * nm_per_px);
+  }
+  const std::ptrdiff_t stride = bits.stride / static_cast<std::ptrdiff_t>(sizeof(std::uint32_t));
+  PixelTarget target{bits.Row32(top) + left, view.width, view.height, stride};
   ComposeBoard(board, view, target, options);
 }
 

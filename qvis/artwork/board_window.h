@@ -34,6 +34,11 @@ QVIS_API ArtView SurfaceView(CQVIS_GDI* surface, int width, int height);
 // order over what the frame holds (grid, origin), selected objects highlighted.
 QVIS_API void DrawBoard(const ArtBoard& board, CQVIS_GDI* surface, qvis::HDC dc,
                         const ComposeOptions& options = {});
+// DrawBoardArea is DrawBoard for the pixels [left, right) x [top, bottom) of the frame only
+// (clipped to the bitmap), at the cost of what that area shows: a host that keeps its last
+// frame and shifts it for a pan draws just the strips the shift uncovered.
+QVIS_API void DrawBoardArea(const ArtBoard& board, CQVIS_GDI* surface, qvis::HDC dc, int left,
+                            int top, int right, int bottom, const ComposeOptions& options = {});
 
 // FigureObjects: the objects a finished figure becomes on `layer` of `board` (apertures are
 // found or added there as edits): a track with round ends a line per segment with a round

@@ -132,14 +132,16 @@ TEST_F(EditorTest, PropertyPanelValuesReachTheNextFigureAndTheSelection) {
 
   Trigger("track");
   length("width")->setValue(1.0);
-  combo("end-cap")->setCurrentIndex(2);  // flat: the segment's rectangle, ends at the clicks
+  // Flat and square ends: the line command paints a square of the width swept along each
+  // segment, so the board keeps that area, half the width past each click.
+  combo("end-cap")->setCurrentIndex(2);  // flat
   Click(port_, QPoint(100, 100));
   Click(port_, QPoint(200, 100));
   Key(port_, Qt::Key_Return);
   ASSERT_EQ(art.LiveCount(), 1);
   EXPECT_EQ(last().kind, qvis::ObjectKind::kRegion);
-  EXPECT_EQ(ContourBox(last()), (qvis::ArtBox{10000000, -10500000, 20000000, -9500000}));
-  combo("end-cap")->setCurrentIndex(1);  // square: half the width past each end
+  EXPECT_EQ(ContourBox(last()), (qvis::ArtBox{9500000, -10500000, 20500000, -9500000}));
+  combo("end-cap")->setCurrentIndex(1);  // square
   Click(port_, QPoint(100, 150));
   Click(port_, QPoint(200, 150));
   Key(port_, Qt::Key_Return);

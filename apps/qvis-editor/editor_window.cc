@@ -306,6 +306,17 @@ void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
     shift = std::abs(fx - std::round(fx)) < 1e-6 && std::abs(fy - std::round(fy)) < 1e-6 &&
             std::abs(fx) < w && std::abs(fy) < h;
   }
+  const ArtView frame = SurfaceView(surface, w, h);
+  if (shift) {
+    // The board is drawn at whole-nanometre origins: the shift is exact only when the new
+    // origin is the kept one moved by exactly the pixels times the whole nanometres of a pixel.
+    // Far out (a millimetre a pixel and more) the view's doubles can miss that by a nanometre.
+    const double q = static_cast<double>(kNmPerInch) / frame.dpi;
+    const Coord qi = static_cast<Coord>(std::llround(q));
+    shift = std::abs(q - static_cast<double>(qi)) < 1e-6 &&
+            frame.origin_x == origin_x_ - std::llround(fx) * qi &&
+            frame.origin_y == origin_y_ + std::llround(fy) * qi;
+  }
   DrawMajorGrid(dc, w, h);  // the kept picture covers it where it is copied
   if (shift) {
     const int dx = static_cast<int>(std::lround(fx));
@@ -339,11 +350,13 @@ void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
     key_ = key;
     view_x_ = c->m_dViewX;
     view_y_ = c->m_dViewY;
+    origin_x_ = frame.origin_x;
+    origin_y_ = frame.origin_y;
   }
   if (ghost_ != nullptr) {
     // The objects moved by the drag are the board seen from a view moved the other way
     // (board y is up, the world's down).
-    ArtView view = SurfaceView(surface, w, h);
+    ArtView view = frame;
     view.origin_x -= static_cast<Coord>(std::llround(ghost_dx_ * 1e6));
     view.origin_y += static_cast<Coord>(std::llround(ghost_dy_ * 1e6));
     ComposeOptions ghost;

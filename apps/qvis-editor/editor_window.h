@@ -90,6 +90,7 @@ class Canvas : public CQVIS_Wnd {
   std::vector<std::uint32_t> picture_;  // the last frame, rows top down
   PictureKey key_;
   double view_x_ = 0, view_y_ = 0;
+  qvis::Coord origin_x_ = 0, origin_y_ = 0;  // the board origin the kept picture was drawn at
   Frame last_frame_ = Frame::kFull;
   bool normalized_ = false;  // the view of this paint is on the lattice
   CPoint pivot_;             // the point NormalizeView keeps: the cursor, or the wheel's point

@@ -212,6 +212,9 @@ void Canvas::DrawMajorGrid(qvis::HDC dc, int width, int height) {
 // point is then half a step from another), and the view's corner is put a quarter nanometre
 // off the nanometre grid (grid lines and origins then round the same way in every frame). The
 // zoom moves by less than one part in q / 2 about the cursor, the view by under a nanometre.
+// How far the library's marks reach from their anchor point: the origin's cross, 20 pixels.
+constexpr int kMarkReach = 21;
+
 bool Canvas::NormalizeView() {
   CQVIS_Design* d = GetDesign();
   CQVIS_Coords* c = d->m_pCoords;
@@ -318,17 +321,38 @@ void Canvas::OnDrawHost(CQVIS_GDI* surface, qvis::HDC dc) {
             frame.origin_y == origin_y_ + std::llround(fy) * qi;
   }
   DrawMajorGrid(dc, w, h);  // the kept picture covers it where it is copied
+  const int dx = shift ? static_cast<int>(std::lround(fx)) : 0;
+  const int dy = shift ? static_cast<int>(std::lround(fy)) : 0;
+  // The uncovered strips: whole rows above or below, then the columns beside the rest.
+  // Along the left and top edges a band as wide as the library's marks reach is drawn afresh
+  // too: a mark anchored left of or above the frame is placed by the pixel rounding of
+  // negative positions, which does not move with the view.
+  const int top = std::max(dy > 0 ? dy : 0, std::min(kMarkReach, h));
+  const int bottom = dy < 0 ? h + dy : h;
+  const int left = std::max({dx, 0, std::min(kMarkReach, w)}), right = std::min(w + dx, w);
   if (shift) {
-    const int dx = static_cast<int>(std::lround(fx));
-    const int dy = static_cast<int>(std::lround(fy));
-    // The uncovered strips: whole rows above or below, then the columns beside the rest.
-    const int top = dy > 0 ? dy : 0, bottom = dy < 0 ? h + dy : h;
+    // The board moves with the view to the pixel; the marks drawn under it (grid, snap
+    // points, origin) need not: snap points follow the view's whole units, as hosts know
+    // them. The copy is taken only where this frame's marks are the last frame's, moved.
+    for (int y = top; y < bottom && left < right && shift; ++y) {
+      shift = std::memcmp(back.Row32(y) + left,
+                          marks_.data() + static_cast<std::size_t>(y - dy) * w + (left - dx),
+                          static_cast<std::size_t>(right - left) * sizeof(std::uint32_t)) == 0;
+    }
+  }
+  if (keep_picture_) {
+    marks_.resize(static_cast<std::size_t>(w) * h);
+    for (int y = 0; y < h; ++y) {
+      std::memcpy(marks_.data() + static_cast<std::size_t>(y) * w, back.Row32(y),
+                  static_cast<std::size_t>(w) * sizeof(std::uint32_t));
+    }
+  }
+  if (shift) {
     if (top > 0) DrawBoardArea(board_->art(), surface, dc, 0, 0, w, top, options);
     if (bottom < h) DrawBoardArea(board_->art(), surface, dc, 0, bottom, w, h, options);
-    if (dx > 0) DrawBoardArea(board_->art(), surface, dc, 0, top, dx, bottom, options);
+    if (left > 0) DrawBoardArea(board_->art(), surface, dc, 0, top, left, bottom, options);
     if (dx < 0) DrawBoardArea(board_->art(), surface, dc, w + dx, top, w, bottom, options);
-    const int left = std::max(dx, 0), right = std::min(w + dx, w);
-    for (int y = top; y < bottom; ++y) {
+    for (int y = top; y < bottom && left < right; ++y) {
       std::memcpy(back.Row32(y) + left,
                   picture_.data() + static_cast<std::size_t>(y - dy) * w + (left - dx),
                   static_cast<std::size_t>(right - left) * sizeof(std::uint32_t));

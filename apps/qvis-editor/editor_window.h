@@ -88,6 +88,7 @@ class Canvas : public CQVIS_Wnd {
   Board* board_;
   bool keep_picture_ = true;
   std::vector<std::uint32_t> picture_;  // the last frame, rows top down
+  std::vector<std::uint32_t> marks_;    // the last frame before the board was drawn on it
   PictureKey key_;
   double view_x_ = 0, view_y_ = 0;
   qvis::Coord origin_x_ = 0, origin_y_ = 0;  // the board origin the kept picture was drawn at

@@ -47,10 +47,13 @@ class BoardWindow : public CQVIS_Wnd {
       qvis::DrawBoard(board, surface, dc);
       return;
     }
-    for (int y = area.top; y < std::min(area.bottom, 400); y += tile + 3) {
-      for (int x = area.left; x < std::min(area.right, 600); x += tile) {
-        qvis::DrawBoardArea(board, surface, dc, x, y, std::min(x + tile, static_cast<int>(area.right)),
-                            std::min(y + tile + 3, static_cast<int>(area.bottom)));
+    // CRect's sides are LONG, which is not int on every platform.
+    const int left = static_cast<int>(area.left), top = static_cast<int>(area.top);
+    const int right = static_cast<int>(area.right), bottom = static_cast<int>(area.bottom);
+    for (int y = top; y < std::min(bottom, 400); y += tile + 3) {
+      for (int x = left; x < std::min(right, 600); x += tile) {
+        qvis::DrawBoardArea(board, surface, dc, x, y, std::min(x + tile, right),
+                            std::min(y + tile + 3, bottom));
       }
     }
   }

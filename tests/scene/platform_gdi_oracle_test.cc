@@ -826,7 +826,9 @@ class PlatformOracleTest : public testing::Test {
         const fs::path fixture = scene_.parent_path() /
                                  (scene_.stem().string() + (label == "final" ? "" : "." + label) + ".png");
         std::error_code ec;
-        if (!fs::exists(fixture, ec)) ASSERT_TRUE(WritePngImage(*images.first, fixture.string())) << fixture;
+        if (!fs::exists(fixture, ec)) {
+          ASSERT_TRUE(WritePngImage(*images.first, fixture.string())) << fixture;
+        }
       }
     }
     const long long budget = PlatformBudget(text);

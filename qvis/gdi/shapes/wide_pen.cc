@@ -444,15 +444,16 @@ class DashWalker {
   void Segment(PointI a, PointI b) {
     const double dx = static_cast<double>(b.x) - a.x;
     const double dy = static_cast<double>(b.y) - a.y;
-    // A segment runs the pattern on by its length rounded to whole pixels; points along it are
-    // placed by the true direction.
+    // A segment runs the pattern on by its length cut to whole pixels (the fraction is lost, not
+    // carried to the next segment); points along it are placed by the true direction, so a dash
+    // that ends where the cut length ends stops short of b when the fraction is large.
     const double true_len = std::hypot(dx, dy);
-    const double len = std::max(1.0, std::floor(true_len + 0.5));
+    const double len = std::floor(true_len);
     const double ux = dx / true_len, uy = dy / true_len;
     const PointI heading = HeadingOf(a, b);
     dir_x_ = heading.x;
     dir_y_ = heading.y;
-    auto at = [&](double t) { return t >= len - kEps ? b : Along(a, ux, uy, t); };
+    auto at = [&](double t) { return Along(a, ux, uy, t); };
     // The part of the segment near the clip box; the pattern skips the rest by arithmetic.
     double t0 = 0, t1 = len;
     if (!NearClip(a, dx, dy, len, &t0, &t1)) {

@@ -423,6 +423,26 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
   out->Add(quad, 4);
 }
 
+// CornerJoin: the join at corner c of a dash that starts there, turning from the segment that
+// comes from p0 with heading d0 (which the dash does not cover) to the one going to p2 with
+// heading d2. Along an axis the mitred corner also reaches back over the last pixel before it.
+void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const StrokeStyle& style,
+                const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+  if (style.join == JoinStyle::kRound) {
+    AddRoundDot(c, style.width, clip, out, work);
+    return;
+  }
+  const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style.width, false, false);
+  const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style.width, false, false);
+  if (style.join == JoinStyle::kMiter && (d0.x == 0 || d0.y == 0)) {
+    const PointI back{c.x - (d0.x > 0) + (d0.x < 0), c.y - (d0.y > 0) + (d0.y < 0)};
+    const Body piece = SegmentBodyAlong(back, c, d0.x, d0.y, style.width, false, false);
+    const PointFx quad[4] = {piece.start_left, piece.end_left, piece.end_right, piece.start_right};
+    out->Add(quad, 4);
+  }
+  AddJoin(in, next, p0, c, p2, style, out);
+}
+
 // DashWalker: the position in a dash pattern while walking a polyline, and the dash being
 // collected.
 class DashWalker {
@@ -492,6 +512,13 @@ class DashWalker {
       Advance(len - t1);
     } else if (on()) {
       Add(b);  // the dash runs on round the corner
+      if (dash_.size() == 1) {
+        // The dash begins right at the corner: it still turns it, from a piece of no length
+        // on this segment, so the corner gets the pen's join.
+        lead_from_ = a;
+        lead_dir_ = heading;
+        lead_ = true;
+      }
     }
   }
 
@@ -532,6 +559,7 @@ class DashWalker {
   void ClearDash() {
     dash_.clear();
     dirs_.clear();
+    lead_ = false;
   }
   void Add(PointI p) {
     if (dash_.empty() || dash_.back() != p) {
@@ -546,8 +574,14 @@ class DashWalker {
     } else if (dash_.size() > 1) {
       BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, solid_,
                        clip_, out_, work_);
+      if (lead_) LeadJoin();
     }
     ClearDash();
+  }
+  // LeadJoin adds the join at the first point of a dash that began at the end of the segment
+  // from lead_from_.
+  void LeadJoin() {
+    CornerJoin(lead_from_, dash_[0], dash_[1], lead_dir_, dirs_[0], style_, clip_, out_, work_);
   }
   // NearClip narrows [t0, t1] of the segment from a along (dx, dy) to the part within reach_ of
   // the clip box; false when none is.
@@ -583,6 +617,9 @@ class DashWalker {
   StrokeScratch& work_;
   std::vector<PointI>& dash_;
   std::vector<PointI>& dirs_;  // the heading of each segment of dash_
+  bool lead_ = false;  // dash_ began at the end of the segment from lead_from_
+  PointI lead_from_{};
+  PointI lead_dir_{};
 };
 
 }  // namespace
@@ -627,12 +664,7 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
     p0 = points[i];
   }
   if (p2 == p1 || p0 == p1) return;
-  if (style.join == JoinStyle::kRound) {
-    AddRoundDot(p1, style.width, clip, out, work);
-    return;
-  }
-  AddJoin(SegmentBody(p0, p1, style.width, false, false), SegmentBody(p1, p2, style.width, false, false),
-          p0, p1, p2, style, out);
+  CornerJoin(p0, p1, p2, HeadingOf(p0, p1), HeadingOf(p1, p2), style, clip, out, work);
 }
 
 StrokeStyle StyleOfSelectedPen(const DeviceContext& dc) {

@@ -425,7 +425,8 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
 
 // CornerJoin: the join at corner c of a dash that starts there, turning from the segment that
 // comes from p0 with heading d0 (which the dash does not cover) to the one going to p2 with
-// heading d2. Along an axis the mitred corner also reaches back over the last pixel before it.
+// heading d2. Along an axis, turning by 45 degrees or more, the mitred corner also covers the
+// corner pixel and the last one before it, the whole width of the pen.
 void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const StrokeStyle& style,
                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
   if (style.join == JoinStyle::kRound) {
@@ -434,9 +435,15 @@ void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const Stro
   }
   const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style.width, false, false);
   const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style.width, false, false);
-  if (style.join == JoinStyle::kMiter && (d0.x == 0 || d0.y == 0)) {
-    const PointI back{c.x - (d0.x > 0) + (d0.x < 0), c.y - (d0.y > 0) + (d0.y < 0)};
-    const Body piece = SegmentBodyAlong(back, c, d0.x, d0.y, style.width, false, false);
+  const double cross = static_cast<double>(d0.x) * d2.y - static_cast<double>(d0.y) * d2.x;
+  const double dot = static_cast<double>(d0.x) * d2.x + static_cast<double>(d0.y) * d2.y;
+  if (style.join == JoinStyle::kMiter && (d0.x == 0 || d0.y == 0) &&
+      std::abs(cross) >= std::abs(dot)) {
+    // The corner pixel and the one before it, whichever way the segment runs.
+    const int sx = (d0.x > 0) - (d0.x < 0), sy = (d0.y > 0) - (d0.y < 0);
+    const PointI lo{std::min(c.x, c.x - sx), std::min(c.y, c.y - sy)};
+    const PointI hi{lo.x + 2 * (sx != 0), lo.y + 2 * (sy != 0)};
+    const Body piece = SegmentBodyAlong(lo, hi, d0.x, d0.y, style.width, false, false);
     const PointFx quad[4] = {piece.start_left, piece.end_left, piece.end_right, piece.start_right};
     out->Add(quad, 4);
   }
@@ -505,7 +512,8 @@ class DashWalker {
       }
       Next();
       if (on()) Add(at(t));
-      if (t >= t1 - kEps) break;
+      // A dash of no length that falls on the end is drawn here, square to this segment.
+      if (t >= t1 - kEps && !(on() && left_ <= 0)) break;
     }
     if (t1 < len) {
       Flush();

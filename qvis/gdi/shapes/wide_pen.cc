@@ -425,8 +425,9 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
 
 // CornerJoin: the join at corner c of a dash that starts there, turning from the segment that
 // comes from p0 with heading d0 (which the dash does not cover) to the one going to p2 with
-// heading d2. Along an axis, turning by 45 degrees or more, the mitred corner also covers the
-// corner pixel and the last one before it, the whole width of the pen.
+// heading d2. Coming along an axis, a mitred corner turning by 45 degrees or more, or a
+// bevelled one turning onto the other axis, also covers the corner pixel and the last one
+// before it, the whole width of the pen.
 void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const StrokeStyle& style,
                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
   if (style.join == JoinStyle::kRound) {
@@ -437,8 +438,17 @@ void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const Stro
   const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style.width, false, false);
   const double cross = static_cast<double>(d0.x) * d2.y - static_cast<double>(d0.y) * d2.x;
   const double dot = static_cast<double>(d0.x) * d2.x + static_cast<double>(d0.y) * d2.y;
-  if (style.join == JoinStyle::kMiter && (d0.x == 0 || d0.y == 0) &&
-      std::abs(cross) >= std::abs(dot)) {
+  const bool in_axis = d0.x == 0 || d0.y == 0;
+  const bool out_axis = d2.x == 0 || d2.y == 0;
+  const bool piece = style.join == JoinStyle::kMiter
+                         ? in_axis && std::abs(cross) >= std::abs(dot)
+                         : in_axis && out_axis && cross != 0;
+  if (style.cap == CapStyle::kSquare) {
+    // A square-capped dash takes its start cap on the segment it begins on, behind the corner.
+    const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
+    const PointFx quad[4] = {cap.start_left, cap.end_left, cap.end_right, cap.start_right};
+    out->Add(quad, 4);
+  } else if (piece) {
     // The corner pixel and the one before it, whichever way the segment runs.
     const int sx = (d0.x > 0) - (d0.x < 0), sy = (d0.y > 0) - (d0.y < 0);
     const PointI lo{std::min(c.x, c.x - sx), std::min(c.y, c.y - sy)};
@@ -580,8 +590,21 @@ class DashWalker {
     if (dash_.size() == 1) {
       LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_, work_);
     } else if (dash_.size() > 1) {
-      BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, solid_,
-                       clip_, out_, work_);
+      if (lead_ && solid_.cap == CapStyle::kSquare) {
+        // The start cap goes behind the corner (LeadJoin); the end cap is added on its own.
+        StrokeStyle flat = solid_;
+        flat.cap = CapStyle::kFlat;
+        BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, flat,
+                         clip_, out_, work_);
+        const PointI d = dirs_.back();
+        const Body cap = SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width,
+                                          false, true);
+        const PointFx quad[4] = {cap.start_left, cap.end_left, cap.end_right, cap.start_right};
+        out_->Add(quad, 4);
+      } else {
+        BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false,
+                         solid_, clip_, out_, work_);
+      }
       if (lead_) LeadJoin();
     }
     ClearDash();

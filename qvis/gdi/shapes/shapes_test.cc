@@ -491,6 +491,17 @@ TEST(DashedPenTest, TheDashRunsOnRoundACorner) {
   EXPECT_NE(c.At(10, 11), 0u);
 }
 
+TEST(DashedPenTest, ASegmentMovesThePatternOnByItsWholePixels) {
+  Canvas c(40, 20);
+  c.Fill(0);
+  c.Select(StyledPen(PS_DASH, 2, PS_ENDCAP_FLAT | PS_JOIN_MITER, 0xFFFFFF));
+  const CPoint pts[] = {{2, 2}, {9, 9}, {36, 9}};
+  Polyline(c.dc(), pts, 3);
+  // The diagonal is 9.9 long and moves the pattern (6 on, 2 off) on by 9, not 10: the
+  // horizontal starts with 5 pixels of dash left (to x = 13), then every 8.
+  EXPECT_EQ(Row(c, 9, 12, 30), "##..######..######");
+}
+
 TEST(DashedPenTest, FarOffscreenPatternIsSkippedNotWalked) {
   // The pattern position is kept by arithmetic across the invisible part: a line starting a
   // whole number of periods to the left draws exactly what the short one does.

@@ -101,9 +101,10 @@ void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* s
 
 // BuildDashedStroke appends the outline pieces of the dashes of a styled stroke: the pattern
 // runs from the first point along the whole polyline (round its corners, and back to the start
-// when closed); each dash is a polyline with the style's joins at the corners it spans and the
-// caps at its ends. Dashes wholly outside `clip` cost only their count. Degenerate input as
-// BuildStroke; a style without dashes: as BuildStroke.
+// when closed), each segment moving it on by its length cut to whole pixels; each dash is a
+// polyline with the style's joins at the corners it spans (a dash that begins at a corner spans
+// it too) and the caps at its ends. Dashes wholly outside `clip` cost only their count.
+// Degenerate input as BuildStroke; a style without dashes: as BuildStroke.
 void BuildDashedStroke(const PointI* points, int count, bool closed, const StrokeStyle& style,
                        const IRect& clip, PolygonSet* out, StrokeScratch& work);
 

@@ -77,14 +77,16 @@ BOOL DrawRoundShape(HDC dc, int left, int top, int right, int bottom, std::int64
   if (clip.IsEmpty()) return TRUE;
   if (w > kMaxSteppedEllipse || h > kMaxSteppedEllipse) {
     // Too big to step: the flattened ellipse (its corners rounded as an ellipse too).
-    std::vector<PointI> outline;
+    std::vector<PointI>& outline = dc->scratch.outline;
+    outline.clear();
     BigArcPoints(*dc, box, 0, 2 * std::numbers::pi, &outline);
-    SpanRegion interior;
+    SpanRegion& interior = dc->scratch.fill_region;
+    interior.Clear();
     if (dc->brush != nullptr && !dc->brush->IsNull() && outline.size() > 2) {
       const int n = static_cast<int>(outline.size());
-      RegionBuilder builder;
+      RegionBuilder& builder = dc->scratch.region_builder;
       dc->scanner.Fill(outline.data(), &n, 1, FillRule::kWinding, clip, builder);
-      interior = builder.Build();
+      builder.Build(&interior);
     }
     PaintShape(*dc, interior, outline.data(), static_cast<int>(outline.size()));
     return TRUE;

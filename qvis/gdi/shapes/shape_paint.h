@@ -25,6 +25,8 @@ struct RowShape {
 
 // RowsToRegion keeps the part of the rows inside `clip` as a region.
 SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip);
+// The same into `out`, built with `builder` (both reused from call to call).
+void RowsToRegion(const RowShape& rows, const IRect& clip, RegionBuilder& builder, SpanRegion* out);
 
 // PaintShape paints a closed shape: the interior (already a region, clipped) with the DC's
 // brush, then the outline points with the DC's pen (closed polyline). A cosmetic pen is drawn

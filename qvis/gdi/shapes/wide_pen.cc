@@ -705,17 +705,18 @@ void BuildVisibleStroke(const PointI* points, int count, bool closed, const Stro
 
 }  // namespace
 
-SpanRegion WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed) {
+void WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed,
+                       SpanRegion* out) {
   const IRect clip = ClipBox(dc);
   PolygonSet& set = dc.scratch.stroke.set;
   set.Clear();
   BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set, dc.scratch.stroke);
-  RegionBuilder builder;
+  RegionBuilder& builder = dc.scratch.region_builder;
   if (!clip.IsEmpty() && !set.counts.empty()) {
     dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                     FillRule::kWinding, clip, builder);
   }
-  return builder.Build();
+  builder.Build(out);
 }
 
 void StrokeWide(DeviceContext& dc, const PointI* points, int count, bool closed) {

@@ -93,14 +93,20 @@ struct BitmapData final : ObjectRecord {
   std::uint8_t* RowBytes(int y) const { return bits.get() + stride * y; }
 };
 
+struct RegionWork;
+
 // RegionData: a region object.
 struct RegionData final : ObjectRecord {
-  RegionData() : ObjectRecord(ObjectKind::kRegion) {}
+  RegionData();  // out of line, where RegionWork is complete
+  ~RegionData() override;
   HRGN Handle() const { return reinterpret_cast<HRGN>(handle); }
   SpanRegion shape;
   // CombineRgn's result when the destination is also a source, swapped with `shape`: a region
   // combined into itself again and again reuses the memory of both.
   SpanRegion spare;
+  // Work: the memory SetEllipticRgn and SetPolygonRgn build with, made on first use.
+  RegionWork& Work();
+  std::unique_ptr<RegionWork> work;
 };
 
 // PathData: the figures recorded between BeginPath and EndPath, in device coordinates. Types are

@@ -7,6 +7,7 @@
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
+#include "qvis/gdi/shapes/shape_paint.h"
 
 namespace qvis::gdi {
 namespace {
@@ -68,6 +69,22 @@ HRGN CreatePolyPolygonRgn(const CPoint* points, const int* counts, int polygons,
   return NewRegion(builder.Build());
 }
 
+BOOL SetPolygonRgn(HRGN handle, const CPoint* points, int count, int fill_mode) {
+  RegionData* region = AsRegion(handle);
+  if (region == nullptr || points == nullptr || count < 3) return FALSE;
+  if (fill_mode != ALTERNATE && fill_mode != WINDING) return FALSE;
+  RegionWork& work = region->Work();
+  work.points.resize(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    work.points[static_cast<std::size_t>(i)] = PointI{points[i].x, points[i].y};
+  }
+  work.scanner.Fill(work.points.data(), &count, 1,
+                    fill_mode == WINDING ? FillRule::kWinding : FillRule::kAlternate, kRegionBox,
+                    work.builder);
+  work.builder.Build(&region->shape);
+  return TRUE;
+}
+
 HRGN CreatePolygonRgn(const CPoint* points, int count, int fill_mode) {
   if (count < 3) return nullptr;
   return CreatePolyPolygonRgn(points, &count, 1, fill_mode);
@@ -78,6 +95,14 @@ BOOL SetRectRgn(HRGN handle, int left, int top, int right, int bottom) {
   if (region == nullptr) return FALSE;
   region->shape.SetRect(Normalized(left, top, right, bottom));
   return TRUE;
+}
+
+RegionData::RegionData() : ObjectRecord(ObjectKind::kRegion) {}
+RegionData::~RegionData() = default;
+
+RegionWork& RegionData::Work() {
+  if (!work) work = std::make_unique<RegionWork>();
+  return *work;
 }
 
 int CombineRgn(HRGN dst, HRGN a, HRGN b, int mode) {

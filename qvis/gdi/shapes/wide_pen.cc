@@ -333,6 +333,9 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
   const int n = static_cast<int>(v.size());
   const int segments = closed ? n : n - 1;
   std::vector<Body>& bodies = work.bodies;
+  if (static_cast<std::size_t>(segments) > bodies.capacity()) {
+    bodies.reserve(std::max(static_cast<std::size_t>(segments), 2 * bodies.capacity()));
+  }
   bodies.assign(static_cast<std::size_t>(segments), Body{});
   for (int i = 0; i < segments; ++i) {
     const PointI& a = v[static_cast<std::size_t>(i)];

@@ -147,5 +147,57 @@ TEST(RubberBandAllocation, PadsWithAndWithoutHoles) {
   }
 }
 
+// The canvas draws its pads through the surface frame after frame: after a warm frame, a frame
+// of pads of every shape, with and without holes, in both fill modes, allocates nothing, and a
+// pad built in the surface's scratch regions is the one the region makers give.
+TEST(SurfaceAllocation, PadsFrameAfterFrame) {
+  Canvas canvas{160, 120, 4.0};
+  CQVIS_GDI* surface = canvas.surface();
+  const auto frame = [&](double shift) {
+    canvas.Clear(0);
+    for (int fill : {1, 0}) {
+      surface->m_nFillMode = fill;
+      for (int k = 0; k < 12; ++k) {
+        const double x = 3.0 + 3.0 * k + shift, y = 5.0 + 2.0 * (k % 5) + 10.0 * fill;
+        const double hole_w = (k % 3) * 0.6, hole_h = (k % 2) * 0.5;
+        surface->DrawCircleRgn(x, y, 1.0 + 0.1 * k, hole_w, hole_h, 0x00FF00);
+        surface->DrawRectangleRgnWH(x, y + 4, 2.5, 1.5, hole_w, hole_h, 15.0 * k, 0xFF0000);
+        surface->DrawObroundRgn(x + 1, y + 7, 1.5 + 0.2 * k, 3.0, hole_w, hole_h, 0.0, 0x0000FF);
+        CPoint star[5];
+        for (int i = 0; i < 5; ++i) {
+          const double a = 2.0 * 3.141592653589793 * ((2 * i) % 5) / 5;
+          star[i] = CPoint(static_cast<LONG>(std::lround((x + 2.0 * std::cos(a)) * 4)),
+                           static_cast<LONG>(std::lround((y + 10 + 2.0 * std::sin(a)) * 4)));
+        }
+        surface->DrawPolygonRgnScreen(star, 5, x, y + 10, hole_w, hole_h, 0xFFFFFF);
+      }
+    }
+  };
+  frame(0.0);
+  const Pixels first = canvas.Snapshot();
+  frame(0.3);
+  AllocationCount::Start();
+  frame(0.0);
+  EXPECT_EQ(AllocationCount::Stop(), 0);
+  EXPECT_EQ(Canvas::CountDiff(canvas.Snapshot(), first), 0);
+  EXPECT_GT(Canvas::CountDiff(first, Pixels(first.size(), 0)), 0);
+
+  // The round pad with a round hole, against the same pad cut from the region makers.
+  surface->m_nFillMode = 1;
+  canvas.Clear(0);
+  surface->DrawCircleRgn(20.0, 15.0, 6.0, 4.0, 0.0, 0x00FF00);
+  const Pixels drawn = canvas.Snapshot();
+  canvas.Clear(0);
+  HRGN outer = surface->GetCircleRgn(20.0, 15.0, 6.0);
+  HRGN hole = surface->GetCircleRgn(20.0, 15.0, 2.0);
+  gdi::CombineRgn(outer, outer, hole, RGN_DIFF);
+  HBRUSH brush = gdi::CreateSolidBrush(0x00FF00);
+  gdi::FillRgn(canvas.dc(), outer, brush);
+  for (HGDIOBJ o : {HGDIOBJ(outer), HGDIOBJ(hole), HGDIOBJ(brush)}) gdi::DeleteObject(o);
+  EXPECT_EQ(Canvas::CountDiff(canvas.Snapshot(), drawn), 0);
+  EXPECT_EQ(canvas.At(80, 60), 0u);  // the hole
+  EXPECT_NE(canvas.At(80 + 16, 60), 0u);  // the ring
+}
+
 }  // namespace
 }  // namespace qvis

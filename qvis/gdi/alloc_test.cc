@@ -340,6 +340,57 @@ TEST(SteadyStateAllocation, AFrameOfEveryPrimitiveAllocatesNothing) {
   EXPECT_NE(first, moved);
 }
 
+// A region reshaped in place (SetEllipticRgn, SetPolygonRgn, SetRectRgn) is the region the
+// Create functions make, and once it has grown to the shapes it takes, reshaping allocates
+// nothing.
+TEST(SteadyStateAllocation, RegionsReshapedInPlace) {
+  struct Box {
+    int l, t, r, b;
+  };
+  // Small, flat, reversed, empty, and one too big to step (the flattened path).
+  const Box boxes[] = {{10, 10, 60, 40}, {-5, 3, 200, 7}, {90, 80, 20, 15}, {5, 5, 5, 9},
+                       {-70000, -30, 70000, 90000}};
+  std::vector<CPoint> star;
+  for (int k = 0; k < 9; ++k) {
+    const double a = 6.283185307179586 * ((k * 4) % 9) / 9;
+    star.emplace_back(100 + static_cast<int>(80 * std::cos(a)), 90 + static_cast<int>(60 * std::sin(a)));
+  }
+  std::vector<HRGN> made;
+  for (const Box& b : boxes) made.push_back(CreateEllipticRgn(b.l, b.t, b.r, b.b));
+  for (int mode : {ALTERNATE, WINDING}) {
+    made.push_back(CreatePolygonRgn(star.data(), static_cast<int>(star.size()), mode));
+  }
+  made.push_back(CreateRectRgn(30, 40, 5, 9));
+  HRGN reshaped = CreateRectRgn(0, 0, 0, 0);
+  const auto reshape_all = [&](std::vector<int>* equal) {
+    std::size_t i = 0;
+    for (const Box& b : boxes) {
+      SetEllipticRgn(reshaped, b.l, b.t, b.r, b.b);
+      equal->push_back(EqualRgn(reshaped, made[i++]));
+    }
+    for (int mode : {ALTERNATE, WINDING}) {
+      SetPolygonRgn(reshaped, star.data(), static_cast<int>(star.size()), mode);
+      equal->push_back(EqualRgn(reshaped, made[i++]));
+    }
+    SetRectRgn(reshaped, 30, 40, 5, 9);
+    equal->push_back(EqualRgn(reshaped, made[i++]));
+  };
+  std::vector<int> equal;
+  equal.reserve(64);
+  reshape_all(&equal);  // warm
+  AllocationCount::Start();
+  reshape_all(&equal);
+  EXPECT_EQ(AllocationCount::Stop(), 0);
+  for (std::size_t i = 0; i < equal.size(); ++i) EXPECT_TRUE(equal[i]) << "shape " << i % made.size();
+  // A polygon the Create function refuses leaves the region as it was.
+  EXPECT_FALSE(SetPolygonRgn(reshaped, star.data(), 2, WINDING));
+  EXPECT_FALSE(SetPolygonRgn(reshaped, star.data(), 5, 7));
+  EXPECT_TRUE(EqualRgn(reshaped, made.back()));
+  EXPECT_FALSE(SetEllipticRgn(nullptr, 0, 0, 5, 5));
+  DeleteObject(reshaped);
+  for (HRGN r : made) DeleteObject(r);
+}
+
 TEST(SteadyStateAllocation, TheCounterSeesAllocations) {
   // Guards the test above against a counter that never counts.
   AllocationCount::Start();

@@ -160,6 +160,14 @@ struct TextLineSpan {
 // ScratchArena: the working memory of the primitives drawn on one DC, kept between calls so
 // that warm drawing makes no heap allocation. Each member serves one family of primitives,
 // named beside it; a primitive never calls another that uses the same member while it holds it.
+//
+// Where memory lives, engine-wide: working memory belongs to the object doing the work and is
+// reused from call to call, grown (at least twofold) and never shrunk by a call. Drawing works in
+// the DC's arena and scanner; a region object reshaped in place (SetEllipticRgn, SetPolygonRgn,
+// CombineRgn into itself) keeps its own (RegionData::work, RegionData::spare); the canvas
+// surface keeps its mapped points and scratch regions. Only resources made once and then read
+// stay process-wide: the object table, stock objects and font faces (the fallback face is per
+// thread, as a face may not be shared). No primitive keeps thread-local or static scratch.
 struct ScratchArena {
   StrokeScratch stroke;                  // wide pens
   CurveScratch curve;                    // ellipse stepping

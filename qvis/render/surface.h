@@ -6,7 +6,9 @@
 #define QVIS_RENDER_SURFACE_H_
 
 #include <cstdint>
+#include <cstddef>
 #include <memory>
+#include <vector>
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
@@ -545,7 +547,13 @@ class QVIS_API CQVIS_GDI {
   // 2 points (a Rectangle's corners) for axis-parallel segments, else 6 (a hexagon).
   int SweptRectangle(double x1, double y1, double x2, double y2, double w, double h,
                      CPoint* out) const;
+  // The surface's working memory, kept from call to call so that a warm surface allocates
+  // nothing per primitive (the engine keeps its own in each DC): the scratch regions and the
+  // device points polygons are mapped into. A surface is drawn on one thread at a time.
   qvis::HRGN m_hScratchRegions[kScratchRegions] = {};  // see ScratchRegion; owned
+  std::vector<CPoint> m_ptMapped;
+  // MappedPoints: m_ptMapped with room for at least n points.
+  std::vector<CPoint>& MappedPoints(size_t n);
   // The outline of a pad in scratch region 0 (null where the Get function gives null).
   qvis::HRGN CircleOutline(qvis::HDC dc, double cx, double cy, double r);
   qvis::HRGN RectangleOutline(qvis::HDC dc, double cx, double cy, double w, double h,

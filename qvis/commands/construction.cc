@@ -71,18 +71,23 @@ int NextBendMode(int mode) {
   return next == kBendModeCount ? 0 : next;
 }
 
+int RegularPolygonVertexCount(int sides) {
+  if (sides < 3) return 0;
+  return 360 / sides == 0 ? 3 : sides;
+}
+
+WorldPt RegularPolygonVertex(double cx, double cy, double diameter, int sides, int i) {
+  const double r = diameter * 0.5;
+  if (i == 0 || sides < 3) return {cx + r, cy};
+  const WorldPt d = PolarOffset(r, i * (360 / sides));
+  return {cx + d.x, cy + d.y};
+}
+
 std::vector<WorldPt> RegularPolygonVertices(double cx, double cy, double diameter, int sides) {
   std::vector<WorldPt> out;
-  if (sides < 3) return out;
-  const double r = diameter * 0.5;
-  const int step = 360 / sides;
-  const int count = step == 0 ? 3 : sides;
+  const int count = RegularPolygonVertexCount(sides);
   out.reserve(static_cast<size_t>(count));
-  out.push_back({cx + r, cy});
-  for (int i = 1; i < count; ++i) {
-    const WorldPt d = PolarOffset(r, i * step);
-    out.push_back({cx + d.x, cy + d.y});
-  }
+  for (int i = 0; i < count; ++i) out.push_back(RegularPolygonVertex(cx, cy, diameter, sides, i));
   return out;
 }
 

@@ -64,6 +64,10 @@ int NextBendMode(int mode);
 // returned as three coincident vertices (the same degenerate figure, without allocating one
 // record per requested side).
 std::vector<WorldPt> RegularPolygonVertices(double cx, double cy, double diameter, int sides);
+// RegularPolygonVertexCount and RegularPolygonVertex give the same vertices one at a time, for
+// a caller that keeps its own memory: the count (0, 3 or `sides`) and vertex i of it.
+int RegularPolygonVertexCount(int sides);
+WorldPt RegularPolygonVertex(double cx, double cy, double diameter, int sides, int i);
 
 // Distance is the Euclidean distance between two world points (hypot, no overflow for 1e300).
 double Distance(WorldPt a, WorldPt b);

@@ -99,32 +99,24 @@ struct PadPainter {
 
   static bool HasHole(double hole_w, double hole_h) { return hole_w != 0.0 || hole_h != 0.0; }
 
-  // CutAndFill subtracts the hole from `outer` and fills the rest with a solid brush of the
-  // colour made for the call; frees the regions and the brush. A null outer region: nothing.
-  void CutAndFill(qvis::HRGN outer, double cx, double cy, double hole_w, double hole_h,
-                  COLORREF color) const {
-    if (!outer) return;
-    qvis::HRGN hole = hole_h != 0.0
-                          ? surface->GetRectangleRgn(target, cx - hole_w / 2, cy + hole_h / 2,
-                                                     cx + hole_w / 2, cy - hole_h / 2)
-                          : surface->GetCircleRgn(target, cx, cy, hole_w / 2);
-    if (hole) {
-      qvis::gdi::CombineRgn(outer, outer, hole, RGN_DIFF);
-      qvis::gdi::DeleteObject(hole);
-    }
-    qvis::HBRUSH brush = qvis::gdi::CreateSolidBrush(color);
-    qvis::gdi::FillRgn(surface->ResolveDC(target), outer, brush);
-    qvis::gdi::DeleteObject(brush);
-    qvis::gdi::DeleteObject(outer);
-  }
+  // The band's outline and hole are built in the surface's scratch regions 0 and 1, reshaped
+  // on every move rather than made and freed.
+  qvis::HRGN Outer() const { return surface->ScratchRegion(0); }
 
-  std::vector<CPoint> DevicePoints(const std::vector<qvis::WorldPt>& pts) const {
-    std::vector<CPoint> dev;
-    dev.reserve(pts.size());
-    for (const qvis::WorldPt& p : pts) {
-      dev.emplace_back(surface->WorldToDeviceX(p.x), surface->WorldToDeviceY(p.y));
-    }
-    return dev;
+  // CutAndFill subtracts the hole from `outer` (Outer(), or null when its shape could not be
+  // made: nothing is drawn) and fills the rest with the solid brush of the colour that Begin
+  // selected.
+  void CutAndFill(qvis::HRGN outer, double cx, double cy, double hole_w, double hole_h) const {
+    if (!outer) return;
+    qvis::HRGN hole = surface->ScratchRegion(1);
+    const bool made = hole_h != 0.0
+                          ? surface->SetRectangleRgn(hole, target, cx - hole_w / 2,
+                                                     cy + hole_h / 2, cx + hole_w / 2,
+                                                     cy - hole_h / 2)
+                          : surface->SetCircleRgn(hole, target, cx, cy, hole_w / 2);
+    if (made) qvis::gdi::CombineRgn(outer, outer, hole, RGN_DIFF);
+    const qvis::HDC dc = surface->ResolveDC(target);
+    qvis::gdi::FillRgn(dc, outer, qvis::gdi::GetCurrentBrush(dc));
   }
 };
 
@@ -185,8 +177,9 @@ void CQVIS_DrawFlashCircleCmd::Draw() {
     m_pSurface->DrawCircle(m_hTargetDC, x, y, m_dRadius);
     return;
   }
-  pad.CutAndFill(m_pSurface->GetCircleRgn(m_hTargetDC, x, y, m_dRadius), x, y, m_dHoleWidth,
-                 m_dHoleHeight, m_crXORColor);
+  const qvis::HRGN outer = pad.Outer();
+  pad.CutAndFill(m_pSurface->SetCircleRgn(outer, m_hTargetDC, x, y, m_dRadius) ? outer : nullptr,
+                 x, y, m_dHoleWidth, m_dHoleHeight);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -238,9 +231,12 @@ void CQVIS_DrawFlashRectCmd::Draw() {
     m_pSurface->DrawRectangle(m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2);
     return;
   }
+  const qvis::HRGN outer = pad.Outer();
   pad.CutAndFill(
-      m_pSurface->GetRectangleRgn(m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2), x, y,
-      m_dHoleWidth, m_dHoleHeight, m_crXORColor);
+      m_pSurface->SetRectangleRgn(outer, m_hTargetDC, x - m_dLeft, y + h2, x + m_dRight, y - h2)
+          ? outer
+          : nullptr,
+      x, y, m_dHoleWidth, m_dHoleHeight);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -317,18 +313,25 @@ void CQVIS_DrawFlashPolygonCmd::Draw() {
   if (!pad.Begin(m_crXORColor, false) || m_nProgress != 0) return;
   // A pad with fewer than 3 sides has no outline and no region: nothing is drawn (the integer
   // angle step would divide by zero for 0 sides).
-  const std::vector<qvis::WorldPt> pts =
-      qvis::RegularPolygonVertices(m_dCurrentX, m_dCurrentY, m_dDiameter, m_nSideCount);
-  if (pts.size() < 3) return;
-  std::vector<CPoint> dev = pad.DevicePoints(pts);
+  const int count = qvis::RegularPolygonVertexCount(m_nSideCount);
+  if (count < 3) return;
+  std::vector<CPoint>& dev = m_ptBand;
+  dev.resize(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const qvis::WorldPt p =
+        qvis::RegularPolygonVertex(m_dCurrentX, m_dCurrentY, m_dDiameter, m_nSideCount, i);
+    dev[static_cast<size_t>(i)] =
+        CPoint(m_pSurface->WorldToDeviceX(p.x), m_pSurface->WorldToDeviceY(p.y));
+  }
   const qvis::HDC dc = m_pSurface->ResolveDC(m_hTargetDC);
   if (!PadPainter::HasHole(m_dHoleWidth, m_dHoleHeight)) {
     qvis::gdi::Polygon(dc, dev.data(), static_cast<int>(dev.size()));
     return;
   }
-  pad.CutAndFill(qvis::gdi::CreatePolygonRgn(dev.data(), static_cast<int>(dev.size()),
-                                             qvis::gdi::GetPolyFillMode(dc)),
-                 m_dCurrentX, m_dCurrentY, m_dHoleWidth, m_dHoleHeight, m_crXORColor);
+  const qvis::HRGN outer = pad.Outer();
+  const bool made = qvis::gdi::SetPolygonRgn(outer, dev.data(), static_cast<int>(dev.size()),
+                                             qvis::gdi::GetPolyFillMode(dc)) != FALSE;
+  pad.CutAndFill(made ? outer : nullptr, m_dCurrentX, m_dCurrentY, m_dHoleWidth, m_dHoleHeight);
 }
 
 #undef QVIS_PAD_FLOW_OPERATIONS

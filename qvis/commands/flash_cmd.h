@@ -3,6 +3,9 @@
 #ifndef QVIS_COMMANDS_FLASH_CMD_H_
 #define QVIS_COMMANDS_FLASH_CMD_H_
 
+#include <vector>
+
+#include "qvis/compat/cpoint.h"
 #include "qvis/compat/export.h"
 #include "qvis/compat/handles.h"
 #include "qvis/compat/types.h"
@@ -256,6 +259,8 @@ class QVIS_API CQVIS_DrawFlashPolygonCmd {
   int m_nLayer;
   COLORREF m_crColor;
   COLORREF m_crXORColor;
+  // The band's device vertices, kept from move to move so that moving the band allocates nothing.
+  std::vector<CPoint> m_ptBand;
 };
 
 #endif  // QVIS_COMMANDS_FLASH_CMD_H_

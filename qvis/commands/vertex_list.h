@@ -5,6 +5,8 @@
 #ifndef QVIS_COMMANDS_VERTEX_LIST_H_
 #define QVIS_COMMANDS_VERTEX_LIST_H_
 
+#include <array>
+#include <cstdio>
 #include <memory>
 #include <type_traits>
 
@@ -364,12 +366,15 @@ struct VertexListFlow {
     c.SetInfoLine();
   }
 
-  // InfoLine composes the prompt of the current step into a temporary text.
-  static CString InfoLine(const Cmd& c) {
-    CString text("Click first position");
+  // InfoLine composes the prompt of the current step into a temporary text (cut at the
+  // buffer's size). It runs on every mouse move, so the text lives on the stack.
+  static std::array<char, 128> InfoLine(const Cmd& c) {
+    std::array<char, 128> text{};
     if (c.m_nProgress == 1) {
-      text.Format("Click next position (dx=%2.3f,dy=%2.3f)", c.m_dCursorX - c.m_dAnchorX,
-                  -(c.m_dCursorY - c.m_dAnchorY));
+      std::snprintf(text.data(), text.size(), "Click next position (dx=%2.3f,dy=%2.3f)",
+                    c.m_dCursorX - c.m_dAnchorX, -(c.m_dCursorY - c.m_dAnchorY));
+    } else {
+      std::snprintf(text.data(), text.size(), "Click first position");
     }
     return text;
   }

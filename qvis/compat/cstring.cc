@@ -19,6 +19,14 @@ void CString::FormatV(const char* fmt, va_list args) {
     s_.clear();
     return;
   }
+  // Short texts go through a buffer on the stack, so that a text formatted again and again (a
+  // prompt on every mouse move) reuses the string's memory; the arguments may be this string.
+  char small[256];
+  if (static_cast<size_t>(n) < sizeof small) {
+    std::vsnprintf(small, sizeof small, fmt, args);
+    s_.assign(small, static_cast<size_t>(n));
+    return;
+  }
   std::vector<char> buf(static_cast<size_t>(n) + 1);
   std::vsnprintf(buf.data(), buf.size(), fmt, args);
   s_.assign(buf.data(), static_cast<size_t>(n));

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "qvis/gdi/gdi.h"
@@ -14,6 +15,7 @@
 #include "qvis/gdi/raster/polygon.h"
 #include "qvis/gdi/raster/region.h"
 #include "qvis/gdi/raster/span.h"
+#include "qvis/gdi/shapes/curve_flatten.h"
 #include "qvis/gdi/shapes/ellipse_geom.h"
 #include "qvis/gdi/shapes/wide_pen.h"
 
@@ -91,11 +93,20 @@ struct BitmapData final : ObjectRecord {
   std::uint8_t* RowBytes(int y) const { return bits.get() + stride * y; }
 };
 
+struct RegionWork;
+
 // RegionData: a region object.
 struct RegionData final : ObjectRecord {
-  RegionData() : ObjectRecord(ObjectKind::kRegion) {}
+  RegionData();  // out of line, where RegionWork is complete
+  ~RegionData() override;
   HRGN Handle() const { return reinterpret_cast<HRGN>(handle); }
   SpanRegion shape;
+  // CombineRgn's result when the destination is also a source, swapped with `shape`: a region
+  // combined into itself again and again reuses the memory of both.
+  SpanRegion spare;
+  // Work: the memory SetEllipticRgn and SetPolygonRgn build with, made on first use.
+  RegionWork& Work();
+  std::unique_ptr<RegionWork> work;
 };
 
 // PathData: the figures recorded between BeginPath and EndPath, in device coordinates. Types are
@@ -130,9 +141,33 @@ struct PathData {
   void CloseFigure();
 };
 
+// PathFigure: one flattened figure of a path; its points are ScratchArena::path_points from
+// `first` on.
+struct PathFigure {
+  std::size_t first = 0;
+  int count = 0;
+  bool closed = false;
+  bool has_segments = false;  // a lone move draws nothing, a zero-length line a dot
+};
+
+// TextLineSpan: one line laid out by DrawTextA, its characters in ScratchArena::text_lines.
+struct TextLineSpan {
+  std::size_t first = 0;
+  std::size_t size = 0;
+  std::int64_t width = 0;
+};
+
 // ScratchArena: the working memory of the primitives drawn on one DC, kept between calls so
 // that warm drawing makes no heap allocation. Each member serves one family of primitives,
 // named beside it; a primitive never calls another that uses the same member while it holds it.
+//
+// Where memory lives, engine-wide: working memory belongs to the object doing the work and is
+// reused from call to call, grown (at least twofold) and never shrunk by a call. Drawing works in
+// the DC's arena and scanner; a region object reshaped in place (SetEllipticRgn, SetPolygonRgn,
+// CombineRgn into itself) keeps its own (RegionData::work, RegionData::spare); the canvas
+// surface keeps its mapped points and scratch regions. Only resources made once and then read
+// stay process-wide: the object table, stock objects and font faces (the fallback face is per
+// thread, as a face may not be shared). No primitive keeps thread-local or static scratch.
 struct ScratchArena {
   StrokeScratch stroke;                  // wide pens
   CurveScratch curve;                    // ellipse stepping
@@ -142,10 +177,26 @@ struct ScratchArena {
   std::vector<PointI> arc;               // Arc / Pie / Chord curves
   std::vector<std::uint8_t> text_mask;   // text runs
   std::vector<int> text_pen;
+  std::string text_source;               // DrawTextA: the text less its prefix marks
+  std::string text_lines;                // DrawTextA: the lines, one after another
+  std::vector<TextLineSpan> text_line_spans;
   std::vector<std::uint32_t> blit_dst;   // BitBlt and PatBlt rows
   std::vector<std::uint32_t> blit_src;
   std::vector<std::uint32_t> blit_pat;
   std::vector<std::uint8_t> blit_skip;
+  // Filled closed figures and paths with a wide pen: the brush's region, the pen's region and
+  // the brush's region less the pen's, built by region_builder. FrameRgn and GetClipBox, which
+  // draw no figure, use the three regions as their working regions.
+  RegionBuilder region_builder;
+  SpanRegion fill_region;                // set by the figure, read by PaintShape / PaintPolygons
+  SpanRegion outline_region;             // PaintShape / PaintPolygons / paths
+  SpanRegion inner_region;
+  std::vector<PointI> path_points;       // StrokePath / FillPath / StrokeAndFillPath
+  std::vector<PathFigure> path_figures;
+  std::vector<PointI> path_fill;
+  std::vector<int> path_counts;
+  std::vector<Point2> alpha_points;      // alpha strokes: the line, ellipse or arc stroked
+  std::vector<PointFx> alpha_disc;       // alpha strokes: one round join
 };
 
 // DeviceContext: a memory DC over a bitmap, with GDI's state.

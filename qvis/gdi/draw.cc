@@ -244,12 +244,10 @@ BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
     // The brush fills the box of the outline's centre line less the pixels the pen paints
     // (a dashed pen's gaps show the brush up to the centre line).
     const PointI corners[4] = {{r, top}, {left, top}, {left, b}, {r, b}};
-    SpanRegion interior;
+    SpanRegion& interior = dc->scratch.fill_region;
+    interior.Clear();
     if (dc->brush != nullptr && !dc->brush->IsNull()) {
-      RegionBuilder builder;
-      const IRect box = IRect{left, top, r, b}.Intersect(clip);
-      if (!box.IsEmpty()) builder.BlitRect(box);
-      interior = builder.Build();
+      interior.SetRect(IRect{left, top, r, b}.Intersect(clip));
     }
     PaintShape(*dc, interior, corners, 4);
     return TRUE;

@@ -268,6 +268,12 @@ QVIS_API HRGN CreatePolygonRgn(const CPoint* points, int count, int fill_mode);
 QVIS_API HRGN CreatePolyPolygonRgn(const CPoint* points, const int* counts, int polygons, int fill_mode);
 // SetRectRgn turns an existing region into a box.
 QVIS_API BOOL SetRectRgn(HRGN region, int left, int top, int right, int bottom);
+// SetEllipticRgn and SetPolygonRgn turn an existing region into what CreateEllipticRgn and
+// CreatePolygonRgn make, keeping the region's memory: a figure redrawn on every mouse move
+// reshapes one region instead of making a region object each time. Where CreatePolygonRgn gives
+// null, SetPolygonRgn returns FALSE and leaves the region as it was.
+QVIS_API BOOL SetEllipticRgn(HRGN region, int left, int top, int right, int bottom);
+QVIS_API BOOL SetPolygonRgn(HRGN region, const CPoint* points, int count, int fill_mode);
 // CombineRgn sets dst to a RGN_AND / RGN_OR / RGN_XOR / RGN_DIFF b, or to a copy of a
 // (RGN_COPY, b ignored); dst may be a or b. Returns the kind of the result, kRegionError for a
 // null or invalid handle or mode (dst unchanged).

@@ -2,10 +2,12 @@
 #include <algorithm>
 #include <climits>
 #include <memory>
+#include <utility>
 
 #include "qvis/compat/win32_names.h"
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
+#include "qvis/gdi/shapes/shape_paint.h"
 
 namespace qvis::gdi {
 namespace {
@@ -67,6 +69,22 @@ HRGN CreatePolyPolygonRgn(const CPoint* points, const int* counts, int polygons,
   return NewRegion(builder.Build());
 }
 
+BOOL SetPolygonRgn(HRGN handle, const CPoint* points, int count, int fill_mode) {
+  RegionData* region = AsRegion(handle);
+  if (region == nullptr || points == nullptr || count < 3) return FALSE;
+  if (fill_mode != ALTERNATE && fill_mode != WINDING) return FALSE;
+  RegionWork& work = region->Work();
+  work.points.resize(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    work.points[static_cast<std::size_t>(i)] = PointI{points[i].x, points[i].y};
+  }
+  work.scanner.Fill(work.points.data(), &count, 1,
+                    fill_mode == WINDING ? FillRule::kWinding : FillRule::kAlternate, kRegionBox,
+                    work.builder);
+  work.builder.Build(&region->shape);
+  return TRUE;
+}
+
 HRGN CreatePolygonRgn(const CPoint* points, int count, int fill_mode) {
   if (count < 3) return nullptr;
   return CreatePolyPolygonRgn(points, &count, 1, fill_mode);
@@ -75,8 +93,16 @@ HRGN CreatePolygonRgn(const CPoint* points, int count, int fill_mode) {
 BOOL SetRectRgn(HRGN handle, int left, int top, int right, int bottom) {
   RegionData* region = AsRegion(handle);
   if (region == nullptr) return FALSE;
-  region->shape = SpanRegion::FromRect(Normalized(left, top, right, bottom));
+  region->shape.SetRect(Normalized(left, top, right, bottom));
   return TRUE;
+}
+
+RegionData::RegionData() : ObjectRecord(ObjectKind::kRegion) {}
+RegionData::~RegionData() = default;
+
+RegionWork& RegionData::Work() {
+  if (!work) work = std::make_unique<RegionWork>();
+  return *work;
 }
 
 int CombineRgn(HRGN dst, HRGN a, HRGN b, int mode) {
@@ -97,7 +123,12 @@ int CombineRgn(HRGN dst, HRGN a, HRGN b, int mode) {
     case RGN_DIFF: op = RegionOp::kDiff; break;
     default: return kRegionError;
   }
-  d->shape = SpanRegion::Combine(ra->shape, rb->shape, op);
+  if (d != ra && d != rb) {
+    SpanRegion::Combine(ra->shape, rb->shape, op, &d->shape);
+  } else {
+    SpanRegion::Combine(ra->shape, rb->shape, op, &d->spare);
+    std::swap(d->shape, d->spare);
+  }
   return KindResult(d->shape.Kind());
 }
 
@@ -177,15 +208,19 @@ BOOL FrameRgn(HDC dc, HRGN handle, HBRUSH brush, int width, int height) {
   // The frame is what erosion removes: a pixel stays inside when the region also holds the
   // pixels `width` to its left and right and `height` above and below it.
   const SpanRegion& r = region->shape;
-  SpanRegion inner = r;
+  SpanRegion& inner = dc->scratch.fill_region;
+  SpanRegion& moved = dc->scratch.outline_region;
+  SpanRegion& result = dc->scratch.inner_region;
+  inner = r;
   const int shifts[4][2] = {{-width, 0}, {width, 0}, {0, -height}, {0, height}};
   for (const auto& s : shifts) {
-    SpanRegion moved = r;
+    moved = r;
     moved.Offset(s[0], s[1]);
-    inner = SpanRegion::Combine(inner, moved, RegionOp::kAnd);
+    SpanRegion::Combine(inner, moved, RegionOp::kAnd, &result);
+    std::swap(inner, result);
   }
-  const SpanRegion frame = SpanRegion::Combine(r, inner, RegionOp::kDiff);
-  return PaintShape(*dc, frame, BrushSink(*dc, data));
+  SpanRegion::Combine(r, inner, RegionOp::kDiff, &result);
+  return PaintShape(*dc, result, BrushSink(*dc, data));
 }
 
 // --- Clipping -----------------------------------------------------------------------------------
@@ -194,7 +229,7 @@ int SelectClipRgn(HDC dc, HRGN handle) {
   if (dc == nullptr) return kRegionError;
   if (handle == nullptr) {
     dc->has_clip = false;
-    dc->clip = SpanRegion();
+    dc->clip.Clear();  // its memory stays for the next clip region
     return kSimpleRegion;
   }
   RegionData* region = AsRegion(handle);
@@ -210,8 +245,10 @@ int GetClipBox(HDC dc, CRect* box) {
   *box = CRect(b.left, b.top, b.right, b.bottom);
   if (b.IsEmpty()) return kNullRegion;
   if (!dc->has_clip) return kSimpleRegion;
-  const SpanRegion visible =
-      SpanRegion::Combine(dc->clip, SpanRegion::FromRect(dc->bitmap->Bounds()), RegionOp::kAnd);
+  SpanRegion& bounds = dc->scratch.fill_region;
+  SpanRegion& visible = dc->scratch.inner_region;
+  bounds.SetRect(dc->bitmap->Bounds());
+  SpanRegion::Combine(dc->clip, bounds, RegionOp::kAnd, &visible);
   return KindResult(visible.Kind());
 }
 

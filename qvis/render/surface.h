@@ -6,7 +6,9 @@
 #define QVIS_RENDER_SURFACE_H_
 
 #include <cstdint>
+#include <cstddef>
 #include <memory>
+#include <vector>
 
 #include "qvis/compat/cpoint.h"
 #include "qvis/compat/cstring.h"
@@ -303,12 +305,29 @@ class QVIS_API CQVIS_GDI {
   // 2 WINDING). Fewer than 3 points or a bad mode: null.
   qvis::HRGN GetPolygonScreen(CPoint* points, int count, int fillMode);
   qvis::HRGN GetPolygonScreen(qvis::HDC hdc, CPoint* points, int count, int fillMode);
+  // SetCircleRgn, SetRectangleRgn and SetPolygonScreen give an existing region the shape the
+  // Get functions above make, keeping its memory; false (the region unchanged) where they give
+  // null. With ScratchRegion, a figure drawn on every mouse move makes no region object.
+  bool SetCircleRgn(qvis::HRGN region, qvis::HDC hdc, double cx, double cy, double r);
+  bool SetRectangleRgn(qvis::HRGN region, qvis::HDC hdc, double x1, double y1, double x2,
+                       double y2);
+  bool SetRectangleRgn(qvis::HRGN region, qvis::HDC hdc, double cx, double cy, double w,
+                       double h, double angle);
+  bool SetPolygonScreen(qvis::HRGN region, qvis::HDC hdc, const CPoint* points, int count,
+                        int fillMode);
+  // ScratchRegion: one of kScratchRegions regions the surface keeps for its own pads and for
+  // the pad commands' bands (made on first use, freed with the surface; null if it cannot be
+  // made). Pads use 0 for the outline, 1 for the hole and 2 for the parts of an obround, so a
+  // caller holding one must not draw a pad with it. Copies of a surface make their own.
+  static constexpr int kScratchRegions = 3;
+  qvis::HRGN ScratchRegion(int index);
 
   // Pad regions. Each builds the outer shape as a region, subtracts the hole (a rectangle
   // holeWidth x holeHeight when holeHeight != 0, else a circle of diameter holeWidth when
   // holeWidth != 0, else none; centred on the pad, corners rotated by the pad's angle) and
   // paints it: fill mode != 0 fills solid in `color`; fill mode 0 fills with the cross hatch of
-  // `color` and frames it 1 x 1 in `color`. The brushes are made for the call (not cached).
+  // `color` and frames it 1 x 1 in `color`. The brushes come from the brush cache and the
+  // regions are the surface's scratch regions, so drawing pads makes no objects.
   // DrawCircleRgn: a round pad of radius r about (cx, cy).
   void DrawCircleRgn(double cx, double cy, double r, double holeWidth, double holeHeight,
                      COLORREF color);
@@ -528,12 +547,25 @@ class QVIS_API CQVIS_GDI {
   // 2 points (a Rectangle's corners) for axis-parallel segments, else 6 (a hexagon).
   int SweptRectangle(double x1, double y1, double x2, double y2, double w, double h,
                      CPoint* out) const;
+  // The surface's working memory, kept from call to call so that a warm surface allocates
+  // nothing per primitive (the engine keeps its own in each DC): the scratch regions and the
+  // device points polygons are mapped into. A surface is drawn on one thread at a time.
+  qvis::HRGN m_hScratchRegions[kScratchRegions] = {};  // see ScratchRegion; owned
+  std::vector<CPoint> m_ptMapped;
+  // MappedPoints: m_ptMapped with room for at least n points.
+  std::vector<CPoint>& MappedPoints(size_t n);
+  // The outline of a pad in scratch region 0 (null where the Get function gives null).
+  qvis::HRGN CircleOutline(qvis::HDC dc, double cx, double cy, double r);
+  qvis::HRGN RectangleOutline(qvis::HDC dc, double cx, double cy, double w, double h,
+                              double angle);
+  qvis::HRGN PolygonOutline(qvis::HDC dc, const CPoint* points, int count, int fillMode);
   qvis::HRGN HoleRegion(qvis::HDC dc, double cx, double cy, double holeWidth, double holeHeight,
                         double angle);
   qvis::HRGN ObroundRegion(qvis::HDC dc, double cx, double cy, double width, double height,
                            double holeWidth, double holeHeight, double angle);
   qvis::HRGN PadRegion(qvis::HRGN outer, qvis::HDC dc, double cx, double cy, double holeWidth,
                        double holeHeight, double angle);
+  // PaintPad and FillPadAlpha paint a pad region (a scratch region, left as it is).
   void PaintPad(qvis::HDC dc, qvis::HRGN region, COLORREF color);
   void FillPadAlpha(qvis::HDC dc, qvis::HRGN region, COLORREF color, int opacity);
 };

@@ -206,7 +206,6 @@ void CQVIS_GDI::FillPadAlpha(qvis::HDC dc, qvis::HRGN region, COLORREF color, in
   if (region == nullptr) return;
   // The translucent pads ignore the fill mode: always one solid fill of the region.
   gdi::GpFillRegion(dc, region, GpArgb(color, opacity));
-  gdi::DeleteObject(qvis::AsGdiObject(region));
 }
 
 void CQVIS_GDI::GP_DrawCircleRgn(qvis::HDC hdc, double cx, double cy, double r,
@@ -214,7 +213,7 @@ void CQVIS_GDI::GP_DrawCircleRgn(qvis::HDC hdc, double cx, double cy, double r,
                                  int opacity) {
   if (!Running()) return;
   const qvis::HDC dc = ResolveDC(hdc);
-  FillPadAlpha(dc, PadRegion(GetCircleRgn(dc, cx, cy, r), dc, cx, cy, holeWidth, holeHeight, 0),
+  FillPadAlpha(dc, PadRegion(CircleOutline(dc, cx, cy, r), dc, cx, cy, holeWidth, holeHeight, 0),
                color, opacity);
 }
 
@@ -225,8 +224,8 @@ void CQVIS_GDI::GP_DrawRectangleRgn(qvis::HDC hdc, double x1, double y1, double 
   const qvis::HDC dc = ResolveDC(hdc);
   const double cx = (x1 + x2) / 2, cy = (y1 + y2) / 2;
   FillPadAlpha(dc,
-               PadRegion(GetRectangleRgn(dc, cx, cy, std::fabs(x2 - x1), std::fabs(y2 - y1),
-                                         angle),
+               PadRegion(RectangleOutline(dc, cx, cy, std::fabs(x2 - x1), std::fabs(y2 - y1),
+                                          angle),
                          dc, cx, cy, holeWidth, holeHeight, angle),
                color, opacity);
 }
@@ -246,7 +245,7 @@ void CQVIS_GDI::GP_DrawPolygonRgnScreen(qvis::HDC hdc, CPoint* points, int count
   if (!Running()) return;
   const qvis::HDC dc = ResolveDC(hdc);
   FillPadAlpha(dc,
-               PadRegion(GetPolygonScreen(dc, points, count,
+               PadRegion(PolygonOutline(dc, points, count,
                                                 gdi::GetPolyFillMode(dc) == WINDING ? WINDING : ALTERNATE), dc, cx, cy, holeWidth,
                          holeHeight, 0),
                color, opacity);

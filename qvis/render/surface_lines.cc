@@ -39,15 +39,12 @@ void Direction(double a, double m, double* dx, double* dy) {
   }
 }
 
-// Scratch point buffer for polygon mapping: reused so that a warm surface does not allocate per
-// primitive.
-std::vector<CPoint>& Scratch(size_t n) {
-  thread_local std::vector<CPoint> buffer;
-  if (buffer.size() < n) buffer.resize(n);
-  return buffer;
-}
-
 }  // namespace
+
+std::vector<CPoint>& CQVIS_GDI::MappedPoints(size_t n) {
+  if (m_ptMapped.size() < n) m_ptMapped.resize(n);
+  return m_ptMapped;
+}
 
 // ----- Lines and marks -----------------------------------------------------------------------
 
@@ -371,7 +368,7 @@ void CQVIS_GDI::DrawPolygon(CPointD* points, int count) { DrawPolygon(nullptr, p
 
 void CQVIS_GDI::DrawPolygon(qvis::HDC hdc, CPointD* points, int count) {
   if (points == nullptr || count < 3) return;
-  std::vector<CPoint>& pts = Scratch(static_cast<size_t>(count));
+  std::vector<CPoint>& pts = MappedPoints(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     pts[i] = CPoint(WorldToDeviceX(points[i].m_dX), WorldToDeviceY(points[i].m_dY));
   }
@@ -382,7 +379,7 @@ void CQVIS_GDI::DrawPolygon(CPoint* points, int count) { DrawPolygon(nullptr, po
 
 void CQVIS_GDI::DrawPolygon(qvis::HDC hdc, CPoint* points, int count) {
   if (points == nullptr || count < 3) return;
-  std::vector<CPoint>& pts = Scratch(static_cast<size_t>(count));
+  std::vector<CPoint>& pts = MappedPoints(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     pts[i] = CPoint(WorldToDeviceX(points[i].x), WorldToDeviceY(points[i].y));
   }
@@ -402,7 +399,7 @@ void CQVIS_GDI::DrawPolyPolygon(qvis::HDC hdc, CPoint* points, int count, int* c
     total += counts[i];
   }
   if (total > count) return;
-  std::vector<CPoint>& pts = Scratch(static_cast<size_t>(total));
+  std::vector<CPoint>& pts = MappedPoints(static_cast<size_t>(total));
   for (std::int64_t i = 0; i < total; ++i) {
     pts[i] = CPoint(WorldToDeviceX(points[i].x), WorldToDeviceY(points[i].y));
   }
@@ -413,7 +410,7 @@ void CQVIS_GDI::DrawPolyline(CPoint* points, int count) { DrawPolyline(nullptr, 
 
 void CQVIS_GDI::DrawPolyline(qvis::HDC hdc, CPoint* points, int count) {
   if (points == nullptr || count < 2) return;
-  std::vector<CPoint>& pts = Scratch(static_cast<size_t>(count));
+  std::vector<CPoint>& pts = MappedPoints(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     pts[i] = CPoint(WorldToDeviceX(points[i].x), WorldToDeviceY(points[i].y));
   }

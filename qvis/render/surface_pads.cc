@@ -9,6 +9,7 @@
 #include "qvis/geometry/kernel.h"
 #include "qvis/gdi/gdi.h"
 #include "qvis/render/gdi_objects.h"
+#include "qvis/render/object_caches.h"
 #include "qvis/render/surface.h"
 #include "qvis/render/surface_internal.h"
 
@@ -18,13 +19,12 @@ using qvis::render::SatSub;
 
 namespace {
 
-// Union adds b to a and frees b; either may be null (the other is returned).
-qvis::HRGN Union(qvis::HRGN a, qvis::HRGN b) {
-  if (a == nullptr) return b;
-  if (b == nullptr) return a;
-  gdi::CombineRgn(a, a, b, RGN_OR);
-  gdi::DeleteObject(qvis::AsGdiObject(b));
-  return a;
+// CopyAndFree gives `target` the shape of `made` and frees made; false for a null made.
+bool CopyAndFree(qvis::HRGN target, qvis::HRGN made) {
+  if (made == nullptr) return false;
+  gdi::CombineRgn(target, made, nullptr, RGN_COPY);
+  gdi::DeleteObject(qvis::AsGdiObject(made));
+  return true;
 }
 
 // Polygon regions are built row by row, so one reaching billions of pixels past the view
@@ -148,6 +148,19 @@ qvis::HRGN HugeCircleRgn(qvis::HDC dc, double cx, double cy, double r) {
   return PolygonRgnInBox(std::move(poly), g, WINDING);
 }
 
+// ClippedPolygonInto: ClippedPolygonRgn into an existing region; false (unchanged) for null.
+bool ClippedPolygonInto(qvis::HRGN target, qvis::HDC dc, const CPoint* points, int count,
+                        int mode) {
+  const GuardBox g = GuardBoxOf(dc);
+  bool inside = true;
+  for (int i = 0; i < count && inside; ++i) {
+    inside = points[i].x >= g.left && points[i].x <= g.right && points[i].y >= g.top &&
+             points[i].y <= g.bottom;
+  }
+  if (inside) return gdi::SetPolygonRgn(target, points, count, mode) != FALSE;
+  return CopyAndFree(target, ClippedPolygonRgn(dc, points, count, mode));
+}
+
 int FillModeOf(qvis::HDC dc) {
   const int mode = gdi::GetPolyFillMode(dc);
   return mode == WINDING ? WINDING : ALTERNATE;
@@ -210,18 +223,84 @@ qvis::HRGN CQVIS_GDI::GetPolygonScreen(qvis::HDC hdc, CPoint* points, int count,
   return ClippedPolygonRgn(ResolveDC(hdc), points, count, fillMode);
 }
 
+bool CQVIS_GDI::SetCircleRgn(qvis::HRGN region, qvis::HDC hdc, double cx, double cy, double r) {
+  if (region == nullptr) return false;
+  const LONG rad = WorldToDeviceLength(r);
+  const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
+  if (rad > qvis::render::kMaxBuiltRadius) {
+    return CopyAndFree(region, HugeCircleRgn(hdc ? hdc : GetHDC(), dcx, dcy, rad));
+  }
+  if (rad < -qvis::render::kMaxBuiltRadius) return false;
+  return gdi::SetEllipticRgn(region, SatSub(dcx, rad), SatSub(dcy, rad), SatAdd(dcx, rad),
+                             SatAdd(dcy, rad)) != FALSE;
+}
+
+bool CQVIS_GDI::SetRectangleRgn(qvis::HRGN region, qvis::HDC, double x1, double y1, double x2,
+                                double y2) {
+  return gdi::SetRectRgn(region, WorldToDeviceX(x1), WorldToDeviceY(y1), WorldToDeviceX(x2),
+                         WorldToDeviceY(y2)) != FALSE;
+}
+
+bool CQVIS_GDI::SetRectangleRgn(qvis::HRGN region, qvis::HDC hdc, double cx, double cy,
+                                double w, double h, double angle) {
+  if (region == nullptr) return false;
+  const double xs[4] = {cx - w / 2, cx - w / 2, cx + w / 2, cx + w / 2};
+  const double ys[4] = {cy + h / 2, cy - h / 2, cy - h / 2, cy + h / 2};
+  CPoint pts[4];
+  for (int i = 0; i < 4; ++i) {
+    double rx = xs[i], ry = ys[i];
+    CQVIS_Math::Rotate(cx, cy, xs[i], ys[i], &rx, &ry, angle);
+    pts[i] = CPoint(WorldToDeviceX(rx), WorldToDeviceY(ry));
+  }
+  const qvis::HDC dc = ResolveDC(hdc);
+  return ClippedPolygonInto(region, dc, pts, 4, FillModeOf(dc));
+}
+
+bool CQVIS_GDI::SetPolygonScreen(qvis::HRGN region, qvis::HDC hdc, const CPoint* points,
+                                 int count, int fillMode) {
+  if (region == nullptr || points == nullptr || count < 3) return false;
+  if (fillMode != ALTERNATE && fillMode != WINDING) return false;
+  return ClippedPolygonInto(region, ResolveDC(hdc), points, count, fillMode);
+}
+
+qvis::HRGN CQVIS_GDI::ScratchRegion(int index) {
+  if (index < 0 || index >= kScratchRegions) return nullptr;
+  qvis::HRGN& region = m_hScratchRegions[index];
+  if (region == nullptr) region = gdi::CreateRectRgn(0, 0, 0, 0);
+  return region;
+}
+
 // ----- Pad construction ----------------------------------------------------------------------
+// Pads are built in the scratch regions: 0 the outline, 1 the hole, 2 an obround's end circles.
+
+qvis::HRGN CQVIS_GDI::CircleOutline(qvis::HDC dc, double cx, double cy, double r) {
+  qvis::HRGN outline = ScratchRegion(0);
+  return SetCircleRgn(outline, dc, cx, cy, r) ? outline : nullptr;
+}
+
+qvis::HRGN CQVIS_GDI::RectangleOutline(qvis::HDC dc, double cx, double cy, double w, double h,
+                                       double angle) {
+  qvis::HRGN outline = ScratchRegion(0);
+  return SetRectangleRgn(outline, dc, cx, cy, w, h, angle) ? outline : nullptr;
+}
+
+qvis::HRGN CQVIS_GDI::PolygonOutline(qvis::HDC dc, const CPoint* points, int count,
+                                     int fillMode) {
+  qvis::HRGN outline = ScratchRegion(0);
+  return SetPolygonScreen(outline, dc, points, count, fillMode) ? outline : nullptr;
+}
 
 qvis::HRGN CQVIS_GDI::HoleRegion(qvis::HDC dc, double cx, double cy, double holeWidth,
                                  double holeHeight, double angle) {
+  qvis::HRGN hole = ScratchRegion(1);
   if (holeHeight != 0) {
     // Only the corners turn: the hole stays an axis-aligned box between the turned corners.
     double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
     CQVIS_Math::Rotate(cx, cy, cx - holeWidth / 2, cy + holeHeight / 2, &x1, &y1, angle);
     CQVIS_Math::Rotate(cx, cy, cx + holeWidth / 2, cy - holeHeight / 2, &x2, &y2, angle);
-    return GetRectangleRgn(dc, x1, y1, x2, y2);
+    return SetRectangleRgn(hole, dc, x1, y1, x2, y2) ? hole : nullptr;
   }
-  if (holeWidth != 0) return GetCircleRgn(dc, cx, cy, holeWidth / 2);
+  if (holeWidth != 0) return SetCircleRgn(hole, dc, cx, cy, holeWidth / 2) ? hole : nullptr;
   return nullptr;
 }
 
@@ -230,7 +309,6 @@ qvis::HRGN CQVIS_GDI::PadRegion(qvis::HRGN outer, qvis::HDC dc, double cx, doubl
   if (outer == nullptr) return nullptr;
   if (qvis::HRGN hole = HoleRegion(dc, cx, cy, holeWidth, holeHeight, angle)) {
     gdi::CombineRgn(outer, outer, hole, RGN_DIFF);
-    gdi::DeleteObject(qvis::AsGdiObject(hole));
   }
   return outer;
 }
@@ -243,39 +321,42 @@ qvis::HRGN CQVIS_GDI::ObroundRegion(qvis::HDC dc, double cx, double cy, double w
   // body stays an axis-aligned box, so the shape is exact at 0 and 180 degrees only. Pads are
   // placed upright or lying, and this is the shape hosts have always been shown.
   double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
-  qvis::HRGN shape = nullptr;
+  qvis::HRGN shape = ScratchRegion(0);
+  qvis::HRGN part = ScratchRegion(2);
+  if (shape == nullptr || part == nullptr) return nullptr;
+  // Union adds the end circle to the body (a circle that cannot be made adds nothing).
+  const auto add = [&](double x, double y, double r) {
+    if (SetCircleRgn(part, dc, x, y, r)) gdi::CombineRgn(shape, shape, part, RGN_OR);
+  };
   if (height > width) {
     CQVIS_Math::Rotate(cx, cy, cx - hw, cy + hh - hw, &x1, &y1, angle);
     CQVIS_Math::Rotate(cx, cy, cx + hw, cy - hh + hw, &x2, &y2, angle);
-    shape = GetRectangleRgn(dc, x1, y1, x2, y2);
-    shape = Union(shape, GetCircleRgn(dc, cx, cy + hh - hw, hw));
-    shape = Union(shape, GetCircleRgn(dc, cx, cy - hh + hw, hw));
+    SetRectangleRgn(shape, dc, x1, y1, x2, y2);
+    add(cx, cy + hh - hw, hw);
+    add(cx, cy - hh + hw, hw);
   } else {
     CQVIS_Math::Rotate(cx, cy, cx - hw + hh, cy + hh, &x1, &y1, angle);
     CQVIS_Math::Rotate(cx, cy, cx + hw - hh, cy - hh, &x2, &y2, angle);
-    shape = GetRectangleRgn(dc, x1, y1, x2, y2);
-    shape = Union(shape, GetCircleRgn(dc, cx - hw + hh, cy, hh));
-    shape = Union(shape, GetCircleRgn(dc, cx + hw - hh, cy, hh));
+    SetRectangleRgn(shape, dc, x1, y1, x2, y2);
+    add(cx - hw + hh, cy, hh);
+    add(cx + hw - hh, cy, hh);
   }
   return PadRegion(shape, dc, cx, cy, holeWidth, holeHeight, angle);
 }
 
 void CQVIS_GDI::PaintPad(qvis::HDC dc, qvis::HRGN region, COLORREF color) {
   if (region == nullptr) return;
+  const auto brush = [&](int style) {
+    CBrush* cached = m_pBrushMgr->CreateBrush(style, color);
+    return cached != nullptr ? static_cast<qvis::HBRUSH>(cached->m_hObject) : nullptr;
+  };
   if (m_nFillMode != 0) {
-    qvis::HBRUSH solid = gdi::CreateSolidBrush(color);
-    gdi::FillRgn(dc, region, solid);
-    gdi::DeleteObject(qvis::AsGdiObject(solid));
+    if (qvis::HBRUSH solid = brush(6)) gdi::FillRgn(dc, region, solid);
   } else {
     // Outline view: the pad's area cross-hatched and its edge framed, both in its colour.
-    qvis::HBRUSH hatch = gdi::CreateHatchBrush(HS_CROSS, color);
-    gdi::FillRgn(dc, region, hatch);
-    gdi::DeleteObject(qvis::AsGdiObject(hatch));
-    qvis::HBRUSH solid = gdi::CreateSolidBrush(color);
-    gdi::FrameRgn(dc, region, solid, 1, 1);
-    gdi::DeleteObject(qvis::AsGdiObject(solid));
+    if (qvis::HBRUSH hatch = brush(HS_CROSS)) gdi::FillRgn(dc, region, hatch);
+    if (qvis::HBRUSH solid = brush(6)) gdi::FrameRgn(dc, region, solid, 1, 1);
   }
-  gdi::DeleteObject(qvis::AsGdiObject(region));
 }
 
 // ----- Pads ----------------------------------------------------------------------------------
@@ -288,7 +369,7 @@ void CQVIS_GDI::DrawCircleRgn(double cx, double cy, double r, double holeWidth,
 void CQVIS_GDI::DrawCircleRgn(qvis::HDC hdc, double cx, double cy, double r, double holeWidth,
                               double holeHeight, COLORREF color) {
   qvis::HDC dc = ResolveDC(hdc);
-  PaintPad(dc, PadRegion(GetCircleRgn(dc, cx, cy, r), dc, cx, cy, holeWidth, holeHeight, 0),
+  PaintPad(dc, PadRegion(CircleOutline(dc, cx, cy, r), dc, cx, cy, holeWidth, holeHeight, 0),
            color);
 }
 
@@ -314,7 +395,7 @@ void CQVIS_GDI::DrawRectangleRgnWH(qvis::HDC hdc, double cx, double cy, double w
                                    COLORREF color) {
   qvis::HDC dc = ResolveDC(hdc);
   PaintPad(dc,
-           PadRegion(GetRectangleRgn(dc, cx, cy, w, h, angle), dc, cx, cy, holeWidth,
+           PadRegion(RectangleOutline(dc, cx, cy, w, h, angle), dc, cx, cy, holeWidth,
                      holeHeight, angle),
            color);
 }
@@ -342,7 +423,7 @@ void CQVIS_GDI::DrawPolygonRgnScreen(qvis::HDC hdc, CPoint* points, int count, d
                                      COLORREF color) {
   qvis::HDC dc = ResolveDC(hdc);
   PaintPad(dc,
-           PadRegion(GetPolygonScreen(dc, points, count, FillModeOf(dc)), dc, cx, cy, holeWidth,
+           PadRegion(PolygonOutline(dc, points, count, FillModeOf(dc)), dc, cx, cy, holeWidth,
                      holeHeight, 0),
            color);
 }

@@ -43,6 +43,10 @@ CQVIS_GDI::CQVIS_GDI()
 CQVIS_GDI::CQVIS_GDI(const CQVIS_GDI& other) : CQVIS_GDI() { *this = other; }
 
 CQVIS_GDI::~CQVIS_GDI() {
+  for (qvis::HRGN& region : m_hScratchRegions) {
+    if (region != nullptr) qvis::gdi::DeleteObject(qvis::AsGdiObject(region));
+    region = nullptr;
+  }
   // The caches release their objects as the owners go; the coordinate system goes with them.
   m_pCoords = nullptr;
   m_pPenMgr = nullptr;

@@ -20,9 +20,10 @@ bool Apply(RegionOp op, bool a, bool b) {
   return false;
 }
 
-// CombineWalls merges two sorted interval lists (x0, x1 pairs) by op into out.
-void CombineWalls(const int* a, int na, const int* b, int nb, RegionOp op, std::vector<int>* out) {
-  out->clear();
+// CombineWalls merges two sorted interval lists (x0, x1 pairs) by op, appending the result to
+// out from index `first` (out's earlier entries are left alone).
+void CombineWalls(const int* a, int na, const int* b, int nb, RegionOp op, std::vector<int>* out,
+                  std::size_t first) {
   int ia = 0, ib = 0;  // indices into the wall arrays (2 per interval)
   bool in_a = false, in_b = false, in_r = false;
   const int ea = 2 * na, eb = 2 * nb;
@@ -45,7 +46,7 @@ void CombineWalls(const int* a, int na, const int* b, int nb, RegionOp op, std::
     if (r != in_r) {
       if (r) {
         out->push_back(x);
-      } else if (!out->empty() && out->back() == x) {
+      } else if (out->size() > first && out->back() == x) {
         out->pop_back();  // empty interval
       } else {
         out->push_back(x);
@@ -59,11 +60,16 @@ void CombineWalls(const int* a, int na, const int* b, int nb, RegionOp op, std::
 
 SpanRegion SpanRegion::FromRect(const IRect& box) {
   SpanRegion r;
-  if (box.IsEmpty()) return r;
-  const int walls[2] = {box.left, box.right};
-  r.AppendBand(box.top, box.bottom, walls, 1);
-  r.ComputeBounds();
+  r.SetRect(box);
   return r;
+}
+
+void SpanRegion::SetRect(const IRect& box) {
+  Clear();
+  if (box.IsEmpty()) return;
+  const int walls[2] = {box.left, box.right};
+  AppendBand(box.top, box.bottom, walls, 1);
+  ComputeBounds();
 }
 
 void SpanRegion::AppendBand(int top, int bottom, const int* walls, int count) {
@@ -79,6 +85,26 @@ void SpanRegion::AppendBand(int top, int bottom, const int* walls, int count) {
   Band band{top, bottom, static_cast<int>(walls_.size()), count};
   walls_.insert(walls_.end(), walls, walls + 2 * count);
   bands_.push_back(band);
+}
+
+void SpanRegion::AppendTailBand(int top, int bottom, std::size_t first) {
+  const std::size_t n = walls_.size() - first;
+  const int count = static_cast<int>(n / 2);
+  if (top >= bottom || count <= 0) {
+    walls_.resize(first);
+    return;
+  }
+  if (!bands_.empty()) {
+    Band& last = bands_.back();
+    if (last.bottom == top && last.count == count &&
+        std::equal(walls_.begin() + static_cast<std::ptrdiff_t>(first), walls_.end(),
+                   walls_.begin() + last.first)) {
+      last.bottom = bottom;
+      walls_.resize(first);
+      return;
+    }
+  }
+  bands_.push_back(Band{top, bottom, static_cast<int>(first), count});
 }
 
 void SpanRegion::ComputeBounds() {
@@ -107,13 +133,25 @@ bool SpanRegion::BandsEqual(const SpanRegion& o) const {
 
 SpanRegion SpanRegion::Combine(const SpanRegion& a, const SpanRegion& b, RegionOp op) {
   SpanRegion r;
-  if (a.IsEmpty() && b.IsEmpty()) return r;
-  if (op == RegionOp::kAnd && (a.IsEmpty() || b.IsEmpty())) return r;
-  if (op == RegionOp::kDiff && a.IsEmpty()) return r;
-  if (b.IsEmpty() && op != RegionOp::kAnd) return a;
-  if (a.IsEmpty() && (op == RegionOp::kOr || op == RegionOp::kXor)) return b;
+  Combine(a, b, op, &r);
+  return r;
+}
 
-  std::vector<int> walls;
+void SpanRegion::Combine(const SpanRegion& a, const SpanRegion& b, RegionOp op, SpanRegion* out) {
+  SpanRegion& r = *out;
+  r.Clear();
+  if (a.IsEmpty() && b.IsEmpty()) return;
+  if (op == RegionOp::kAnd && (a.IsEmpty() || b.IsEmpty())) return;
+  if (op == RegionOp::kDiff && a.IsEmpty()) return;
+  if (b.IsEmpty() && op != RegionOp::kAnd) {
+    r = a;  // copying into kept vectors reuses their memory
+    return;
+  }
+  if (a.IsEmpty() && (op == RegionOp::kOr || op == RegionOp::kXor)) {
+    r = b;
+    return;
+  }
+
   std::size_t ia = 0, ib = 0;
   // Sweep the band edges of both regions from the top.
   int y = std::min(a.bands_.front().top, b.bands_.front().top);
@@ -146,14 +184,15 @@ SpanRegion SpanRegion::Combine(const SpanRegion& a, const SpanRegion& b, RegionO
     if (in_a || in_b) {
       const int* wa = in_a ? a.walls_.data() + ba->first : nullptr;
       const int* wb = in_b ? b.walls_.data() + bb->first : nullptr;
-      CombineWalls(wa, in_a ? ba->count : 0, wb, in_b ? bb->count : 0, op, &walls);
-      r.AppendBand(y, next, walls.data(), static_cast<int>(walls.size() / 2));
+      // The band's walls go straight to the end of the result's walls.
+      const std::size_t first = r.walls_.size();
+      CombineWalls(wa, in_a ? ba->count : 0, wb, in_b ? bb->count : 0, op, &r.walls_, first);
+      r.AppendTailBand(y, next, first);
     }
     y = next;
     if (next == INT_MAX) break;
   }
   r.ComputeBounds();
-  return r;
 }
 
 int SpanRegion::FindBand(int y) const {
@@ -189,29 +228,47 @@ bool SpanRegion::Intersects(const IRect& box) const {
 
 void SpanRegion::Offset(int dx, int dy) {
   if (bands_.empty() || (dx == 0 && dy == 0)) return;
-  SpanRegion moved;
-  std::vector<int> w;
-  for (const Band& b : bands_) {
+  // Rewritten in place: a band never gains intervals, so the walls written so far never reach
+  // the ones still to be read.
+  const std::size_t band_count = bands_.size();
+  std::size_t bands_out = 0;
+  std::size_t walls_out = 0;
+  for (std::size_t i = 0; i < band_count; ++i) {
+    const Band b = bands_[i];
     const int top = SaturateToInt(std::int64_t{b.top} + dy);
     const int bottom = SaturateToInt(std::int64_t{b.bottom} + dy);
     if (top >= bottom) continue;
-    w.clear();
+    const std::size_t first = walls_out;
     for (int k = 0; k < b.count; ++k) {
       const int x0 = SaturateToInt(std::int64_t{walls_[static_cast<std::size_t>(b.first + 2 * k)]} + dx);
       const int x1 =
           SaturateToInt(std::int64_t{walls_[static_cast<std::size_t>(b.first + 2 * k + 1)]} + dx);
       if (x0 >= x1) continue;
-      if (!w.empty() && w.back() == x0) {
-        w.back() = x1;  // two intervals squeezed together at the limit
+      if (walls_out > first && walls_[walls_out - 1] == x0) {
+        walls_[walls_out - 1] = x1;  // two intervals squeezed together at the limit
       } else {
-        w.push_back(x0);
-        w.push_back(x1);
+        walls_[walls_out++] = x0;
+        walls_[walls_out++] = x1;
       }
     }
-    moved.AppendBand(top, bottom, w.data(), static_cast<int>(w.size() / 2));
+    const int count = static_cast<int>((walls_out - first) / 2);
+    if (count == 0) continue;
+    if (bands_out > 0) {
+      Band& last = bands_[bands_out - 1];
+      if (last.bottom == top && last.count == count &&
+          std::equal(walls_.begin() + static_cast<std::ptrdiff_t>(first),
+                     walls_.begin() + static_cast<std::ptrdiff_t>(walls_out),
+                     walls_.begin() + last.first)) {
+        last.bottom = bottom;
+        walls_out = first;
+        continue;
+      }
+    }
+    bands_[bands_out++] = Band{top, bottom, static_cast<int>(first), count};
   }
-  moved.ComputeBounds();
-  *this = std::move(moved);
+  bands_.resize(bands_out);
+  walls_.resize(walls_out);
+  ComputeBounds();
 }
 
 void SpanRegion::Emit(const IRect& clip, SpanSink& sink) const {
@@ -251,16 +308,24 @@ void RegionBuilder::BlitRect(const IRect& box) {
 }
 
 SpanRegion RegionBuilder::Build() {
+  SpanRegion r;
+  Build(&r);
+  return r;
+}
+
+void RegionBuilder::Build(SpanRegion* out) {
+  SpanRegion& r = *out;
+  r.Clear();
   // Every span is a one-row box; sweep all boxes by their y edges.
   for (const Span& s : spans_) boxes_.push_back(IRect{s.x0, s.y, s.x1, s.y + 1});
   spans_.clear();
   std::sort(boxes_.begin(), boxes_.end(), [](const IRect& a, const IRect& b) {
     return a.top != b.top ? a.top < b.top : a.left < b.left;
   });
-  SpanRegion r;
-  std::vector<IRect> active;
-  std::vector<std::pair<int, int>> intervals;
-  std::vector<int> walls;
+  std::vector<IRect>& active = active_;
+  std::vector<std::pair<int, int>>& intervals = intervals_;
+  std::vector<int>& walls = walls_;
+  active.clear();
   std::size_t next = 0;
   int y = boxes_.empty() ? 0 : boxes_.front().top;
   while (next < boxes_.size() || !active.empty()) {
@@ -291,7 +356,6 @@ SpanRegion RegionBuilder::Build() {
   }
   boxes_.clear();
   r.ComputeBounds();
-  return r;
 }
 
 // --- Clip sink ----------------------------------------------------------------------------------

@@ -4,6 +4,8 @@
 #ifndef QVIS_GDI_RASTER_REGION_H_
 #define QVIS_GDI_RASTER_REGION_H_
 
+#include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "qvis/gdi/raster/geom.h"
@@ -29,6 +31,16 @@ class SpanRegion {
   static SpanRegion FromRect(const IRect& box);
   // Combine: a op b. Bands are coalesced, so equal pixel sets have equal representations.
   static SpanRegion Combine(const SpanRegion& a, const SpanRegion& b, RegionOp op);
+  // Combine into `out`, reusing its memory; out must be neither a nor b.
+  static void Combine(const SpanRegion& a, const SpanRegion& b, RegionOp op, SpanRegion* out);
+  // SetRect makes the region the box, reusing its memory.
+  void SetRect(const IRect& box);
+  // Clear empties the region and keeps its memory for the next shape.
+  void Clear() {
+    bands_.clear();
+    walls_.clear();
+    bounds_ = IRect{};
+  }
 
   bool IsEmpty() const { return bands_.empty(); }
   RegionKind Kind() const {
@@ -62,6 +74,9 @@ class SpanRegion {
   // Append adds a band below the last one, merging it when it continues the last band with
   // the same intervals. Used by the builders, which produce bands in order.
   void AppendBand(int top, int bottom, const int* walls, int count);
+  // AppendTailBand makes a band of the walls from index `first` to the end of walls_ (written
+  // there by the caller), dropping them again when they are empty or continue the last band.
+  void AppendTailBand(int top, int bottom, std::size_t first);
   void ComputeBounds();
 
   std::vector<Band> bands_;
@@ -77,10 +92,17 @@ class RegionBuilder final : public SpanSink {
   void BlitRect(const IRect& box) override;
   // Build returns the region of every span received so far and resets the builder.
   SpanRegion Build();
+  // Build into `out`, reusing its memory and the builder's: a builder and a region kept from
+  // call to call build without allocating once they have grown to the shapes drawn.
+  void Build(SpanRegion* out);
 
  private:
   std::vector<Span> spans_;
   std::vector<IRect> boxes_;
+  // Working lists of Build, kept for the next one.
+  std::vector<IRect> active_;
+  std::vector<std::pair<int, int>> intervals_;
+  std::vector<int> walls_;
 };
 
 // RegionClipSink forwards the parts of the spans that lie in a region to another sink.

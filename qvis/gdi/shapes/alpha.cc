@@ -18,10 +18,8 @@
 namespace qvis::gdi {
 namespace {
 
-struct Vec {
-  double x = 0;
-  double y = 0;
-};
+// Points of a stroke's centre line, kept in the DC's scratch between calls.
+using Vec = Point2;
 
 // Coordinates beyond this are far outside any bitmap; clamping keeps the fixed-point
 // conversion exact and the scan converter's arithmetic in range.
@@ -60,10 +58,9 @@ int DiscSides(double radius) {
   return static_cast<int>(std::clamp(sides, 8.0, 1024.0));
 }
 
-void AddDisc(Vec c, double radius, bool exact, PolygonSet* out) {
+void AddDisc(Vec c, double radius, bool exact, PolygonSet* out, std::vector<PointFx>& pts) {
   const int n = DiscSides(radius);
-  std::vector<PointFx> pts;
-  pts.reserve(static_cast<std::size_t>(n));
+  pts.clear();
   for (int i = 0; i < n; ++i) {
     const double a = 2.0 * std::numbers::pi * i / n;
     const double px = c.x + radius * std::cos(a);
@@ -76,7 +73,7 @@ void AddDisc(Vec c, double radius, bool exact, PolygonSet* out) {
 
 // Round-capped, round-joined outline of a polyline with real vertices.
 void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bool exact,
-                      PolygonSet* out) {
+                      PolygonSet* out, std::vector<PointFx>& disc) {
   auto P = [exact](double x, double y) { return exact ? ExactFx(x, y) : SnapFx(x, y); };
   const double hw = width / 2.0;
   const std::size_t n = pts.size();
@@ -95,16 +92,16 @@ void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bo
                              P(a.x - nx, a.y - ny)};
     out->Add(quad, 4);
   }
-  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact, out);
+  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact, out, disc);
 }
 
 bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
 
 // Points of the ellipse in the box from `start` over `sweep` degrees (clockwise on screen). An
 // angle names the point where its ray from the centre meets the ellipse.
-std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double start,
-                                  double sweep) {
-  std::vector<Vec> pts;
+std::vector<Vec>& EllipseArcPoints(double x, double y, double w, double h, double start,
+                                   double sweep, std::vector<Vec>& pts) {
+  pts.clear();
   const double rx = w / 2.0;
   const double ry = h / 2.0;
   const double cx = x + rx;
@@ -175,7 +172,7 @@ void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<
   for (const Vec& v : pts) {
     if (!std::isfinite(v.x) || !std::isfinite(v.y)) return;
   }
-  RegionBuilder pixels;
+  RegionBuilder& pixels = dc.scratch.region_builder;
   {
     SpanBatch batch(pixels);
     const std::size_t n = pts.size();
@@ -184,7 +181,8 @@ void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<
       AddThinSegment(pts[i], pts[(i + 1) % n], clip, &batch);
     }
   }
-  pixels.Build().Emit(clip, AlphaSink(dc, argb));
+  pixels.Build(&dc.scratch.fill_region);
+  dc.scratch.fill_region.Emit(clip, AlphaSink(dc, argb));
 }
 
 // Straight strokes snap their outline to whole pixels; curves keep the exact outline.
@@ -196,8 +194,9 @@ BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, boo
     BlendThinPolyline(*dc, argb, pts, closed, clip);
     return TRUE;
   }
-  PolygonSet set;
-  BuildRoundStroke(pts, closed, width, curve, &set);
+  PolygonSet& set = dc->scratch.stroke.set;
+  set.Clear();
+  BuildRoundStroke(pts, closed, width, curve, &set, dc->scratch.alpha_disc);
   if (set.counts.empty()) return TRUE;
   dc->scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                    FillRule::kWinding, clip, AlphaSink(*dc, argb));
@@ -210,7 +209,8 @@ BOOL GpFillPolygon(HDC dc, const CPoint* points, int count, std::uint32_t argb) 
   if (dc == nullptr || points == nullptr || count < 3) return FALSE;
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
-  std::vector<PointI> pts(static_cast<std::size_t>(count));
+  std::vector<PointI>& pts = dc->points;
+  pts.resize(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i)
     pts[static_cast<std::size_t>(i)] = PointI{points[i].x, points[i].y};
   dc->scanner.Fill(pts.data(), &count, 1, FillRule::kAlternate, clip, AlphaSink(*dc, argb));
@@ -241,8 +241,9 @@ BOOL GpFillRegion(HDC dc, HRGN region, std::uint32_t argb) {
 BOOL GpDrawLine(HDC dc, std::uint32_t argb, float width, int x1, int y1, int x2, int y2) {
   if (dc == nullptr) return FALSE;
   if (!UsableWidth(width) || (x1 == x2 && y1 == y2)) return TRUE;
-  const std::vector<Vec> pts = {Vec{static_cast<double>(x1), static_cast<double>(y1)},
-                                Vec{static_cast<double>(x2), static_cast<double>(y2)}};
+  std::vector<Vec>& pts = dc->scratch.alpha_points;
+  pts.assign({Vec{static_cast<double>(x1), static_cast<double>(y1)},
+              Vec{static_cast<double>(x2), static_cast<double>(y2)}});
   return StrokeAndBlend(dc, argb, pts, false, width, false);
 }
 
@@ -250,7 +251,7 @@ BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, in
                    int height) {
   if (dc == nullptr) return FALSE;
   if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
-  std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, 0, 360);
+  std::vector<Vec>& pts = EllipseArcPoints(x, y, width, height, 0, 360, dc->scratch.alpha_points);
   pts.pop_back();  // the closing point repeats the first
   return StrokeAndBlend(dc, argb, pts, true, pen_width, true);
 }
@@ -259,7 +260,8 @@ BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int wi
                float start, float sweep) {
   if (dc == nullptr) return FALSE;
   if (!UsableWidth(pen_width) || width == 0 || height == 0 || sweep == 0) return TRUE;
-  const std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, start, sweep);
+  const std::vector<Vec>& pts =
+      EllipseArcPoints(x, y, width, height, start, sweep, dc->scratch.alpha_points);
   return StrokeAndBlend(dc, argb, pts, false, pen_width, true);
 }
 
@@ -267,7 +269,8 @@ BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int wi
                float start, float sweep) {
   if (dc == nullptr) return FALSE;
   if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
-  std::vector<Vec> pts = EllipseArcPoints(x, y, width, height, start, sweep);
+  std::vector<Vec>& pts =
+      EllipseArcPoints(x, y, width, height, start, sweep, dc->scratch.alpha_points);
   pts.push_back(Vec{x + width / 2.0, y + height / 2.0});
   return StrokeAndBlend(dc, argb, pts, true, pen_width, true);
 }

@@ -64,11 +64,12 @@ BOOL DrawArcFigure(HDC dc, int left, int top, int right, int bottom, int xs, int
     DrawPenOutline(*dc, pts.data(), n, true);
     return TRUE;
   }
-  SpanRegion interior;
+  SpanRegion& interior = dc->scratch.fill_region;
+  interior.Clear();
   if (has_brush) {
-    RegionBuilder builder;
+    RegionBuilder& builder = dc->scratch.region_builder;
     dc->scanner.Fill(pts.data(), &n, 1, FillRule::kWinding, clip, builder);
-    interior = builder.Build();
+    builder.Build(&interior);
   }
   PaintShape(*dc, interior, pts.data(), n);
   return TRUE;

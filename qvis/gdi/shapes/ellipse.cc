@@ -22,14 +22,6 @@ constexpr IRect kEverywhere{INT_MIN, INT_MIN, INT_MAX, INT_MAX};
 // How far from the origin the rows of an elliptic region too big to step are kept.
 constexpr int kRegionReach = 1 << 15;
 
-// Rows of the round-rectangle (or elliptic) region with the given corner ellipse.
-RowShape RoundRows(const Box64& box, std::int64_t corner_w, std::int64_t corner_h) {
-  RowShape rows;
-  rows.top = box.top;
-  RoundRectRows(box, corner_w, corner_h, &rows.left, &rows.right);
-  return rows;
-}
-
 // Boxes this thin are drawn as rectangles: too narrow for a curve to show.
 bool TooThinForCurve(std::int64_t w, std::int64_t h) { return w <= 2 || h <= 2; }
 
@@ -77,14 +69,16 @@ BOOL DrawRoundShape(HDC dc, int left, int top, int right, int bottom, std::int64
   if (clip.IsEmpty()) return TRUE;
   if (w > kMaxSteppedEllipse || h > kMaxSteppedEllipse) {
     // Too big to step: the flattened ellipse (its corners rounded as an ellipse too).
-    std::vector<PointI> outline;
+    std::vector<PointI>& outline = dc->scratch.outline;
+    outline.clear();
     BigArcPoints(*dc, box, 0, 2 * std::numbers::pi, &outline);
-    SpanRegion interior;
+    SpanRegion& interior = dc->scratch.fill_region;
+    interior.Clear();
     if (dc->brush != nullptr && !dc->brush->IsNull() && outline.size() > 2) {
       const int n = static_cast<int>(outline.size());
-      RegionBuilder builder;
+      RegionBuilder& builder = dc->scratch.region_builder;
       dc->scanner.Fill(outline.data(), &n, 1, FillRule::kWinding, clip, builder);
-      interior = builder.Build();
+      builder.Build(&interior);
     }
     PaintShape(*dc, interior, outline.data(), static_cast<int>(outline.size()));
     return TRUE;
@@ -135,9 +129,7 @@ BOOL RoundRect(HDC dc, int left, int top, int right, int bottom, int width, int 
   return DrawRoundShape(dc, left, top, right, bottom, width, height, false);
 }
 
-HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
-  const Box64 box = NormalizedBox(left, top, right, bottom);
-  auto region = std::make_unique<RegionData>();
+void EllipticShape(const Box64& box, RegionWork& work, SpanRegion* out) {
   if (box.Width() - 1 > kMaxSteppedEllipse || box.Height() - 1 > kMaxSteppedEllipse) {
     // Too big to step: the flattened ellipse, kept within kRegionReach of the origin (a region
     // holds a band per row, and rows that far out are never on a bitmap).
@@ -146,27 +138,40 @@ HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
     const double t = static_cast<double>(box.top);
     const double r = static_cast<double>(box.right - 1);
     const double b = static_cast<double>(box.bottom - 1);
-    std::vector<Point2> pts;
+    std::vector<Point2>& pts = work.curve_points;
+    pts.clear();
     FlattenArc(EllipseArc{(l + r) / 2 - 0.5, (t + b) / 2 - 0.5, (r - l) / 2, (b - t) / 2, 0,
                           2 * std::numbers::pi},
                reach, 0.25, &pts);
-    std::vector<PointFx> fx;
-    fx.reserve(pts.size());
+    std::vector<PointFx>& fx = work.fixed_points;
+    fx.clear();
     for (const Point2& p : pts) {
       fx.push_back(PointFx{static_cast<std::int64_t>(std::llround(p.x * kFixOne)),
                            static_cast<std::int64_t>(std::llround(p.y * kFixOne))});
     }
-    PolygonScanner scanner;  // a region is being made: its memory is allocated anyway
-    RegionBuilder builder;
     const int n = static_cast<int>(fx.size());
-    if (n >= 3) scanner.Fill(fx.data(), &n, 1, FillRule::kWinding, reach, builder);
-    region->shape = builder.Build();
-    Register(region.get());
-    return region.release()->Handle();
+    if (n >= 3) work.scanner.Fill(fx.data(), &n, 1, FillRule::kWinding, reach, work.builder);
+    work.builder.Build(out);
+    return;
   }
-  region->shape = RowsToRegion(RoundRows(box, box.Width(), box.Height()), kEverywhere);
+  work.rows.top = box.top;
+  RoundRectRows(box, box.Width(), box.Height(), &work.rows.left, &work.rows.right, &work.curve);
+  RowsToRegion(work.rows, kEverywhere, work.builder, out);
+}
+
+HRGN CreateEllipticRgn(int left, int top, int right, int bottom) {
+  auto region = std::make_unique<RegionData>();
+  EllipticShape(NormalizedBox(left, top, right, bottom), region->Work(), &region->shape);
+  region->work.reset();  // a region made once keeps no working memory
   Register(region.get());
   return region.release()->Handle();
+}
+
+BOOL SetEllipticRgn(HRGN handle, int left, int top, int right, int bottom) {
+  RegionData* region = AsRegion(handle);
+  if (region == nullptr) return FALSE;
+  EllipticShape(NormalizedBox(left, top, right, bottom), region->Work(), &region->shape);
+  return TRUE;
 }
 
 }  // namespace qvis::gdi

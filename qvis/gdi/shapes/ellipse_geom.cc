@@ -62,13 +62,22 @@ void EllipseQuadrant(std::int64_t width, std::int64_t height, std::vector<PointI
 
 namespace {
 
+// AssignGrowing is vector::assign whose memory grows at least twofold: an assign past the
+// capacity takes exactly what it needs, and scratch reused for ever larger figures (a circle
+// dragged wider) would then allocate on every one.
+template <class T>
+void AssignGrowing(std::vector<T>* v, std::size_t n, const T& value) {
+  if (n > v->capacity()) v->reserve(std::max(n, 2 * v->capacity()));
+  v->assign(n, value);
+}
+
 // Builds the ring from a quadrant already computed.
 void BuildRing(const std::vector<PointI>& q, const Box64& box, bool clockwise,
                std::vector<PointI>* ring) {
   const std::int64_t w = box.Width();
   const std::int64_t h = box.Height();
   const std::size_t c = q.size();
-  ring->assign(4 * c, PointI{});
+  AssignGrowing(ring, 4 * c, PointI{});
   for (std::size_t i = 0; i < c; ++i) {
     const std::int64_t px = q[i].x;
     const std::int64_t py = q[i].y;
@@ -181,15 +190,15 @@ std::int64_t RoundRectRows(const Box64& box, std::int64_t corner_w, std::int64_t
   if (w < 1 || h < 1 || w > kMaxSteppedEllipse || h > kMaxSteppedEllipse) return 0;
   const std::int64_t ew = std::min(w, corner_w < 0 ? -corner_w : corner_w);
   const std::int64_t eh = std::min(h, corner_h < 0 ? -corner_h : corner_h);
-  left->assign(static_cast<std::size_t>(h), box.left);
-  right->assign(static_cast<std::size_t>(h), box.left + w);
+  AssignGrowing(left, static_cast<std::size_t>(h), std::int64_t{box.left});
+  AssignGrowing(right, static_cast<std::size_t>(h), std::int64_t{box.left + w});
   if (ew < 2 || eh < 2) return h;  // corners too small to round: a plain box
 
   // inset[y] for the eh rows of the corner ellipse; the walk sets the lower half, moving
   // inward each time it steps down a row.
   CurveScratch own;
   std::vector<std::int64_t>& inset = (work != nullptr ? work : &own)->inset;
-  inset.assign(static_cast<std::size_t>(eh), -1);
+  AssignGrowing(&inset, static_cast<std::size_t>(eh), std::int64_t{-1});
   std::int64_t x = 0;
   std::int64_t y = eh / 2;
   inset[static_cast<std::size_t>(y)] = 0;

@@ -91,12 +91,6 @@ void AppendArcBeziers(PathData& path, const EllipseFrame& f, double a0, double a
 
 // --- Flattening -----------------------------------------------------------------------------
 
-struct Figure {
-  std::vector<PointI> points;
-  bool closed = false;
-  bool has_segments = false;  // a lone move draws nothing, a zero-length line a dot
-};
-
 void AddPoint(std::vector<PointI>* pts, double x, double y) {
   const PointI p{RoundToPixel(x), RoundToPixel(y)};
   if (pts->empty() || pts->back() != p) pts->push_back(p);
@@ -183,97 +177,112 @@ void FlattenCubic(double x0, double y0, double x1, double y1, double x2, double 
   FlattenFixed(p, kBezierDepth, pts);
 }
 
-std::vector<Figure> FlattenPath(const PathData& path) {
-  std::vector<Figure> figures;
+// FlattenPath turns the path's lines and curves into figures of whole-pixel points.
+void FlattenPath(const PathData& path, std::vector<PointI>* points,
+                 std::vector<PathFigure>* figures) {
+  points->clear();
+  figures->clear();
   const auto& v = path.vertices;
   std::size_t i = 0;
   while (i < v.size()) {
     const std::uint8_t type = v[i].type & ~PathData::kCloseFigure;
-    if (type == PathData::kMoveTo || figures.empty()) {
-      figures.emplace_back();
-      AddPoint(&figures.back().points, v[i].x, v[i].y);
-      if (v[i].type & PathData::kCloseFigure) figures.back().closed = true;
+    if (type == PathData::kMoveTo || figures->empty()) {
+      figures->push_back(PathFigure{points->size(), 0, false, false});
+      points->push_back(PointI{RoundToPixel(v[i].x), RoundToPixel(v[i].y)});
+      if (v[i].type & PathData::kCloseFigure) figures->back().closed = true;
       if (type == PathData::kMoveTo) {
         ++i;
         continue;
       }
     }
-    Figure& fig = figures.back();
+    PathFigure& fig = figures->back();
     fig.has_segments = true;
     if (type == PathData::kBezierTo && i + 2 < v.size()) {
       const auto& p0 = i > 0 ? v[i - 1] : v[i];
       FlattenCubic(p0.x, p0.y, v[i].x, v[i].y, v[i + 1].x, v[i + 1].y, v[i + 2].x, v[i + 2].y,
-                   &fig.points);
+                   points);
       if (v[i + 2].type & PathData::kCloseFigure) fig.closed = true;
       i += 3;
       continue;
     }
-    AddPoint(&fig.points, v[i].x, v[i].y);
+    AddPoint(points, v[i].x, v[i].y);
     if (v[i].type & PathData::kCloseFigure) fig.closed = true;
     ++i;
   }
-  return figures;
+  for (std::size_t k = 0; k < figures->size(); ++k) {
+    const std::size_t end = k + 1 < figures->size() ? (*figures)[k + 1].first : points->size();
+    (*figures)[k].count = static_cast<int>(end - (*figures)[k].first);
+  }
 }
 
 enum class PathRender { kStroke, kFill, kStrokeAndFill };
 
 BOOL RenderPath(HDC dc, PathRender what) {
   if (dc == nullptr || dc->path.state != PathData::kClosed) return FALSE;
-  std::vector<Figure> figures = FlattenPath(dc->path);
+  ScratchArena& scratch = dc->scratch;
+  std::vector<PointI>& points = scratch.path_points;
+  std::vector<PathFigure>& figures = scratch.path_figures;
+  FlattenPath(dc->path, &points, &figures);
   dc->path.Clear();
   // Filling closes every open figure, for the outline of StrokeAndFillPath too.
   if (what == PathRender::kStrokeAndFill) {
-    for (Figure& f : figures) f.closed = true;
+    for (PathFigure& f : figures) f.closed = true;
   }
   const IRect clip = ClipBox(*dc);
   if (clip.IsEmpty()) return TRUE;
 
   const bool fill = what != PathRender::kStroke && dc->brush != nullptr && !dc->brush->IsNull();
   const bool stroke = what != PathRender::kFill && dc->pen != nullptr && !dc->pen->IsNull();
-  SpanRegion interior;
+  SpanRegion& interior = scratch.fill_region;
+  interior.Clear();
   if (fill) {
-    std::vector<PointI> pts;
-    std::vector<int> counts;
-    for (const Figure& f : figures) {
-      if (f.points.size() < 2) continue;
-      pts.insert(pts.end(), f.points.begin(), f.points.end());
-      counts.push_back(static_cast<int>(f.points.size()));
+    std::vector<PointI>& pts = scratch.path_fill;
+    std::vector<int>& counts = scratch.path_counts;
+    pts.clear();
+    counts.clear();
+    for (const PathFigure& f : figures) {
+      if (f.count < 2) continue;
+      const auto from = points.begin() + static_cast<std::ptrdiff_t>(f.first);
+      pts.insert(pts.end(), from, from + f.count);
+      counts.push_back(f.count);
     }
     if (!counts.empty()) {
       const FillRule rule =
           dc->poly_fill_mode == WINDING ? FillRule::kWinding : FillRule::kAlternate;
-      RegionBuilder builder;
+      RegionBuilder& builder = scratch.region_builder;
       dc->scanner.Fill(pts.data(), counts.data(), static_cast<int>(counts.size()), rule, clip,
                        builder);
-      interior = builder.Build();
+      builder.Build(&interior);
     }
   }
   if (stroke && dc->pen->IsWide()) {
-    PolygonSet& set = dc->scratch.stroke.set;
+    PolygonSet& set = scratch.stroke.set;
     set.Clear();
     const StrokeStyle style = StyleOfSelectedPen(*dc);
-    for (const Figure& f : figures) {
+    for (const PathFigure& f : figures) {
       if (!f.has_segments) continue;
-      BuildDashedStroke(f.points.data(), static_cast<int>(f.points.size()), f.closed, style, clip,
-                        &set, dc->scratch.stroke);
+      BuildDashedStroke(points.data() + f.first, f.count, f.closed, style, clip, &set,
+                        scratch.stroke);
     }
-    RegionBuilder builder;
+    RegionBuilder& builder = scratch.region_builder;
     if (!set.counts.empty()) {
       dc->scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                        FillRule::kWinding, clip, builder);
     }
-    const SpanRegion outline = builder.Build();
+    SpanRegion& outline = scratch.outline_region;
+    builder.Build(&outline);
     if (fill) {
-      SpanRegion::Combine(interior, outline, RegionOp::kDiff).Emit(clip, BrushSink(*dc, dc->brush));
+      SpanRegion::Combine(interior, outline, RegionOp::kDiff, &scratch.inner_region);
+      scratch.inner_region.Emit(clip, BrushSink(*dc, dc->brush));
     }
     outline.Emit(clip, PenSink(*dc));
     return TRUE;
   }
   if (fill) interior.Emit(clip, BrushSink(*dc, dc->brush));
   if (stroke) {
-    for (const Figure& f : figures) {
-      if (f.points.size() < 2) continue;
-      DrawCosmeticPolyline(*dc, f.points.data(), static_cast<int>(f.points.size()), f.closed);
+    for (const PathFigure& f : figures) {
+      if (f.count < 2) continue;
+      DrawCosmeticPolyline(*dc, points.data() + f.first, f.count, f.closed);
     }
   }
   return TRUE;

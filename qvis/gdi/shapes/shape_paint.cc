@@ -13,7 +13,16 @@ namespace qvis::gdi {
 
 SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip) {
   RegionBuilder builder;
-  if (clip.IsEmpty()) return builder.Build();
+  SpanRegion out;
+  RowsToRegion(rows, clip, builder, &out);
+  return out;
+}
+
+void RowsToRegion(const RowShape& rows, const IRect& clip, RegionBuilder& builder, SpanRegion* out) {
+  if (clip.IsEmpty()) {
+    builder.Build(out);
+    return;
+  }
   const std::int64_t n = static_cast<std::int64_t>(rows.left.size());
   const std::int64_t r0 = std::max<std::int64_t>(0, clip.top - rows.top);
   const std::int64_t r1 = std::min<std::int64_t>(n, std::int64_t{clip.bottom} - rows.top);
@@ -29,7 +38,7 @@ SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip) {
       }
     }
   }
-  return builder.Build();
+  builder.Build(out);
 }
 
 void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* outline, int count) {
@@ -38,9 +47,11 @@ void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* out
   const bool has_pen = dc.pen != nullptr && !dc.pen->IsNull() && count > 0;
   const bool has_brush = dc.brush != nullptr && !dc.brush->IsNull();
   if (has_pen && dc.pen->IsWide()) {
-    const SpanRegion outline_rgn = WideOutlineRegion(dc, outline, count, true);
+    SpanRegion& outline_rgn = dc.scratch.outline_region;
+    WideOutlineRegion(dc, outline, count, true, &outline_rgn);
     if (has_brush && !interior.IsEmpty()) {
-      const SpanRegion inner = SpanRegion::Combine(interior, outline_rgn, RegionOp::kDiff);
+      SpanRegion& inner = dc.scratch.inner_region;
+      SpanRegion::Combine(interior, outline_rgn, RegionOp::kDiff, &inner);
       inner.Emit(clip, BrushSink(dc, dc.brush));
     }
     outline_rgn.Emit(clip, PenSink(dc));
@@ -102,7 +113,13 @@ void PaintRowShape(DeviceContext& dc, const RowShape& interior, bool has_interio
   const bool has_pen = dc.pen != nullptr && !dc.pen->IsNull() && count > 0;
   const bool has_brush = has_interior && dc.brush != nullptr && !dc.brush->IsNull();
   if (has_pen && dc.pen->IsWide()) {
-    PaintShape(dc, has_brush ? RowsToRegion(interior, clip) : SpanRegion(), outline, count);
+    SpanRegion& fill = dc.scratch.fill_region;
+    if (has_brush) {
+      RowsToRegion(interior, clip, dc.scratch.region_builder, &fill);
+    } else {
+      fill.Clear();
+    }
+    PaintShape(dc, fill, outline, count);
     return;
   }
   if (has_brush) EmitRows(interior, clip, BrushSink(dc, dc.brush));
@@ -151,14 +168,17 @@ void PaintPolygons(DeviceContext& dc, const SpanRegion& interior, const PointI* 
       BuildDashedStroke(p, counts[i], true, style, clip, &set, dc.scratch.stroke);
       p += counts[i];
     }
-    RegionBuilder builder;
+    RegionBuilder& builder = dc.scratch.region_builder;
     if (!set.counts.empty()) {
       dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                       FillRule::kWinding, clip, builder);
     }
-    const SpanRegion outline = builder.Build();
+    SpanRegion& outline = dc.scratch.outline_region;
+    builder.Build(&outline);
     if (has_brush && !interior.IsEmpty()) {
-      SpanRegion::Combine(interior, outline, RegionOp::kDiff).Emit(clip, BrushSink(dc, dc.brush));
+      SpanRegion& inner = dc.scratch.inner_region;
+      SpanRegion::Combine(interior, outline, RegionOp::kDiff, &inner);
+      inner.Emit(clip, BrushSink(dc, dc.brush));
     }
     outline.Emit(clip, PenSink(dc));
     return;

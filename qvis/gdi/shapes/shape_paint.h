@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "qvis/gdi/raster/geom.h"
+#include "qvis/gdi/raster/polygon.h"
 #include "qvis/gdi/raster/region.h"
+#include "qvis/gdi/shapes/curve_flatten.h"
 #include "qvis/gdi/shapes/ellipse_geom.h"
 
 namespace qvis::gdi {
@@ -23,8 +25,25 @@ struct RowShape {
   std::vector<std::int64_t> right;
 };
 
+// RegionWork: the working memory a region object reshapes itself with (SetEllipticRgn,
+// SetPolygonRgn), made on its first reshape and kept with it, as a DC keeps its ScratchArena.
+struct RegionWork {
+  RowShape rows;
+  CurveScratch curve;
+  RegionBuilder builder;
+  PolygonScanner scanner;
+  std::vector<PointI> points;
+  std::vector<Point2> curve_points;  // ellipses too big to step
+  std::vector<PointFx> fixed_points;
+};
+
+// EllipticShape: the region of the ellipse inscribed in the box, built into `out`.
+void EllipticShape(const Box64& box, RegionWork& work, SpanRegion* out);
+
 // RowsToRegion keeps the part of the rows inside `clip` as a region.
 SpanRegion RowsToRegion(const RowShape& rows, const IRect& clip);
+// The same into `out`, built with `builder` (both reused from call to call).
+void RowsToRegion(const RowShape& rows, const IRect& clip, RegionBuilder& builder, SpanRegion* out);
 
 // PaintShape paints a closed shape: the interior (already a region, clipped) with the DC's
 // brush, then the outline points with the DC's pen (closed polyline). A cosmetic pen is drawn

@@ -333,6 +333,9 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
   const int n = static_cast<int>(v.size());
   const int segments = closed ? n : n - 1;
   std::vector<Body>& bodies = work.bodies;
+  if (static_cast<std::size_t>(segments) > bodies.capacity()) {
+    bodies.reserve(std::max(static_cast<std::size_t>(segments), 2 * bodies.capacity()));
+  }
   bodies.assign(static_cast<std::size_t>(segments), Body{});
   for (int i = 0; i < segments; ++i) {
     const PointI& a = v[static_cast<std::size_t>(i)];
@@ -769,17 +772,18 @@ void BuildVisibleStroke(const PointI* points, int count, bool closed, const Stro
 
 }  // namespace
 
-SpanRegion WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed) {
+void WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed,
+                       SpanRegion* out) {
   const IRect clip = ClipBox(dc);
   PolygonSet& set = dc.scratch.stroke.set;
   set.Clear();
   BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set, dc.scratch.stroke);
-  RegionBuilder builder;
+  RegionBuilder& builder = dc.scratch.region_builder;
   if (!clip.IsEmpty() && !set.counts.empty()) {
     dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                     FillRule::kWinding, clip, builder);
   }
-  return builder.Build();
+  builder.Build(out);
 }
 
 void StrokeWide(DeviceContext& dc, const PointI* points, int count, bool closed) {

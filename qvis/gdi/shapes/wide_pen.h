@@ -119,9 +119,11 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
 // StyleOfSelectedPen: the stroke style of the DC's selected geometric pen.
 StrokeStyle StyleOfSelectedPen(const DeviceContext& dc);
 
-// WideOutlineRegion returns the pixels the DC's wide pen paints for the polyline, clipped to the
-// DC's clip box (the region a filled shape subtracts so its outline pixels are painted once).
-SpanRegion WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed);
+// WideOutlineRegion gives in `out` the pixels the DC's wide pen paints for the polyline, clipped
+// to the DC's clip box (the region a filled shape subtracts so its outline pixels are painted
+// once). It builds with the DC's region builder.
+void WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool closed,
+                       SpanRegion* out);
 
 }  // namespace qvis::gdi
 

@@ -25,7 +25,8 @@ char32_t AnsiToUnicode(unsigned char c) {
 FontFace* FontFace::ForFont(FontData* font) {
   if (font == nullptr) {
     // A DC without a selected font draws with a plain bold sans face of 16-pixel cells. Each
-    // thread has its own: a face caches glyphs and may not be shared between threads.
+    // thread has its own: a face caches glyphs and may not be shared between threads. It is a
+    // resource made once, like a font's own face, not working memory, so it is not the DC's.
     static thread_local std::unique_ptr<FontFace> fallback = [] {
       LOGFONTA lf;
       lf.lfHeight = kDefaultFontCellHeight;

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qvis/compat/int_math.h"
@@ -311,31 +312,29 @@ BOOL GetTextExtentPoint32A(HDC dc, const char* text, int length, CSize* size) {
 
 namespace {
 
-// StripPrefixes removes the '&' marks of mnemonic prefixes ("&&" stands for one '&').
-std::string StripPrefixes(const std::string& s) {
-  std::string out;
-  out.reserve(s.size());
+// StripPrefixes copies the text less the '&' marks of mnemonic prefixes ("&&" stands for one
+// '&') to out.
+void StripPrefixes(const std::string& s, std::string* out) {
+  out->clear();
   for (std::size_t i = 0; i < s.size(); ++i) {
     if (s[i] == '&') {
       if (i + 1 < s.size() && s[i + 1] == '&') {
-        out += '&';
+        *out += '&';
         ++i;
       }
       continue;
     }
-    out += s[i];
+    *out += s[i];
   }
-  return out;
 }
 
 // WrapParagraph splits one paragraph into lines no wider than `width` at blanks; a word wider
-// than the box keeps a line of its own.
-void WrapParagraph(FontFace* face, const std::string& para, std::int64_t width,
-                   std::vector<std::string>* lines) {
+// than the box keeps a line of its own. The lines' characters go to the end of `chars`.
+void WrapParagraph(FontFace* face, const char* para, std::size_t n, std::int64_t width,
+                   std::string* chars, std::vector<TextLineSpan>* lines) {
   std::size_t i = 0;
-  const std::size_t n = para.size();
   while (true) {
-    std::string line;
+    const std::size_t line_first = chars->size();
     std::int64_t line_width = 0;
     while (i < n) {
       // The next word with the blanks before it.
@@ -343,17 +342,18 @@ void WrapParagraph(FontFace* face, const std::string& para, std::int64_t width,
       while (i < n && para[i] == ' ') ++i;
       std::size_t letters = i;
       while (i < n && para[i] != ' ') ++i;
-      std::string piece = para.substr(word_start, i - word_start);
+      const char* piece = para + word_start;
+      const std::size_t piece_size = i - word_start;
       std::int64_t piece_width =
-          TextWidth(face, reinterpret_cast<const unsigned char*>(piece.data()), piece.size());
-      if (!line.empty() && line_width + piece_width > width && letters < i) {
+          TextWidth(face, reinterpret_cast<const unsigned char*>(piece), piece_size);
+      if (chars->size() > line_first && line_width + piece_width > width && letters < i) {
         i = letters;  // the blanks at the break vanish
         break;
       }
-      line += piece;
+      chars->append(piece, piece_size);
       line_width += piece_width;
     }
-    lines->push_back(line);
+    lines->push_back(TextLineSpan{line_first, chars->size() - line_first, 0});
     if (i >= n) break;
   }
 }
@@ -367,38 +367,46 @@ int DrawTextA(HDC dc, const char* text, int length, CRect* rect, UINT format) {
   if (face == nullptr) return 0;
   const int line_height = face->metrics().height;
 
-  std::string all(text == nullptr ? "" : std::string(text, static_cast<std::size_t>(length)));
-  if ((format & DT_NOPREFIX) == 0) all = StripPrefixes(all);
+  // The text, its lines one after another and where each line lies: the DC's scratch.
+  std::string& all = dc->scratch.text_source;
+  std::string& chars = dc->scratch.text_lines;
+  std::vector<TextLineSpan>& lines = dc->scratch.text_line_spans;
+  all.assign(text == nullptr ? "" : text, static_cast<std::size_t>(length));
+  if ((format & DT_NOPREFIX) == 0) {
+    StripPrefixes(all, &chars);
+    std::swap(all, chars);
+  }
+  chars.clear();
+  lines.clear();
   const std::int64_t box_width = static_cast<std::int64_t>(rect->right) - rect->left;
 
-  std::vector<std::string> lines;
   if ((format & DT_SINGLELINE) != 0) {
-    std::string one;
     for (char c : all) {
-      if (c != '\r' && c != '\n') one += c;
+      if (c != '\r' && c != '\n') chars += c;
     }
-    lines.push_back(one);
+    lines.push_back(TextLineSpan{0, chars.size(), 0});
   } else {
     std::size_t start = 0;
     while (true) {
       std::size_t end = all.find('\n', start);
-      std::string para = all.substr(start, end == std::string::npos ? std::string::npos : end - start);
-      if (!para.empty() && para.back() == '\r') para.pop_back();
+      std::size_t size = (end == std::string::npos ? all.size() : end) - start;
+      if (size > 0 && all[start + size - 1] == '\r') --size;
       if ((format & DT_WORDBREAK) != 0) {
-        WrapParagraph(face, para, box_width, &lines);
+        WrapParagraph(face, all.data() + start, size, box_width, &chars, &lines);
       } else {
-        lines.push_back(para);
+        lines.push_back(TextLineSpan{chars.size(), size, 0});
+        chars.append(all, start, size);
       }
       if (end == std::string::npos) break;
       start = end + 1;
     }
   }
 
-  std::vector<std::int64_t> widths;
   std::int64_t widest = 0;
-  for (const std::string& line : lines) {
-    widths.push_back(TextWidth(face, reinterpret_cast<const unsigned char*>(line.data()), line.size()));
-    widest = std::max(widest, widths.back());
+  for (TextLineSpan& line : lines) {
+    line.width =
+        TextWidth(face, reinterpret_cast<const unsigned char*>(chars.data() + line.first), line.size);
+    widest = std::max(widest, line.width);
   }
   const std::int64_t total = static_cast<std::int64_t>(lines.size()) * line_height;
 
@@ -423,14 +431,15 @@ int DrawTextA(HDC dc, const char* text, int length, CRect* rect, UINT format) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
     std::int64_t x = rect->left;
     if ((format & DT_CENTER) != 0) {
-      x = rect->left + (box_width - widths[i]) / 2;
+      x = rect->left + (box_width - lines[i].width) / 2;
     } else if ((format & DT_RIGHT) != 0) {
-      x = rect->right - widths[i];
+      x = rect->right - lines[i].width;
     }
     std::int64_t y = top + static_cast<std::int64_t>(i) * line_height;
     if (y > INT32_MAX) break;
     DrawRun(*dc, SaturateToInt(x), SaturateToInt(y), TA_LEFT | TA_TOP,
-            reinterpret_cast<const unsigned char*>(lines[i].data()), static_cast<int>(lines[i].size()),
+            reinterpret_cast<const unsigned char*>(chars.data() + lines[i].first),
+            static_cast<int>(lines[i].size),
             nullptr, clip, nullptr);
   }
   return SaturateToInt(top - rect->top + total);

@@ -5,6 +5,7 @@
 #include "qvis/gdi/raster/polygon.h"
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 
 #include "qvis/compat/int128.h"
@@ -14,10 +15,17 @@ namespace qvis::gdi {
 
 // Active edge lists longer than this are sorted in full rather than by insertion.
 constexpr std::size_t kInsertionSortLimit = 64;
+// Alternate fills with more edges than this take the parity rows: a star or any outline whose
+// edges cross keeps reordering a sorted list, while a toggled bit needs no order at all. Fewer
+// edges (boxes, triangles) keep the walker, which also emits runs of equal rows as one box.
+constexpr std::size_t kParityMinEdges = 4;
+// Widest pixel range the parity rows cover (in bits: 8 KB of row).
+constexpr std::int64_t kParityMaxBits = std::int64_t{1} << 16;
+// Spans of single rows gather in blocks of this many before they go to the sink.
+constexpr int kBlock = 128;
 namespace {
 
 using i128 = Int128;  // exact products of 64-bit coordinates
-
 
 }  // namespace
 
@@ -38,6 +46,10 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
   e.y_top = static_cast<int>(top);
   e.y_end = static_cast<int>(end);
   e.dir = dir;
+  // The crossings lie between the end points, so the pixels they give (the first at or right
+  // of each) lie between the ceilings of the end points' x.
+  ext_lo_ = std::min<std::int64_t>(ext_lo_, CeilDiv(std::min(a.x, b.x), kFixOne));
+  ext_hi_ = std::max<std::int64_t>(ext_hi_, CeilDiv(std::max(a.x, b.x), kFixOne));
   // x crossing at row y, in pixels: (a.x * dy + (y * kFixOne - a.y) * dx) / (kFixOne * dy).
   constexpr std::int64_t kSmall = std::int64_t{1} << 30;  // products stay below 2^62
   auto small = [](std::int64_t v) { return v > -kSmall && v < kSmall; };
@@ -79,6 +91,8 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
                           const IRect& clip, SpanSink& sink) {
   if (clip.IsEmpty() || points == nullptr || counts == nullptr) return;
   edges_.clear();
+  ext_lo_ = INT64_MAX;
+  ext_hi_ = INT64_MIN;
   const PointFx* p = points;
   for (int i = 0; i < polygons; ++i) {
     const int n = counts[i];
@@ -91,6 +105,16 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
   if (edges_.empty()) return;
   std::sort(edges_.begin(), edges_.end(),
             [](const Edge& a, const Edge& b) { return a.y_top < b.y_top; });
+  if (rule == FillRule::kAlternate && parity_rows_ && edges_.size() > kParityMinEdges) {
+    // Clamped to the clip columns as the walker clamps: an edge left of every visible pixel
+    // toggles the first column, one right of them the column past the last.
+    const std::int64_t lo = std::clamp<std::int64_t>(ext_lo_, clip.left, clip.right);
+    const std::int64_t hi = std::clamp<std::int64_t>(ext_hi_, clip.left, clip.right);
+    if (hi - lo < kParityMaxBits) {
+      FillParity(clip, lo, hi, sink);
+      return;
+    }
+  }
 
   // The active edges are kept as sort keys: the edge's pixel x on the current row (the first
   // pixel at or right of its crossing) clamped to the clip columns, above the edge's index and,
@@ -122,7 +146,6 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
   // not it is kept and the count moves on only when it is: whether the winding is inside flips
   // unpredictably along a row of a self-crossing figure, and a branch there costs more than the
   // store.
-  constexpr int kBlock = 128;
   Span block[kBlock];
   int blocked = 0;
   active_.clear();
@@ -221,6 +244,68 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
           (std::uint64_t{static_cast<std::uint32_t>(px) ^ 0x80000000u} << 32) | (key & 0xFFFFFFFFu);
     }
     active_.resize(kept);
+    if (y >= clip.bottom) break;
+  }
+  if (blocked > 0) sink.Blit(block, blocked);
+}
+
+void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi,
+                                SpanSink& sink) {
+  // Pixel x is inside when an odd number of crossings give pixels at or left of it: toggling
+  // bit (px - lo) per crossing and reading the set bits left to right yields the span ends in
+  // order, with crossings that share a pixel cancelled, so no sort is needed.
+  const std::size_t words = static_cast<std::size_t>((hi - lo) / 64 + 1);
+  if (parity_.size() < words) parity_.assign(words, 0);
+  std::uint64_t* const bits = parity_.data();
+  Span block[kBlock];
+  int blocked = 0;
+  active_.clear();
+  std::size_t next = 0;
+  int y = edges_.front().y_top;
+  while (next < edges_.size() || !active_.empty()) {
+    if (active_.empty()) y = std::max(y, edges_[next].y_top);
+    while (next < edges_.size() && edges_[next].y_top <= y) active_.push_back(next++);
+    // Toggle each edge's pixel, then step the edge to the next row or drop it.
+    std::int64_t first = hi - lo, last = 0;
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      Edge& e = edges_[static_cast<std::size_t>(active_[i])];
+      const std::int64_t off =
+          std::clamp<std::int64_t>(e.x + (e.rem > 0 ? 1 : 0), lo, hi) - lo;
+      bits[off >> 6] ^= std::uint64_t{1} << (off & 63);
+      first = std::min(first, off);
+      last = std::max(last, off);
+      if (e.y_end <= y + 1) continue;
+      e.rem += e.rem_step;
+      const std::int64_t carry = e.rem >= e.den ? 1 : 0;
+      e.x += e.step + carry;
+      e.rem -= e.den & -carry;
+      active_[kept++] = active_[i];
+    }
+    active_.resize(kept);
+    // Read the row back, clearing it for the next one.
+    bool open = false;
+    int start = 0;
+    for (std::int64_t w = first >> 6; w <= (last >> 6); ++w) {
+      std::uint64_t m = bits[w];
+      if (m == 0) continue;
+      bits[w] = 0;
+      const int base = static_cast<int>(lo + w * 64);
+      do {
+        const int x = base + std::countr_zero(m);
+        m &= m - 1;
+        if (open) {
+          block[blocked++] = Span{y, start, x};
+          if (blocked == kBlock) {
+            sink.Blit(block, blocked);
+            blocked = 0;
+          }
+        }
+        start = x;
+        open = !open;
+      } while (m != 0);
+    }
+    ++y;
     if (y >= clip.bottom) break;
   }
   if (blocked > 0) sink.Blit(block, blocked);

@@ -21,8 +21,6 @@ constexpr std::size_t kInsertionSortLimit = 64;
 constexpr std::size_t kParityMinEdges = 4;
 // Widest pixel range the parity rows cover (in bits: 8 KB of row).
 constexpr std::int64_t kParityMaxBits = std::int64_t{1} << 16;
-// Spans of single rows gather in blocks of this many before they go to the sink.
-constexpr int kBlock = 128;
 namespace {
 
 using i128 = Int128;  // exact products of 64-bit coordinates
@@ -42,7 +40,9 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
   const std::int64_t top = std::max<std::int64_t>(row_top, clip.top);
   const std::int64_t end = std::min<std::int64_t>(row_end, clip.bottom);
   if (top >= end) return;
-  Edge e;
+  // Filled in place: an edge built on the stack and then copied into the list was stored
+  // field by field and read back in wider pieces, which the processor cannot forward.
+  Edge& e = edges_.emplace_back();
   e.y_top = static_cast<int>(top);
   e.y_end = static_cast<int>(end);
   e.dir = dir;
@@ -53,7 +53,14 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
   // x crossing at row y, in pixels: (a.x * dy + (y * kFixOne - a.y) * dx) / (kFixOne * dy).
   constexpr std::int64_t kSmall = std::int64_t{1} << 30;  // products stay below 2^62
   auto small = [](std::int64_t v) { return v > -kSmall && v < kSmall; };
-  if (small(a.x) && small(a.y) && small(b.x) && small(b.y)) {
+  if (a.x == b.x && small(a.y) && small(b.y)) {
+    // A vertical edge (the stair steps of every dot and round cap): the crossing is a.x on
+    // every row, so the floor and remainder come from the fraction bits without a division.
+    const std::int64_t dy = b.y - a.y;
+    e.x = a.x >> kFixShift;  // arithmetic shift: the floor for negative x too
+    e.rem = (a.x & (kFixOne - 1)) * dy;
+    e.den = dy * kFixOne;
+  } else if (small(a.x) && small(a.y) && small(b.x) && small(b.y)) {
     const std::int64_t dy = b.y - a.y, dx = b.x - a.x, den = dy * kFixOne;
     const std::int64_t num = a.x * dy + (top * kFixOne - a.y) * dx;
     e.x = FloorDiv(num, den);
@@ -72,7 +79,6 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
     e.rem_step = static_cast<std::int64_t>(dx * kFixOne - i128{e.step} * den);
     e.den = static_cast<std::int64_t>(den);
   }
-  edges_.push_back(e);
 }
 
 void PolygonScanner::Fill(const PointI* points, const int* counts, int polygons, FillRule rule,
@@ -98,7 +104,8 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
     const int n = counts[i];
     if (n <= 0) continue;
     if (n >= 2) {
-      for (int k = 0; k < n; ++k) AddEdge(p[k], p[(k + 1) % n], clip);
+      for (int k = 0; k + 1 < n; ++k) AddEdge(p[k], p[k + 1], clip);
+      AddEdge(p[n - 1], p[0], clip);
     }
     p += n;
   }
@@ -146,7 +153,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
   // not it is kept and the count moves on only when it is: whether the winding is inside flips
   // unpredictably along a row of a self-crossing figure, and a branch there costs more than the
   // store.
-  Span block[kBlock];
+  Span* const block = block_;
   int blocked = 0;
   active_.clear();
   std::size_t next = 0;
@@ -257,7 +264,7 @@ void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t
   const std::size_t words = static_cast<std::size_t>((hi - lo) / 64 + 1);
   if (parity_.size() < words) parity_.assign(words, 0);
   std::uint64_t* const bits = parity_.data();
-  Span block[kBlock];
+  Span* const block = block_;
   int blocked = 0;
   active_.clear();
   std::size_t next = 0;

@@ -56,6 +56,10 @@ class PolygonScanner {
   std::int64_t ext_lo_ = 0;  // first pixel column any kept edge can reach
   std::int64_t ext_hi_ = 0;  // last such column
   bool parity_rows_ = true;
+  // Spans of single rows gather here before they go to the sink: a member, since a local array
+  // of spans would be cleared on every call.
+  static constexpr int kBlock = 128;
+  Span block_[kBlock];
 };
 
 }  // namespace qvis::gdi

@@ -216,6 +216,29 @@ TEST(PolygonScanTest, FixedPointVerticesSampleAtWholePixels) {
   EXPECT_FALSE(px.count({1, 2}));  // the edge lies 1/512 of a pixel right of x = 1 there
 }
 
+TEST(PolygonScanTest, VerticalSidesAtAnyFractionStartAtTheirCeiling) {
+  // A box whose sides lie anywhere between whole pixels, left or right of zero, covers the
+  // columns from the ceiling of its left x up to, not including, the ceiling of its right x.
+  PolygonScanner scanner;
+  for (std::int64_t left = -3 * kFixOne - 5; left <= 2 * kFixOne + 5; left += 37) {
+    for (std::int64_t right = left + 1; right <= left + 3 * kFixOne; right += 29) {
+      const PointFx box[4] = {{left, -kFixOne / 2}, {right, -kFixOne / 2},
+                              {right, 3 * kFixOne + 1}, {left, 3 * kFixOne + 1}};
+      const int n = 4;
+      RecordingSink sink;
+      scanner.Fill(box, &n, 1, FillRule::kWinding, {-10, -10, 10, 10}, sink);
+      PixelSet want;
+      const auto ceil_px = [](std::int64_t v) {
+        return static_cast<int>(v >= 0 ? (v + kFixOne - 1) / kFixOne : -((-v) / kFixOne));
+      };
+      for (int y = 0; y <= 3; ++y) {
+        for (int x = ceil_px(left); x < ceil_px(right); ++x) want.insert({x, y});
+      }
+      ASSERT_EQ(Pixels(sink), want) << "left " << left << " right " << right;
+    }
+  }
+}
+
 TEST(PolygonScanTest, ParityRowsMatchTheSortedWalker) {
   // Alternate fills of many edges toggle bits per crossing instead of sorting the crossings.
   // Random stars, several figures at once, fractional vertices, clips cutting through them and

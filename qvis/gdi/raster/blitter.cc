@@ -134,6 +134,16 @@ void SolidBlitter32::Blit(const Span* spans, int count) {
   }
 }
 
+bool SolidBlitter32::Solid(SolidTarget* target) const {
+  // Only the plain copy stores a constant word; rows must hold whole pixels.
+  if (!copy_ || bitmap_->stride % 4 != 0) return false;
+  target->bits = bitmap_->Row32(0);
+  target->stride = bitmap_->stride / 4;
+  target->bounds = bitmap_->Bounds();
+  target->value = pixel_ & 0x00FFFFFFu;
+  return true;
+}
+
 void SolidBlitter32::BlitRect(const IRect& box) {
   IRect r = box.Intersect(bitmap_->Bounds());
   if (r.IsEmpty()) return;

@@ -186,6 +186,47 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
         active_[j] = v;
       }
     }
+    // Two edges and nothing else until one of them ends or another begins: the inside is what
+    // lies between them whatever the rule (the winding there is one edge's direction, never
+    // zero and always odd), so those rows need neither keys nor a sort. Convex figures spend
+    // nearly all their rows here.
+    if (active_.size() == 2 && !all_vertical) {
+      const std::size_t i0 = index_of(active_[0]), i1 = index_of(active_[1]);
+      Edge& e0 = edges_[i0];
+      Edge& e1 = edges_[i1];
+      int stop = std::min({e0.y_end, e1.y_end, clip.bottom});
+      if (next < edges_.size()) stop = std::min(stop, edges_[next].y_top);
+      for (; y < stop; ++y) {
+        const std::int64_t p0 = std::clamp<std::int64_t>(e0.x + (e0.rem > 0 ? 1 : 0), left, right);
+        const std::int64_t p1 = std::clamp<std::int64_t>(e1.x + (e1.rem > 0 ? 1 : 0), left, right);
+        const int l = static_cast<int>(std::min(p0, p1)), r = static_cast<int>(std::max(p0, p1));
+        block[blocked] = Span{y, l, r};
+        blocked += l < r ? 1 : 0;
+        if (blocked == kBlock) {
+          sink.Blit(block, blocked);
+          blocked = 0;
+        }
+        for (Edge* e : {&e0, &e1}) {
+          e->rem += e->rem_step;
+          const std::int64_t carry = e->rem >= e->den ? 1 : 0;
+          e->x += e->step + carry;
+          e->rem -= e->den & -carry;
+        }
+      }
+      // Back to keys for what is left of the two.
+      active_.clear();
+      all_vertical = true;
+      run_end = clip.bottom;
+      for (const std::size_t i : {i0, i1}) {
+        const Edge& e = edges_[i];
+        if (e.y_end <= y) continue;
+        if (e.step != 0 || e.rem_step != 0) all_vertical = false;
+        run_end = std::min(run_end, e.y_end);
+        active_.push_back(key_of(i));
+      }
+      if (y >= clip.bottom) break;
+      continue;
+    }
     // Rows repeat exactly while every active edge is vertical: emit them as one box per span.
     int rows = 1;
     if (all_vertical) {

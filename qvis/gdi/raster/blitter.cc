@@ -4,11 +4,8 @@
 
 #include <algorithm>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 #include "qvis/gdi/dc.h"
+#include "qvis/gdi/raster/solid_run.h"
 
 namespace qvis::gdi {
 
@@ -46,45 +43,6 @@ inline bool ClampSpan(const BitmapData* bitmap, const Span& s, int* x0, int* x1)
   return *x0 < *x1;
 }
 
-// StoreShort fills n (1..32) pixels with one value: four at a time with unaligned 16-byte
-// stores, the last four overlapping the previous ones when n is not a multiple of four.
-inline void StoreShort(std::uint32_t* p, int n, std::uint32_t value) {
-#if defined(__SSE2__)
-  if (n >= 4) {
-    const __m128i v = _mm_set1_epi32(static_cast<int>(value));
-    std::uint32_t* const end = p + n;
-    for (; end - p > 4; p += 4) _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(end - 4), v);
-    return;
-  }
-#endif
-  for (int i = 0; i < n; ++i) p[i] = value;
-}
-
-// StoreUpTo16 fills n (1..16) pixels without a loop: three single stores cover one to three
-// pixels, four 16-byte stores at 0, min(4, n-4), min(8, n-4) and n-4 cover four to sixteen,
-// overlapping where n is less. The spans of a filled figure are a few pixels each with lengths
-// that follow no pattern, so a loop's exit, mispredicted once per span, cost more than the
-// stores.
-inline void StoreUpTo16(std::uint32_t* p, int n, std::uint32_t value) {
-#if defined(__SSE2__)
-  if (n >= 4) {
-    const __m128i v = _mm_set1_epi32(static_cast<int>(value));
-    const int last = n - 4;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + std::min(4, last)), v);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + std::min(8, last)), v);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + last), v);
-    return;
-  }
-  p[0] = value;
-  p[n >> 1] = value;
-  p[n - 1] = value;
-#else
-  for (int i = 0; i < n; ++i) p[i] = value;
-#endif
-}
-
 inline unsigned Mod8(int v, int origin) {
   return (static_cast<unsigned>(v) - static_cast<unsigned>(origin)) & 7u;
 }
@@ -117,10 +75,8 @@ void SolidBlitter32::Blit(const Span* spans, int count) {
       const int n = x1 - x0;
       if (n <= 0) continue;
       std::uint32_t* const p = reinterpret_cast<std::uint32_t*>(bits + stride * s.y) + x0;
-      if (n <= 16) {
-        StoreUpTo16(p, n, value);
-      } else if (n <= 32) {
-        StoreShort(p, n, value);
+      if (n <= 32) {
+        StoreRun(p, n, value);
       } else {
         fn_(p, n, pixel_);
       }

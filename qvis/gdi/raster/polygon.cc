@@ -10,6 +10,7 @@
 
 #include "qvis/compat/int128.h"
 #include "qvis/compat/int_math.h"
+#include "qvis/gdi/raster/solid_run.h"
 
 namespace qvis::gdi {
 
@@ -94,8 +95,15 @@ void PolygonScanner::Fill(const PointI* points, const int* counts, int polygons,
 }
 
 void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons, FillRule rule,
-                          const IRect& clip, SpanSink& sink) {
-  if (clip.IsEmpty() || points == nullptr || counts == nullptr) return;
+                          const IRect& clip_box, SpanSink& sink) {
+  if (points == nullptr || counts == nullptr) return;
+  // A sink that only stores words into a bitmap keeps nothing outside it: filling the part of
+  // the clip inside the bitmap gives the same pixels there (a crossing left of the box still
+  // counts for every pixel right of it), and lets the parity rows store their runs directly.
+  SolidTarget target;
+  const bool direct = sink.Solid(&target);
+  const IRect clip = direct ? clip_box.Intersect(target.bounds) : clip_box;
+  if (clip.IsEmpty()) return;
   edges_.clear();
   ext_lo_ = INT64_MAX;
   ext_hi_ = INT64_MIN;
@@ -118,7 +126,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
     const std::int64_t lo = std::clamp<std::int64_t>(ext_lo_, clip.left, clip.right);
     const std::int64_t hi = std::clamp<std::int64_t>(ext_hi_, clip.left, clip.right);
     if (hi - lo < kParityMaxBits) {
-      FillParity(clip, lo, hi, sink);
+      FillParity(clip, lo, hi, sink, direct ? &target : nullptr);
       return;
     }
   }
@@ -298,7 +306,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
 }
 
 void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi,
-                                SpanSink& sink) {
+                                SpanSink& sink, const SolidTarget* target) {
   // Pixel x is inside when an odd number of crossings give pixels at or left of it: toggling
   // bit (px - lo) per crossing and reading the set bits left to right yields the span ends in
   // order, with crossings that share a pixel cancelled, so no sort is needed.
@@ -334,6 +342,26 @@ void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t
     // Read the row back, clearing it for the next one.
     bool open = false;
     int start = 0;
+    if (target != nullptr) {
+      // Runs stored straight into the bitmap, which holds the clip box.
+      std::uint32_t* const row = target->bits + target->stride * y;
+      for (std::int64_t w = first >> 6; w <= (last >> 6); ++w) {
+        std::uint64_t m = bits[w];
+        if (m == 0) continue;
+        bits[w] = 0;
+        const int base = static_cast<int>(lo + w * 64);
+        do {
+          const int x = base + std::countr_zero(m);
+          m &= m - 1;
+          if (open) StoreRun(row + start, x - start, target->value);
+          start = x;
+          open = !open;
+        } while (m != 0);
+      }
+      ++y;
+      if (y >= clip.bottom) break;
+      continue;
+    }
     for (std::int64_t w = first >> 6; w <= (last >> 6); ++w) {
       std::uint64_t m = bits[w];
       if (m == 0) continue;

@@ -47,7 +47,10 @@ class PolygonScanner {
   void AddEdge(PointFx a, PointFx b, const IRect& clip);
   // FillParity walks the rows of an alternate fill by toggling one bit per edge crossing in a
   // row of bits over the pixel columns [lo, hi]; the set bits, in order, are the span ends.
-  void FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi, SpanSink& sink);
+  // With a target (the sink's plain-copy bitmap, which holds the clip box) the runs are stored
+  // into it directly.
+  void FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi, SpanSink& sink,
+                  const SolidTarget* target);
 
   std::vector<Edge> edges_;
   std::vector<std::uint64_t> active_;  // sort keys: clamped pixel x, then edge index

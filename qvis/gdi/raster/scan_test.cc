@@ -249,6 +249,14 @@ TEST(PolygonScanTest, ParityRowsMatchTheSortedWalker) {
   };
   PolygonScanner parity, walker;
   walker.set_parity_rows(false);
+  // The parity rows also store runs straight into a plain-copy blitter's bitmap.
+  constexpr int kSide = 72;
+  BitmapData bitmap;
+  bitmap.width = kSide;
+  bitmap.height = kSide;
+  bitmap.stride = 4 * kSide;
+  bitmap.bits = std::make_unique<std::uint8_t[]>(4u * kSide * kSide);
+  SolidBlitter32 blitter;
   for (int k = 0; k < 400; ++k) {
     const int polygons = static_cast<int>(uni(1, 3));
     std::vector<int> counts;
@@ -275,6 +283,19 @@ TEST(PolygonScanTest, ParityRowsMatchTheSortedWalker) {
     parity.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, a);
     walker.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, b);
     ASSERT_EQ(Pixels(a), Pixels(b)) << "figure set " << k;
+    std::memset(bitmap.bits.get(), 0, 4u * kSide * kSide);
+    blitter.Reset(&bitmap, 0x10203, kRop2CopyPen);
+    parity.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, blitter);
+    PixelSet stored, want;
+    for (int y = 0; y < kSide; ++y) {
+      for (int x = 0; x < kSide; ++x) {
+        if (bitmap.Row32(y)[x] != 0) stored.insert({x, y});
+      }
+    }
+    for (const Pixel& p : Pixels(b)) {
+      if (p.first >= 0 && p.first < kSide && p.second >= 0 && p.second < kSide) want.insert(p);
+    }
+    ASSERT_EQ(stored, want) << "figure set " << k << " stored directly";
     for (const Span& s : a.spans()) {
       EXPECT_TRUE(s.y >= clip.top && s.y < clip.bottom && s.x0 >= clip.left && s.x1 <= clip.right);
     }

@@ -174,11 +174,13 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
         bits[major * major_stride + minor * minor_stride] = value;
       }
       major += step;
+      // The remainder is the loop's one chain from pixel to pixel: the wrapped value is
+      // computed beside the test and then chosen, three steps a pixel (masking it took five).
       q += dq;
       r += dr;
-      const std::int64_t carry = r >= den64 ? 1 : 0;
-      q += carry;
-      r -= den64 & -carry;
+      const std::int64_t wrapped = r - den64;
+      q += wrapped >= 0 ? 1 : 0;
+      r = wrapped >= 0 ? wrapped : r;
     }
     return;
   }

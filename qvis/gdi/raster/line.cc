@@ -115,7 +115,8 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
   const std::int64_t n = std::llabs(dmaj);  // pixels drawn: start in, end out
   const int period = style ? std::max(style->period, 1) : 1;
   const std::int64_t pos0 = style ? style->pos : 0;
-  if (style) style->pos = static_cast<int>((pos0 + n) % period);
+  // (A solid pen's period is 1: no division for the line every drawing is full of.)
+  if (style) style->pos = period == 1 ? 0 : static_cast<int>((pos0 + n) % period);
   const bool solid = style == nullptr || style->IsSolid();
   // A solid line into a sink that only stores one word per pixel is stored here, pixel by
   // pixel, with no spans in between: most of a line's pixels are runs of one.
@@ -156,7 +157,8 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
     r = static_cast<std::int64_t>(num - i128{q} * den64);
   }
   const std::int64_t dnum = 2 * dmin;  // |dmin| <= n, so the step is -1, 0 or +1 per pixel
-  const std::int64_t dq = FloorDiv(dnum, den64);
+  // floor(dmin / n) for -n <= dmin <= n, without a division.
+  const std::int64_t dq = dmin < 0 ? -1 : (dmin == n ? 1 : 0);
   const std::int64_t dr = dnum - dq * den64;
 
   std::int64_t major = major0 + step * i_lo;

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "qvis/gdi/dc.h"
+#include "qvis/gdi/raster/solid_run.h"
 
 namespace qvis::gdi {
 
@@ -59,16 +60,25 @@ void SolidBlitter32::Reset(BitmapData* bitmap, std::uint32_t pixel, int rop2) {
 
 void SolidBlitter32::Blit(const Span* spans, int count) {
   if (copy_) {
-    // The common case, short spans of one colour: stored here rather than through a call.
+    // The common case, short spans of one colour: stored here rather than through a call. The
+    // bitmap's fields are read once: the pixel stores could otherwise alias them.
     const std::uint32_t value = pixel_ & 0x00FFFFFFu;
+    std::uint8_t* const bits = bitmap_->bits.get();
+    const std::ptrdiff_t stride = bitmap_->stride;
+    const int width = bitmap_->width;
+    const unsigned height = static_cast<unsigned>(bitmap_->height);
     for (int i = 0; i < count; ++i) {
-      int x0, x1;
-      if (!ClampSpan(bitmap_, spans[i], &x0, &x1)) continue;
-      std::uint32_t* row = bitmap_->Row32(spans[i].y);
-      if (x1 - x0 <= 32) {
-        for (int x = x0; x < x1; ++x) row[x] = value;
+      const Span& s = spans[i];
+      if (static_cast<unsigned>(s.y) >= height) continue;
+      const int x0 = std::max(s.x0, 0);
+      const int x1 = std::min(s.x1, width);
+      const int n = x1 - x0;
+      if (n <= 0) continue;
+      std::uint32_t* const p = reinterpret_cast<std::uint32_t*>(bits + stride * s.y) + x0;
+      if (n <= 32) {
+        StoreRun(p, n, value);
       } else {
-        fn_(row + x0, x1 - x0, pixel_);
+        fn_(p, n, pixel_);
       }
     }
     return;
@@ -78,6 +88,16 @@ void SolidBlitter32::Blit(const Span* spans, int count) {
     if (!ClampSpan(bitmap_, spans[i], &x0, &x1)) continue;
     fn_(bitmap_->Row32(spans[i].y) + x0, x1 - x0, pixel_);
   }
+}
+
+bool SolidBlitter32::Solid(SolidTarget* target) const {
+  // Only the plain copy stores a constant word; rows must hold whole pixels.
+  if (!copy_ || bitmap_->stride % 4 != 0) return false;
+  target->bits = bitmap_->Row32(0);
+  target->stride = bitmap_->stride / 4;
+  target->bounds = bitmap_->Bounds();
+  target->value = pixel_ & 0x00FFFFFFu;
+  return true;
 }
 
 void SolidBlitter32::BlitRect(const IRect& box) {

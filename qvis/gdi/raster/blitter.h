@@ -53,6 +53,7 @@ class SolidBlitter32 final : public SpanSink {
   void Reset(BitmapData* bitmap, std::uint32_t pixel, int rop2);
   void Blit(const Span* spans, int count) override;
   void BlitRect(const IRect& box) override;
+  bool Solid(SolidTarget* target) const override;
 
  private:
   BitmapData* bitmap_ = nullptr;

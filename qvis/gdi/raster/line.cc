@@ -113,15 +113,21 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
   const std::int64_t dmin = x_major ? dy : dx;
   const int step = dmaj > 0 ? 1 : -1;
   const std::int64_t n = std::llabs(dmaj);  // pixels drawn: start in, end out
-  const std::int64_t maj_lo = x_major ? clip.left : clip.top;
-  const std::int64_t maj_hi = x_major ? clip.right : clip.bottom;
-  const std::int64_t min_lo = x_major ? clip.top : clip.left;
-  const std::int64_t min_hi = x_major ? clip.bottom : clip.right;
-
   const int period = style ? std::max(style->period, 1) : 1;
   const std::int64_t pos0 = style ? style->pos : 0;
-  if (style) style->pos = static_cast<int>((pos0 + n) % period);
-  if (clip.IsEmpty()) return;
+  // (A solid pen's period is 1: no division for the line every drawing is full of.)
+  if (style) style->pos = period == 1 ? 0 : static_cast<int>((pos0 + n) % period);
+  const bool solid = style == nullptr || style->IsSolid();
+  // A solid line into a sink that only stores one word per pixel is stored here, pixel by
+  // pixel, with no spans in between: most of a line's pixels are runs of one.
+  SolidTarget target;
+  const bool direct = solid && on.Solid(&target);
+  const IRect box = direct ? clip.Intersect(target.bounds) : clip;
+  if (box.IsEmpty()) return;
+  const std::int64_t maj_lo = x_major ? box.left : box.top;
+  const std::int64_t maj_hi = x_major ? box.right : box.bottom;
+  const std::int64_t min_lo = x_major ? box.top : box.left;
+  const std::int64_t min_hi = x_major ? box.bottom : box.right;
 
   // Visible index range along the major axis.
   std::int64_t i_lo, i_hi;
@@ -137,21 +143,54 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
   if (i_lo >= i_hi) return;
 
   // minor(i) = ceil((2 * (minor0 * n + i * dmin) - n) / (2n)): nearest, ties to the smaller.
-  const i128 den = i128{2} * n;
-  i128 num = i128{2} * (i128{minor0} * n + i128{i_lo} * dmin) - n;
-  std::int64_t q = static_cast<std::int64_t>(FloorDiv(num, den));
-  std::int64_t r = static_cast<std::int64_t>(num - i128{q} * den);
+  // Segments shorter than 2^29 pixels whose minor start is below 2^31 (every one an int
+  // coordinate gives) keep the numerator below 2^63; the 128-bit division is a library call.
+  const std::int64_t den64 = 2 * n;
+  std::int64_t q, r;
+  if (n < (std::int64_t{1} << 29)) {
+    const std::int64_t num = 2 * (minor0 * n + i_lo * dmin) - n;
+    q = FloorDiv(num, den64);
+    r = num - q * den64;
+  } else {
+    const i128 num = i128{2} * (i128{minor0} * n + i128{i_lo} * dmin) - n;
+    q = static_cast<std::int64_t>(FloorDiv(num, i128{den64}));
+    r = static_cast<std::int64_t>(num - i128{q} * den64);
+  }
   const std::int64_t dnum = 2 * dmin;  // |dmin| <= n, so the step is -1, 0 or +1 per pixel
-  const std::int64_t dq = static_cast<std::int64_t>(FloorDiv(dnum, den));
-  const std::int64_t dr = static_cast<std::int64_t>(dnum - i128{dq} * den);
-  const std::int64_t den64 = static_cast<std::int64_t>(den);
+  // floor(dmin / n) for -n <= dmin <= n, without a division.
+  const std::int64_t dq = dmin < 0 ? -1 : (dmin == n ? 1 : 0);
+  const std::int64_t dr = dnum - dq * den64;
+
+  std::int64_t major = major0 + step * i_lo;
+  if (direct) {
+    // The minor coordinate moves monotonically, so the test that keeps it inside the box is
+    // true over one stretch of the loop and costs no mispredictions; the carry is arithmetic.
+    const std::uint64_t min_span = static_cast<std::uint64_t>(min_hi - min_lo);
+    const std::ptrdiff_t major_stride = x_major ? 1 : target.stride;
+    const std::ptrdiff_t minor_stride = x_major ? target.stride : 1;
+    std::uint32_t* const bits = target.bits;
+    const std::uint32_t value = target.value;
+    for (std::int64_t i = i_lo; i < i_hi; ++i) {
+      const std::int64_t minor = q + (r > 0 ? 1 : 0);
+      if (static_cast<std::uint64_t>(minor - min_lo) < min_span) {
+        bits[major * major_stride + minor * minor_stride] = value;
+      }
+      major += step;
+      // The remainder is the loop's one chain from pixel to pixel: the wrapped value is
+      // computed beside the test and then chosen, three steps a pixel (masking it took five).
+      q += dq;
+      r += dr;
+      const std::int64_t wrapped = r - den64;
+      q += wrapped >= 0 ? 1 : 0;
+      r = wrapped >= 0 ? wrapped : r;
+    }
+    return;
+  }
 
   const std::uint32_t mask = style ? style->mask : 0xFFFFFFFFu;
   int spos = static_cast<int>((pos0 + i_lo) % period);
-  const bool solid = style == nullptr || style->IsSolid();
 
   Runs runs(on, solid ? nullptr : gaps);
-  std::int64_t major = major0 + step * i_lo;
   for (std::int64_t i = i_lo; i < i_hi; ++i) {
     const std::int64_t minor = q + (r > 0 ? 1 : 0);
     if (minor >= min_lo && minor < min_hi) {

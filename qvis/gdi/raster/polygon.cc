@@ -5,19 +5,26 @@
 #include "qvis/gdi/raster/polygon.h"
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 
 #include "qvis/compat/int128.h"
 #include "qvis/compat/int_math.h"
+#include "qvis/gdi/raster/solid_run.h"
 
 namespace qvis::gdi {
 
 // Active edge lists longer than this are sorted in full rather than by insertion.
 constexpr std::size_t kInsertionSortLimit = 64;
+// Alternate fills with more edges than this take the parity rows: a star or any outline whose
+// edges cross keeps reordering a sorted list, while a toggled bit needs no order at all. Fewer
+// edges (boxes, triangles) keep the walker, which also emits runs of equal rows as one box.
+constexpr std::size_t kParityMinEdges = 4;
+// Widest pixel range the parity rows cover (in bits: 8 KB of row).
+constexpr std::int64_t kParityMaxBits = std::int64_t{1} << 16;
 namespace {
 
 using i128 = Int128;  // exact products of 64-bit coordinates
-
 
 }  // namespace
 
@@ -34,14 +41,27 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
   const std::int64_t top = std::max<std::int64_t>(row_top, clip.top);
   const std::int64_t end = std::min<std::int64_t>(row_end, clip.bottom);
   if (top >= end) return;
-  Edge e;
+  // Filled in place: an edge built on the stack and then copied into the list was stored
+  // field by field and read back in wider pieces, which the processor cannot forward.
+  Edge& e = edges_.emplace_back();
   e.y_top = static_cast<int>(top);
   e.y_end = static_cast<int>(end);
   e.dir = dir;
+  // The crossings lie between the end points, so the pixels they give (the first at or right
+  // of each) lie between the ceilings of the end points' x.
+  ext_lo_ = std::min<std::int64_t>(ext_lo_, CeilDiv(std::min(a.x, b.x), kFixOne));
+  ext_hi_ = std::max<std::int64_t>(ext_hi_, CeilDiv(std::max(a.x, b.x), kFixOne));
   // x crossing at row y, in pixels: (a.x * dy + (y * kFixOne - a.y) * dx) / (kFixOne * dy).
   constexpr std::int64_t kSmall = std::int64_t{1} << 30;  // products stay below 2^62
   auto small = [](std::int64_t v) { return v > -kSmall && v < kSmall; };
-  if (small(a.x) && small(a.y) && small(b.x) && small(b.y)) {
+  if (a.x == b.x && small(a.y) && small(b.y)) {
+    // A vertical edge (the stair steps of every dot and round cap): the crossing is a.x on
+    // every row, so the floor and remainder come from the fraction bits without a division.
+    const std::int64_t dy = b.y - a.y;
+    e.x = a.x >> kFixShift;  // arithmetic shift: the floor for negative x too
+    e.rem = (a.x & (kFixOne - 1)) * dy;
+    e.den = dy * kFixOne;
+  } else if (small(a.x) && small(a.y) && small(b.x) && small(b.y)) {
     const std::int64_t dy = b.y - a.y, dx = b.x - a.x, den = dy * kFixOne;
     const std::int64_t num = a.x * dy + (top * kFixOne - a.y) * dx;
     e.x = FloorDiv(num, den);
@@ -60,7 +80,6 @@ void PolygonScanner::AddEdge(PointFx a, PointFx b, const IRect& clip) {
     e.rem_step = static_cast<std::int64_t>(dx * kFixOne - i128{e.step} * den);
     e.den = static_cast<std::int64_t>(den);
   }
-  edges_.push_back(e);
 }
 
 void PolygonScanner::Fill(const PointI* points, const int* counts, int polygons, FillRule rule,
@@ -76,21 +95,41 @@ void PolygonScanner::Fill(const PointI* points, const int* counts, int polygons,
 }
 
 void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons, FillRule rule,
-                          const IRect& clip, SpanSink& sink) {
-  if (clip.IsEmpty() || points == nullptr || counts == nullptr) return;
+                          const IRect& clip_box, SpanSink& sink) {
+  if (points == nullptr || counts == nullptr) return;
+  // A sink that only stores words into a bitmap keeps nothing outside it: filling the part of
+  // the clip inside the bitmap gives the same pixels there (a crossing left of the box still
+  // counts for every pixel right of it), and lets the parity rows store their runs directly.
+  SolidTarget target;
+  const bool direct = sink.Solid(&target);
+  const IRect clip = direct ? clip_box.Intersect(target.bounds) : clip_box;
+  if (clip.IsEmpty()) return;
   edges_.clear();
+  ext_lo_ = INT64_MAX;
+  ext_hi_ = INT64_MIN;
   const PointFx* p = points;
   for (int i = 0; i < polygons; ++i) {
     const int n = counts[i];
     if (n <= 0) continue;
     if (n >= 2) {
-      for (int k = 0; k < n; ++k) AddEdge(p[k], p[(k + 1) % n], clip);
+      for (int k = 0; k + 1 < n; ++k) AddEdge(p[k], p[k + 1], clip);
+      AddEdge(p[n - 1], p[0], clip);
     }
     p += n;
   }
   if (edges_.empty()) return;
   std::sort(edges_.begin(), edges_.end(),
             [](const Edge& a, const Edge& b) { return a.y_top < b.y_top; });
+  if (rule == FillRule::kAlternate && parity_rows_ && edges_.size() > kParityMinEdges) {
+    // Clamped to the clip columns as the walker clamps: an edge left of every visible pixel
+    // toggles the first column, one right of them the column past the last.
+    const std::int64_t lo = std::clamp<std::int64_t>(ext_lo_, clip.left, clip.right);
+    const std::int64_t hi = std::clamp<std::int64_t>(ext_hi_, clip.left, clip.right);
+    if (hi - lo < kParityMaxBits) {
+      FillParity(clip, lo, hi, sink, direct ? &target : nullptr);
+      return;
+    }
+  }
 
   // The active edges are kept as sort keys: the edge's pixel x on the current row (the first
   // pixel at or right of its crossing) clamped to the clip columns, above the edge's index and,
@@ -122,8 +161,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
   // not it is kept and the count moves on only when it is: whether the winding is inside flips
   // unpredictably along a row of a self-crossing figure, and a branch there costs more than the
   // store.
-  constexpr int kBlock = 128;
-  Span block[kBlock];
+  Span* const block = block_;
   int blocked = 0;
   active_.clear();
   std::size_t next = 0;
@@ -155,6 +193,47 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
         }
         active_[j] = v;
       }
+    }
+    // Two edges and nothing else until one of them ends or another begins: the inside is what
+    // lies between them whatever the rule (the winding there is one edge's direction, never
+    // zero and always odd), so those rows need neither keys nor a sort. Convex figures spend
+    // nearly all their rows here.
+    if (active_.size() == 2 && !all_vertical) {
+      const std::size_t i0 = index_of(active_[0]), i1 = index_of(active_[1]);
+      Edge& e0 = edges_[i0];
+      Edge& e1 = edges_[i1];
+      int stop = std::min({e0.y_end, e1.y_end, clip.bottom});
+      if (next < edges_.size()) stop = std::min(stop, edges_[next].y_top);
+      for (; y < stop; ++y) {
+        const std::int64_t p0 = std::clamp<std::int64_t>(e0.x + (e0.rem > 0 ? 1 : 0), left, right);
+        const std::int64_t p1 = std::clamp<std::int64_t>(e1.x + (e1.rem > 0 ? 1 : 0), left, right);
+        const int l = static_cast<int>(std::min(p0, p1)), r = static_cast<int>(std::max(p0, p1));
+        block[blocked] = Span{y, l, r};
+        blocked += l < r ? 1 : 0;
+        if (blocked == kBlock) {
+          sink.Blit(block, blocked);
+          blocked = 0;
+        }
+        for (Edge* e : {&e0, &e1}) {
+          e->rem += e->rem_step;
+          const std::int64_t carry = e->rem >= e->den ? 1 : 0;
+          e->x += e->step + carry;
+          e->rem -= e->den & -carry;
+        }
+      }
+      // Back to keys for what is left of the two.
+      active_.clear();
+      all_vertical = true;
+      run_end = clip.bottom;
+      for (const std::size_t i : {i0, i1}) {
+        const Edge& e = edges_[i];
+        if (e.y_end <= y) continue;
+        if (e.step != 0 || e.rem_step != 0) all_vertical = false;
+        run_end = std::min(run_end, e.y_end);
+        active_.push_back(key_of(i));
+      }
+      if (y >= clip.bottom) break;
+      continue;
     }
     // Rows repeat exactly while every active edge is vertical: emit them as one box per span.
     int rows = 1;
@@ -221,6 +300,88 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
           (std::uint64_t{static_cast<std::uint32_t>(px) ^ 0x80000000u} << 32) | (key & 0xFFFFFFFFu);
     }
     active_.resize(kept);
+    if (y >= clip.bottom) break;
+  }
+  if (blocked > 0) sink.Blit(block, blocked);
+}
+
+void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi,
+                                SpanSink& sink, const SolidTarget* target) {
+  // Pixel x is inside when an odd number of crossings give pixels at or left of it: toggling
+  // bit (px - lo) per crossing and reading the set bits left to right yields the span ends in
+  // order, with crossings that share a pixel cancelled, so no sort is needed.
+  const std::size_t words = static_cast<std::size_t>((hi - lo) / 64 + 1);
+  if (parity_.size() < words) parity_.assign(words, 0);
+  std::uint64_t* const bits = parity_.data();
+  Span* const block = block_;
+  int blocked = 0;
+  active_.clear();
+  std::size_t next = 0;
+  int y = edges_.front().y_top;
+  while (next < edges_.size() || !active_.empty()) {
+    if (active_.empty()) y = std::max(y, edges_[next].y_top);
+    while (next < edges_.size() && edges_[next].y_top <= y) active_.push_back(next++);
+    // Toggle each edge's pixel, then step the edge to the next row or drop it.
+    std::int64_t first = hi - lo, last = 0;
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      Edge& e = edges_[static_cast<std::size_t>(active_[i])];
+      const std::int64_t off =
+          std::clamp<std::int64_t>(e.x + (e.rem > 0 ? 1 : 0), lo, hi) - lo;
+      bits[off >> 6] ^= std::uint64_t{1} << (off & 63);
+      first = std::min(first, off);
+      last = std::max(last, off);
+      if (e.y_end <= y + 1) continue;
+      e.rem += e.rem_step;
+      const std::int64_t carry = e.rem >= e.den ? 1 : 0;
+      e.x += e.step + carry;
+      e.rem -= e.den & -carry;
+      active_[kept++] = active_[i];
+    }
+    active_.resize(kept);
+    // Read the row back, clearing it for the next one.
+    bool open = false;
+    int start = 0;
+    if (target != nullptr) {
+      // Runs stored straight into the bitmap, which holds the clip box.
+      std::uint32_t* const row = target->bits + target->stride * y;
+      for (std::int64_t w = first >> 6; w <= (last >> 6); ++w) {
+        std::uint64_t m = bits[w];
+        if (m == 0) continue;
+        bits[w] = 0;
+        const int base = static_cast<int>(lo + w * 64);
+        do {
+          const int x = base + std::countr_zero(m);
+          m &= m - 1;
+          if (open) StoreRun(row + start, x - start, target->value);
+          start = x;
+          open = !open;
+        } while (m != 0);
+      }
+      ++y;
+      if (y >= clip.bottom) break;
+      continue;
+    }
+    for (std::int64_t w = first >> 6; w <= (last >> 6); ++w) {
+      std::uint64_t m = bits[w];
+      if (m == 0) continue;
+      bits[w] = 0;
+      const int base = static_cast<int>(lo + w * 64);
+      do {
+        const int x = base + std::countr_zero(m);
+        m &= m - 1;
+        if (open) {
+          block[blocked++] = Span{y, start, x};
+          if (blocked == kBlock) {
+            sink.Blit(block, blocked);
+            blocked = 0;
+          }
+        }
+        start = x;
+        open = !open;
+      } while (m != 0);
+    }
+    ++y;
     if (y >= clip.bottom) break;
   }
   if (blocked > 0) sink.Blit(block, blocked);

@@ -28,6 +28,10 @@ class PolygonScanner {
   void Fill(const PointI* points, const int* counts, int polygons, FillRule rule,
             const IRect& clip, SpanSink& sink);
 
+  // Whether alternate fills of many edges may take the parity rows (on by default). Off, every
+  // fill takes the sorted walker; the two give the same pixels, which the tests check.
+  void set_parity_rows(bool on) { parity_rows_ = on; }
+
  private:
   struct Edge {
     int y_top = 0;         // first row whose sample line the edge crosses
@@ -41,10 +45,24 @@ class PolygonScanner {
   };
 
   void AddEdge(PointFx a, PointFx b, const IRect& clip);
+  // FillParity walks the rows of an alternate fill by toggling one bit per edge crossing in a
+  // row of bits over the pixel columns [lo, hi]; the set bits, in order, are the span ends.
+  // With a target (the sink's plain-copy bitmap, which holds the clip box) the runs are stored
+  // into it directly.
+  void FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi, SpanSink& sink,
+                  const SolidTarget* target);
 
   std::vector<Edge> edges_;
   std::vector<std::uint64_t> active_;  // sort keys: clamped pixel x, then edge index
   std::vector<PointFx> fx_;
+  std::vector<std::uint64_t> parity_;  // all zero between rows
+  std::int64_t ext_lo_ = 0;  // first pixel column any kept edge can reach
+  std::int64_t ext_hi_ = 0;  // last such column
+  bool parity_rows_ = true;
+  // Spans of single rows gather here before they go to the sink: a member, since a local array
+  // of spans would be cleared on every call.
+  static constexpr int kBlock = 128;
+  Span block_[kBlock];
 };
 
 }  // namespace qvis::gdi

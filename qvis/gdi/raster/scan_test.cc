@@ -4,11 +4,15 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
+#include <memory>
 #include <random>
 #include <set>
 #include <utility>
 #include <vector>
 
+#include "qvis/gdi/dc.h"
+#include "qvis/gdi/raster/blitter.h"
 #include "qvis/gdi/raster/line.h"
 #include "qvis/gdi/raster/polygon.h"
 #include "qvis/gdi/raster/span.h"
@@ -210,6 +214,167 @@ TEST(PolygonScanTest, FixedPointVerticesSampleAtWholePixels) {
   PixelSet px = Pixels(sink);
   EXPECT_TRUE(px.count({2, 2}));
   EXPECT_FALSE(px.count({1, 2}));  // the edge lies 1/512 of a pixel right of x = 1 there
+}
+
+TEST(PolygonScanTest, VerticalSidesAtAnyFractionStartAtTheirCeiling) {
+  // A box whose sides lie anywhere between whole pixels, left or right of zero, covers the
+  // columns from the ceiling of its left x up to, not including, the ceiling of its right x.
+  PolygonScanner scanner;
+  for (std::int64_t left = -3 * kFixOne - 5; left <= 2 * kFixOne + 5; left += 37) {
+    for (std::int64_t right = left + 1; right <= left + 3 * kFixOne; right += 29) {
+      const PointFx box[4] = {{left, -kFixOne / 2}, {right, -kFixOne / 2},
+                              {right, 3 * kFixOne + 1}, {left, 3 * kFixOne + 1}};
+      const int n = 4;
+      RecordingSink sink;
+      scanner.Fill(box, &n, 1, FillRule::kWinding, {-10, -10, 10, 10}, sink);
+      PixelSet want;
+      const auto ceil_px = [](std::int64_t v) {
+        return static_cast<int>(v >= 0 ? (v + kFixOne - 1) / kFixOne : -((-v) / kFixOne));
+      };
+      for (int y = 0; y <= 3; ++y) {
+        for (int x = ceil_px(left); x < ceil_px(right); ++x) want.insert({x, y});
+      }
+      ASSERT_EQ(Pixels(sink), want) << "left " << left << " right " << right;
+    }
+  }
+}
+
+TEST(PolygonScanTest, ParityRowsMatchTheSortedWalker) {
+  // Alternate fills of many edges toggle bits per crossing instead of sorting the crossings.
+  // Random stars, several figures at once, fractional vertices, clips cutting through them and
+  // vertices far outside must give the walker's pixels exactly.
+  std::mt19937 rng(2024);
+  auto uni = [&](std::int64_t lo, std::int64_t hi) {
+    return std::uniform_int_distribution<std::int64_t>(lo, hi)(rng);
+  };
+  PolygonScanner parity, walker;
+  walker.set_parity_rows(false);
+  // The parity rows also store runs straight into a plain-copy blitter's bitmap.
+  constexpr int kSide = 72;
+  BitmapData bitmap;
+  bitmap.width = kSide;
+  bitmap.height = kSide;
+  bitmap.stride = 4 * kSide;
+  bitmap.bits = std::make_unique<std::uint8_t[]>(4u * kSide * kSide);
+  SolidBlitter32 blitter;
+  for (int k = 0; k < 400; ++k) {
+    const int polygons = static_cast<int>(uni(1, 3));
+    std::vector<int> counts;
+    std::vector<PointFx> pts;
+    for (int p = 0; p < polygons; ++p) {
+      const int n = static_cast<int>(uni(2, 30));
+      counts.push_back(n);
+      const std::int64_t cx = uni(-20, 80) * kFixOne + uni(0, kFixOne - 1);
+      const std::int64_t cy = uni(-20, 80) * kFixOne + uni(0, kFixOne - 1);
+      const std::int64_t reach = uni(1, 60) * kFixOne;
+      for (int i = 0; i < n; ++i) {
+        // Every few figures: whole-pixel vertices, so crossings land exactly on pixel columns
+        // and several edges share them; now and then one vertex very far away.
+        std::int64_t x = cx + uni(-reach, reach), y = cy + uni(-reach, reach);
+        if (k % 3 == 0) x = x / kFixOne * kFixOne, y = y / kFixOne * kFixOne;
+        if (uni(0, 40) == 0) x = uni(0, 1) ? std::int64_t{INT_MAX} * kFixOne : std::int64_t{INT_MIN} * kFixOne;
+        pts.push_back({x, y});
+      }
+    }
+    const IRect clip = k % 2 ? IRect{0, 0, 64, 64}
+                             : IRect{static_cast<int>(uni(-30, 30)), static_cast<int>(uni(-30, 30)),
+                                     static_cast<int>(uni(31, 100)), static_cast<int>(uni(31, 100))};
+    RecordingSink a, b;
+    parity.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, a);
+    walker.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, b);
+    ASSERT_EQ(Pixels(a), Pixels(b)) << "figure set " << k;
+    std::memset(bitmap.bits.get(), 0, 4u * kSide * kSide);
+    blitter.Reset(&bitmap, 0x10203, kRop2CopyPen);
+    parity.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, blitter);
+    PixelSet stored, want;
+    for (int y = 0; y < kSide; ++y) {
+      for (int x = 0; x < kSide; ++x) {
+        if (bitmap.Row32(y)[x] != 0) stored.insert({x, y});
+      }
+    }
+    for (const Pixel& p : Pixels(b)) {
+      if (p.first >= 0 && p.first < kSide && p.second >= 0 && p.second < kSide) want.insert(p);
+    }
+    ASSERT_EQ(stored, want) << "figure set " << k << " stored directly";
+    for (const Span& s : a.spans()) {
+      EXPECT_TRUE(s.y >= clip.top && s.y < clip.bottom && s.x0 >= clip.left && s.x1 <= clip.right);
+    }
+  }
+}
+
+TEST(CosmeticLineTest, SolidLinesStoredDirectlyMatchTheirSpans) {
+  // A solid line into a plain-copy blitter stores its pixels itself; the same line into a
+  // recording sink goes through spans. Random lines, short and long, far ends, clip boxes
+  // inside, across and beyond the bitmap must give the same pixels.
+  constexpr int kW = 64, kH = 48;
+  BitmapData bitmap;
+  bitmap.width = kW;
+  bitmap.height = kH;
+  bitmap.stride = 4 * kW;
+  bitmap.bits = std::make_unique<std::uint8_t[]>(4u * kW * kH);
+  SolidBlitter32 blitter;
+  std::mt19937 rng(77);
+  auto uni = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
+  for (int k = 0; k < 3000; ++k) {
+    const int reach = k % 10 == 0 ? 2000000000 : (k % 2 ? 100 : 30);
+    const PointI a{uni(-reach, reach) + 30, uni(-reach, reach) + 20};
+    const PointI b{k % 7 == 0 ? a.x + uni(-3, 3) : uni(-reach, reach) + 30,
+                   uni(-reach, reach) + 20};
+    const IRect clip = k % 3 == 0 ? IRect{-1000, -1000, 1000, 1000}
+                                  : IRect{uni(-10, 30), uni(-10, 20), uni(31, 80), uni(21, 60)};
+    std::memset(bitmap.bits.get(), 0, 4u * kW * kH);
+    blitter.Reset(&bitmap, 0xABCDEF, kRop2CopyPen);
+    LineStyle solid;
+    ScanCosmeticLine(a, b, clip, &solid, blitter, nullptr);
+    RecordingSink sink;
+    ScanCosmeticLine(a, b, clip, nullptr, sink, nullptr);
+    PixelSet want;
+    for (const Pixel& p : Pixels(sink)) {
+      if (p.first >= 0 && p.first < kW && p.second >= 0 && p.second < kH) want.insert(p);
+    }
+    PixelSet got;
+    for (int y = 0; y < kH; ++y) {
+      for (int x = 0; x < kW; ++x) {
+        if (bitmap.Row32(y)[x] != 0) got.insert({x, y});
+      }
+    }
+    ASSERT_EQ(got, want) << "line " << k << " (" << a.x << "," << a.y << ")-(" << b.x << ","
+                         << b.y << ")";
+  }
+}
+
+TEST(SolidBlitterTest, ShortAndLongRunsSetExactlyTheirPixels) {
+  // Runs of every length up to past the short-run stores, at every alignment, including ones
+  // hanging over the bitmap's sides, against pixels set one at a time.
+  BitmapData bitmap;
+  bitmap.width = 45;
+  bitmap.height = 6;
+  bitmap.stride = 4 * 48;
+  bitmap.bits = std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(bitmap.stride) * 6);
+  std::vector<std::uint32_t> want(48 * 6);
+  std::mt19937 rng(5);
+  for (std::size_t i = 0; i < want.size(); ++i) want[i] = rng() & 0xFFFFFFu;
+  std::memcpy(bitmap.bits.get(), want.data(), want.size() * 4);
+  SolidBlitter32 blitter;
+  std::vector<Span> spans;
+  std::uint32_t colour = 0x123456;
+  for (int len = 1; len <= 40; ++len) {
+    for (int x0 = -3; x0 < 48; x0 += 1 + len % 3) {
+      const int y = (len + x0 + 3) % 7 - 1;  // row -1 must be dropped
+      spans.push_back(Span{y, x0, x0 + len});
+    }
+    colour = (colour * 2654435761u) & 0xFFFFFFu;
+    blitter.Reset(&bitmap, colour, kRop2CopyPen);
+    blitter.Blit(spans.data(), static_cast<int>(spans.size()));
+    for (const Span& s : spans) {
+      if (s.y < 0 || s.y >= bitmap.height) continue;
+      for (int x = std::max(s.x0, 0); x < std::min(s.x1, bitmap.width); ++x) {
+        want[static_cast<std::size_t>(s.y * 48 + x)] = colour;
+      }
+    }
+    spans.clear();
+    ASSERT_EQ(std::memcmp(bitmap.bits.get(), want.data(), want.size() * 4), 0) << "length " << len;
+  }
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #ifndef QVIS_GDI_RASTER_SPAN_H_
 #define QVIS_GDI_RASTER_SPAN_H_
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "qvis/gdi/raster/geom.h"
@@ -18,6 +20,16 @@ struct Span {
   friend bool operator==(const Span&, const Span&) = default;
 };
 
+// SolidTarget is a 32-bpp bitmap that a sink fills with one colour by plain stores. A scan
+// converter that places single pixels (a one-pixel line) may store them itself, inside `bounds`,
+// rather than describe each as a span.
+struct SolidTarget {
+  std::uint32_t* bits = nullptr;  // pixel (x, y) is bits[y * stride + x]
+  std::ptrdiff_t stride = 0;      // in pixels
+  IRect bounds;                   // the pixels that may be written
+  std::uint32_t value = 0;        // the word every pixel becomes
+};
+
 // SpanSink receives the spans of one primitive. A primitive never sends the same pixel twice
 // (the invariant that makes XOR drawing reversible), and every span lies inside the clip box the
 // converter was given. Spans come in batches to keep virtual calls off the per-pixel path.
@@ -28,6 +40,13 @@ class SpanSink {
   virtual void Blit(const Span* spans, int count) = 0;
   // BlitRect covers the box; the default splits it into rows. An empty box: nothing.
   virtual void BlitRect(const IRect& box);
+  // Solid tells whether covering a pixel is just storing one word into a bitmap, and where:
+  // true fills `target`. The default (clipping, blending, patterns, raster operations that
+  // read the destination): false.
+  virtual bool Solid(SolidTarget* target) const {
+    (void)target;
+    return false;
+  }
 };
 
 // NullSink drops everything (a null pen or brush, R2_NOP, an empty clip).

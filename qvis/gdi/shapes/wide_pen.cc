@@ -8,6 +8,7 @@
 #include <numbers>
 #include <utility>
 
+#include "qvis/compat/int_math.h"
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/raster/wide_pen_hook.h"
 #include "qvis/gdi/shapes/curve_flatten.h"
@@ -786,13 +787,181 @@ void WideOutlineRegion(DeviceContext& dc, const PointI* points, int count, bool 
   builder.Build(out);
 }
 
+namespace {
+
+// RowRuns collects the spans of one polygon row by row, at most two runs a row (a quadrilateral
+// has no more); `overflow` says one came that did not fit.
+class RowRuns final : public SpanSink {
+ public:
+  RowRuns(std::vector<int>& rows, int top, int count) : rows_(rows), top_(top), count_(count) {
+    rows_.assign(static_cast<std::size_t>(count) * 4, 0);
+  }
+  void Blit(const Span* spans, int n) override {
+    for (int i = 0; i < n; ++i) {
+      const Span& s = spans[i];
+      const int r = s.y - top_;
+      if (r < 0 || r >= count_) {
+        overflow = true;
+        continue;
+      }
+      int* row = &rows_[static_cast<std::size_t>(r) * 4];
+      if (row[0] == row[1]) {
+        row[0] = s.x0;
+        row[1] = s.x1;
+      } else if (row[2] == row[3]) {
+        row[2] = s.x0;
+        row[3] = s.x1;
+      } else {
+        overflow = true;
+      }
+    }
+  }
+  bool overflow = false;
+
+ private:
+  std::vector<int>& rows_;
+  int top_;
+  int count_;
+};
+
+const DotRows& CachedDotRows(std::int64_t width, PolygonScanner& scanner, StrokeScratch& work) {
+  constexpr std::size_t kSlots = 16;
+  for (const DotRows& d : work.dot_rows) {
+    if (d.width == width) return d;
+  }
+  // The dot's outline through the scan converter, as the general path fills it.
+  const DotOutline& dot = CachedDot(width, work);
+  DotRows rows;
+  rows.width = width;
+  rows.top = -1;
+  const int count = static_cast<int>(width) + 3;
+  std::vector<int> runs;
+  RowRuns sink(runs, rows.top, count);
+  const int n = static_cast<int>(dot.points.size());
+  if (n >= 3) {
+    scanner.Fill(dot.points.data(), &n, 1, FillRule::kWinding,
+                 IRect{-2, rows.top, static_cast<int>(width) + 3, rows.top + count}, sink);
+  }
+  rows.usable = !sink.overflow;
+  rows.lo.resize(static_cast<std::size_t>(count));
+  rows.hi.resize(static_cast<std::size_t>(count));
+  for (int r = 0; r < count; ++r) {
+    const int* row = &runs[static_cast<std::size_t>(r) * 4];
+    if (row[2] != row[3]) rows.usable = false;
+    rows.lo[static_cast<std::size_t>(r)] = row[0];
+    rows.hi[static_cast<std::size_t>(r)] = row[1];
+  }
+  if (work.dot_rows.size() < kSlots) {
+    work.dot_rows.push_back(std::move(rows));
+    return work.dot_rows.back();
+  }
+  work.next_dot_rows = (work.next_dot_rows + 1) % kSlots;
+  work.dot_rows[work.next_dot_rows] = std::move(rows);
+  return work.dot_rows[work.next_dot_rows];
+}
+
+// StrokeRoundSegment paints the segment a -> b (a != b) of a solid round-capped pen as the union
+// of its body and its two end dots, row by row: the body's spans from the scan converter, the
+// dots' from their cached rows. The general path fills the same three pieces by winding, which
+// for pieces that all wind one way is their union, so the pixels are the same; what it saves is
+// the dots' staircase edges, two per row, which cost most of a track. false: nothing was
+// painted (a piece this path does not take), and the caller takes the general path.
+bool StrokeRoundSegment(DeviceContext& dc, PointI a, PointI b, const StrokeStyle& style,
+                        const IRect& clip) {
+  StrokeScratch& work = dc.scratch.stroke;
+  const std::int64_t width = style.width;
+  if (width < 2 || width > kMaxSteppedDot) return false;
+  const DotRows& dot = CachedDotRows(width, dc.scanner, work);
+  if (!dot.usable) return false;
+  const PointI d = HeadingOf(a, b);
+  const Body body = SegmentBodyAlong(a, b, d.x, d.y, width, false, false);
+  const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
+  // The rows the body can reach, inside the clip.
+  std::int64_t ymin = quad[0].y, ymax = quad[0].y;
+  for (const PointFx& p : quad) {
+    ymin = std::min(ymin, p.y);
+    ymax = std::max(ymax, p.y);
+  }
+  const std::int64_t body_top = std::max<std::int64_t>(CeilDiv(ymin, kFixOne), clip.top);
+  const std::int64_t body_end = std::min<std::int64_t>(CeilDiv(ymax, kFixOne), clip.bottom);
+  // The dots' top-left pixels, as AddRoundDot places them.
+  const std::int64_t ax = std::int64_t{a.x} - width / 2, ay = std::int64_t{a.y} - width / 2;
+  const std::int64_t bx = std::int64_t{b.x} - width / 2, by = std::int64_t{b.y} - width / 2;
+  const std::int64_t dot_rows = static_cast<std::int64_t>(dot.lo.size());
+  const std::int64_t first = std::max<std::int64_t>(
+      std::min({ay + dot.top, by + dot.top, body_top}), clip.top);
+  const std::int64_t last = std::min<std::int64_t>(
+      std::max({ay + dot.top + dot_rows, by + dot.top + dot_rows, body_end}), clip.bottom);
+  // A very tall clip box crossed by a long segment: the outline pieces cost no memory per row.
+  constexpr std::int64_t kMaxRows = std::int64_t{1} << 16;
+  if (last - first > kMaxRows || body_end - body_top > kMaxRows) return false;
+  const int body_rows = static_cast<int>(std::max<std::int64_t>(body_end - body_top, 0));
+  RowRuns runs(work.body_rows, static_cast<int>(body_top), body_rows);
+  if (body_rows > 0 && SignedArea(quad, 4) != 0) {
+    const int four = 4;
+    dc.scanner.Fill(quad, &four, 1, FillRule::kWinding, clip, runs);
+    if (runs.overflow) return false;
+  }
+  SpanBatch batch(PenSink(dc));
+  for (std::int64_t y = first; y < last; ++y) {
+    // Up to four runs on the row, clipped; then in order of x, joined where they meet.
+    std::int64_t lo[4], hi[4];
+    int n = 0;
+    auto add = [&](std::int64_t l, std::int64_t h) {
+      l = std::max<std::int64_t>(l, clip.left);
+      h = std::min<std::int64_t>(h, clip.right);
+      if (l >= h) return;
+      int k = n++;
+      while (k > 0 && lo[k - 1] > l) {
+        lo[k] = lo[k - 1];
+        hi[k] = hi[k - 1];
+        --k;
+      }
+      lo[k] = l;
+      hi[k] = h;
+    };
+    if (y >= body_top && y < body_end) {
+      const int* row = &work.body_rows[static_cast<std::size_t>(y - body_top) * 4];
+      if (row[0] != row[1]) add(row[0], row[1]);
+      if (row[2] != row[3]) add(row[2], row[3]);
+    }
+    const std::int64_t ra = y - ay - dot.top, rb = y - by - dot.top;
+    if (ra >= 0 && ra < dot_rows) {
+      const std::size_t r = static_cast<std::size_t>(ra);
+      if (dot.lo[r] != dot.hi[r]) add(ax + dot.lo[r], ax + dot.hi[r]);
+    }
+    if (rb >= 0 && rb < dot_rows) {
+      const std::size_t r = static_cast<std::size_t>(rb);
+      if (dot.lo[r] != dot.hi[r]) add(bx + dot.lo[r], bx + dot.hi[r]);
+    }
+    int k = 0;
+    while (k < n) {
+      std::int64_t h = hi[k];
+      int j = k + 1;
+      while (j < n && lo[j] <= h) h = std::max(h, hi[j++]);
+      batch.Add(static_cast<int>(y), static_cast<int>(lo[k]), static_cast<int>(h));
+      k = j;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
 void StrokeWide(DeviceContext& dc, const PointI* points, int count, bool closed) {
   if (dc.pen == nullptr || dc.pen->IsNull() || count < 1) return;
   const IRect clip = ClipBox(dc);
   if (clip.IsEmpty()) return;
+  const StrokeStyle style = StyleOfSelectedPen(dc);
+  if (count == 2 && !closed && points[0] != points[1] && dc.scratch.stroke.segment_rows &&
+      style.cap == CapStyle::kRound && style.dash_count == 0 &&
+      !StrokeCoversBox(points, count, style, clip) &&
+      StrokeRoundSegment(dc, points[0], points[1], style, clip)) {
+    return;
+  }
   PolygonSet& set = dc.scratch.stroke.set;
   set.Clear();
-  BuildVisibleStroke(points, count, closed, StyleOfSelectedPen(dc), clip, &set, dc.scratch.stroke);
+  BuildVisibleStroke(points, count, closed, style, clip, &set, dc.scratch.stroke);
   if (set.counts.empty()) return;
   dc.scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                   FillRule::kWinding, clip, PenSink(dc));

@@ -64,6 +64,17 @@ struct DotOutline {
   std::vector<PointFx> points;
 };
 
+// DotRows: the pixels of a round dot of one width, row by row relative to its top-left pixel:
+// row r covers [lo[r], hi[r]) (lo == hi: none). `usable` is false when a row holds more than one
+// run, which the row-by-row painter does not take.
+struct DotRows {
+  std::int64_t width = 0;
+  int top = 0;  // the first row, relative to the top-left pixel
+  std::vector<int> lo;
+  std::vector<int> hi;
+  bool usable = false;
+};
+
 // StrokeScratch: the stroker's working memory and its few cached dot outlines (tracks use a
 // handful of widths), kept by the DC between calls so that warm stroking does not allocate.
 struct StrokeScratch {
@@ -75,6 +86,12 @@ struct StrokeScratch {
   PolygonSet set;                     // the outline pieces of one call
   std::vector<DotOutline> dots;
   std::size_t next_dot = 0;
+  // A lone round-ended segment is painted row by row from its body's spans and the spans of
+  // its two dots, read once per width from the dot outline (same pixels, no outline edges).
+  std::vector<DotRows> dot_rows;
+  std::size_t next_dot_rows = 0;
+  std::vector<int> body_rows;         // per row of the body: two [lo, hi) pairs
+  bool segment_rows = true;           // off: every stroke takes the outline pieces (tests)
 };
 
 // AddRoundDot appends the disc a round cap or join paints at pixel c: the elliptic region of the

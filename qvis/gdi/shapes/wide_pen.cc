@@ -279,7 +279,10 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
   if (style.join != JoinStyle::kMiter || cross == 0) return;
   // The miter tip: where the two outer edges meet.
   const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
+  // The tip is found from the body's own corners (a one-pixel body cut back has no edge left);
+  // the piece stands on the corner the bevel uses.
   const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
+  const PointFx in_cut = cross > 0 ? end_left : end_right;
   const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
   const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
   const PointFx cf = ToFx(c);
@@ -300,8 +303,10 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
   const double one = static_cast<double>(kFixOne);
   const PointFx tip{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
                     static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
-  const PointFx quad[4] = {cf, in_corner, tip, out_corner};
-  out->Add(quad, 4);
+  // The tip piece stands on the bevel's outer edge. Rounding can put the tip of a slight turn
+  // behind that edge; the triangle then still covers the pixels between, as the reference's do.
+  const PointFx piece[3] = {in_cut, tip, out_corner};
+  out->Add(piece, 3);
 }
 
 }  // namespace

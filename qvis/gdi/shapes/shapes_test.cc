@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <string>
@@ -430,6 +431,70 @@ void DrawLineWith(Canvas& c, HPEN pen, int x0, int y0, int x1, int y1) {
   c.Select(pen);
   MoveToEx(c.dc(), x0, y0, nullptr);
   LineTo(c.dc(), x1, y1);
+}
+
+// Clears the canvas to black and draws the polyline with `pen`.
+void DrawPolylineWith(Canvas& c, HPEN pen, std::initializer_list<CPoint> pts) {
+  c.Fill(0);
+  c.Select(pen);
+  const std::vector<CPoint> v(pts);
+  Polyline(c.dc(), v.data(), static_cast<int>(v.size()));
+}
+
+// The rows below were read off the reference renderer's pictures of the same polylines.
+TEST(WideJoinTest, RightAngleBevelIsCutFromTheLastRowOfTheIncomingBody) {
+  // East then south, 11 wide: the bevel starts one pixel short of the corner column, so its
+  // staircase is 1, 2, 4, 5 pixels rather than an even 45-degree one.
+  Canvas a(60, 50), b(60, 50);
+  DrawPolylineWith(a, WidePen(11, PS_ENDCAP_FLAT | PS_JOIN_BEVEL, 0xFFFFFF),
+                   {{5, 20}, {25, 20}, {25, 40}});
+  EXPECT_EQ(Row(a, 15, 20, 32), "#####.......");
+  EXPECT_EQ(Row(a, 16, 20, 32), "######......");
+  EXPECT_EQ(Row(a, 17, 20, 32), "#######.....");
+  EXPECT_EQ(Row(a, 18, 20, 32), "#########...");
+  EXPECT_EQ(Row(a, 19, 20, 32), "##########..");
+  EXPECT_EQ(Row(a, 20, 20, 32), "###########.");
+  // The same corner walked north then west: now the vertical body comes in and is cut one
+  // row short, so the staircase is the 1, 2, 3, 4 one and the two pictures differ.
+  DrawPolylineWith(b, WidePen(11, PS_ENDCAP_FLAT | PS_JOIN_BEVEL, 0xFFFFFF),
+                   {{25, 40}, {25, 20}, {5, 20}});
+  EXPECT_EQ(Row(b, 16, 20, 32), "######......");
+  EXPECT_EQ(Row(b, 17, 20, 32), "#######.....");
+  EXPECT_EQ(Row(b, 18, 20, 32), "########....");
+  EXPECT_EQ(Row(b, 19, 20, 32), "#########...");
+  EXPECT_EQ(Row(b, 20, 20, 32), "###########.");
+  // East then north: the lower corner is the even staircase 5, 4, 3, 2, 1.
+  DrawPolylineWith(a, WidePen(11, PS_ENDCAP_FLAT | PS_JOIN_BEVEL, 0xFFFFFF),
+                   {{5, 30}, {25, 30}, {25, 10}});
+  EXPECT_EQ(Row(a, 31, 20, 32), "##########..");
+  EXPECT_EQ(Row(a, 32, 20, 32), "#########...");
+  EXPECT_EQ(Row(a, 33, 20, 32), "########....");
+  EXPECT_EQ(Row(a, 34, 20, 32), "#######.....");
+  EXPECT_EQ(Row(a, 35, 20, 32), "######......");
+  EXPECT_EQ(Row(a, 36, 20, 32), "............");
+}
+
+TEST(WideJoinTest, ShortSegmentsLeaveNoGapOnTheInnerSide) {
+  // Segments shorter than the pen: beyond both body ends on the inside of the turn lies a patch
+  // that the join covers (the bevel spans the incoming end to both outgoing start corners).
+  for (DWORD join : {DWORD{PS_JOIN_BEVEL}, DWORD{PS_JOIN_MITER}}) {
+    Canvas c(60, 60);
+    DrawPolylineWith(c, WidePen(9, PS_ENDCAP_FLAT | join, 0xFFFFFF), {{40, 42}, {41, 45}, {43, 45}});
+    EXPECT_EQ(Row(c, 44, 40, 47), "######.") << join;
+    EXPECT_EQ(Row(c, 45, 40, 47), "#####..") << join;
+    EXPECT_EQ(Row(c, 46, 40, 47), "####...") << join;
+    EXPECT_EQ(Row(c, 47, 40, 47), "####...") << join;
+  }
+}
+
+TEST(WideJoinTest, AReversalPaintsNoExtraCornerPixel) {
+  // A thin pen turning almost straight back: the corner pixel itself is outside both bodies
+  // and the join does not add it.
+  Canvas c(60, 60);
+  DrawPolylineWith(c, WidePen(4, PS_ENDCAP_FLAT | PS_JOIN_BEVEL, 0xFFFFFF),
+                   {{38, 25}, {43, 38}, {37, 31}});
+  EXPECT_EQ(c.At(43, 38), 0u);
+  EXPECT_NE(c.At(42, 37), 0u);
 }
 
 TEST(DashedPenTest, FlatDashesScaleWithTheWidth) {

@@ -245,59 +245,69 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
 
 namespace {
 
-// AddJoin appends the bevel or miter piece at corner c between the segment bodies coming from
-// p0 and going to p2 (round joins are dots; the caller adds them), on the outer side of the turn.
-void AddJoin(const Body& in_body, const Body& out_body, PointI p0, PointI c, PointI p2,
-             const StrokeStyle& style, PolygonSet* out) {
-  const double d1x = static_cast<double>(c.x) - p0.x;
-  const double d1y = static_cast<double>(c.y) - p0.y;
-  const double d2x = static_cast<double>(p2.x) - c.x;
-  const double d2y = static_cast<double>(p2.y) - c.y;
+// JoinEnd: the end corners of the incoming body as the join sees them. An axis-aligned body's
+// flat end is its last whole row or column of pixels, so the join is cut from one pixel back
+// along the heading; a slanted body's corners are used as they are.
+void JoinEnd(const Body& in_body, PointI heading, PointFx* left, PointFx* right) {
+  *left = in_body.end_left;
+  *right = in_body.end_right;
+  if (heading.x != 0 && heading.y != 0) return;
+  const std::int64_t bx = heading.x > 0 ? kFixOne : (heading.x < 0 ? -kFixOne : 0);
+  const std::int64_t by = heading.y > 0 ? kFixOne : (heading.y < 0 ? -kFixOne : 0);
+  *left = PointFx{left->x - bx, left->y - by};
+  *right = PointFx{right->x - bx, right->y - by};
+}
+
+// AddJoin appends the bevel or miter piece at corner c between the body coming in along
+// in_heading and the one going out along out_heading (round joins are dots; the caller adds
+// them). The bevel is cut across the incoming body's end: the two triangles from that end to
+// each start corner of the outgoing body. On the outer side of the turn this is the bevel
+// proper; on the inner side it fills what short or sharply turning segments leave open between
+// the bodies. Which side is outer needs no test: both triangles are always added.
+void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, PointI c,
+             PointI out_heading, const StrokeStyle& style, PolygonSet* out) {
+  const double d1x = in_heading.x, d1y = in_heading.y;
+  const double d2x = out_heading.x, d2y = out_heading.y;
   const double cross = d1x * d2y - d1y * d2x;
-  if (cross == 0) return;  // straight on (or straight back: nothing to fill)
-  // Turning right on screen (y down) leaves the left edges outside.
+  if (cross == 0 && d1x * d2x + d1y * d2y > 0) return;  // straight on: the bodies meet
+  PointFx end_left;
+  PointFx end_right;
+  JoinEnd(in_body, in_heading, &end_left, &end_right);
+  const PointFx left_tri[3] = {end_left, end_right, out_body.start_left};
+  const PointFx right_tri[3] = {end_left, end_right, out_body.start_right};
+  out->Add(left_tri, 3);
+  out->Add(right_tri, 3);
+  if (style.join != JoinStyle::kMiter || cross == 0) return;
+  // The miter tip: where the two outer edges meet.
   const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
+  // The tip is found from the body's own corners (a one-pixel body cut back has no edge left);
+  // the piece stands on the corner the bevel uses.
   const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
+  const PointFx in_cut = cross > 0 ? end_left : end_right;
   const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
   const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
   const PointFx cf = ToFx(c);
-  bool miter = style.join == JoinStyle::kMiter;
-  PointFx tip;
-  if (miter) {
-    // The miter tip: where the two outer edges meet.
-    const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
-    const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
-    const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
-    const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
-    const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
-    const double den = ux * wy - uy * wx;
-    miter = den != 0;
-    if (miter) {
-      const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
-      const double mx = ax + ux * t;
-      const double my = ay + uy * t;
-      const double hw = static_cast<double>(style.width) / 2.0 * static_cast<double>(kFixOne);
-      const double ratio =
-          std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
-      miter = ratio <= style.miter_limit;
-      const double one = static_cast<double>(kFixOne);
-      tip = PointFx{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
+  const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
+  const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
+  const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
+  const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
+  const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
+  const double den = ux * wy - uy * wx;
+  if (den == 0) return;
+  const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
+  const double mx = ax + ux * t;
+  const double my = ay + uy * t;
+  const double hw = static_cast<double>(style.width) / 2.0 * static_cast<double>(kFixOne);
+  const double ratio =
+      std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
+  if (ratio > style.miter_limit) return;
+  const double one = static_cast<double>(kFixOne);
+  const PointFx tip{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
                     static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
-    }
-  }
-  if (miter) {
-    const PointFx quad[4] = {cf, in_corner, tip, out_corner};
-    out->Add(quad, 4);
-  } else {
-    const PointFx tri[3] = {cf, in_corner, out_corner};
-    out->Add(tri, 3);
-  }
-  // The corner pixel itself: its centre lies on the ends of both segment bodies and on the
-  // apex of the piece, where the edge rules can leave it out of all three.
-  const std::int64_t h = kFixOne / 2;
-  const PointFx dot[4] = {PointFx{cf.x - h, cf.y - h}, PointFx{cf.x + h, cf.y - h},
-                          PointFx{cf.x + h, cf.y + h}, PointFx{cf.x - h, cf.y + h}};
-  out->Add(dot, 4);
+  // The tip piece stands on the bevel's outer edge. Rounding can put the tip of a slight turn
+  // behind that edge; the triangle then still covers the pixels between, as the reference's do.
+  const PointFx piece[3] = {in_cut, tip, out_corner};
+  out->Add(piece, 3);
 }
 
 }  // namespace
@@ -358,7 +368,11 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
     AddRoundDot(v.front(), width, clip, out, work);
     AddRoundDot(v.back(), width, clip, out, work);
   }
-  // Joins between consecutive segments, on the outer side of the turn.
+  // Joins between consecutive segments.
+  auto HeadingAt = [&](int i) {
+    if (i < static_cast<int>(vd.size())) return vd[static_cast<std::size_t>(i)];
+    return HeadingOf(v[static_cast<std::size_t>(i)], v[static_cast<std::size_t>((i + 1) % n)]);
+  };
   const int first_join = closed ? 0 : 1;
   const int last_join = closed ? n - 1 : n - 2;
   for (int j = first_join; j <= last_join; ++j) {
@@ -370,8 +384,7 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
       continue;
     }
     AddJoin(bodies[static_cast<std::size_t>(in_seg)], bodies[static_cast<std::size_t>(out_seg)],
-            v[static_cast<std::size_t>(in_seg)], c, v[static_cast<std::size_t>((j + 1) % n)],
-            style, out);
+            HeadingAt(in_seg), c, HeadingAt(out_seg), style, out);
   }
 }
 
@@ -461,7 +474,7 @@ void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const Stro
     const PointFx quad[4] = {piece.start_left, piece.end_left, piece.end_right, piece.start_right};
     out->Add(quad, 4);
   }
-  AddJoin(in, next, p0, c, p2, style, out);
+  AddJoin(in, next, d0, c, d2, style, out);
 }
 
 // DashWalker: the position in a dash pattern while walking a polyline, and the dash being

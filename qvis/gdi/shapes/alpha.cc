@@ -100,8 +100,43 @@ void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bo
 
 bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
 
-// Points of the ellipse in the box from `start` over `sweep` degrees (clockwise on screen). An
-// angle names the point where its ray from the centre meets the ellipse.
+// Curve flattening. An ellipse or arc is first made of cubic Bezier pieces of at most a quarter
+// turn each (the handle length 4/3 tan(quarter of the piece's angle) times the radius), then each
+// piece is halved (de Casteljau) until the curve's midpoint lies within kFlatness of the piece's
+// chord. The pictures this must match come from that coarse polyline: a 60 x 40 ellipse is 20
+// straight pieces, not a smooth curve, so a finer flattening would move whole runs of pixels.
+constexpr double kFlatness = 0.5;
+constexpr int kMaxHalvings = 10;
+
+Vec Mid(Vec a, Vec b) { return Vec{(a.x + b.x) / 2, (a.y + b.y) / 2}; }
+
+// Distance of p from the line through a and b (from a when they coincide).
+double DistanceFromChord(Vec p, Vec a, Vec b) {
+  const double dx = b.x - a.x;
+  const double dy = b.y - a.y;
+  const double len = std::hypot(dx, dy);
+  if (!(len > 0)) return std::hypot(p.x - a.x, p.y - a.y);
+  return std::fabs((p.x - a.x) * dy - (p.y - a.y) * dx) / len;
+}
+
+// Appends the piece's points but its last one (the next piece or the caller adds that).
+void FlattenBezier(Vec p0, Vec p1, Vec p2, Vec p3, int depth, std::vector<Vec>* out) {
+  const Vec a = Mid(p0, p1);
+  const Vec b = Mid(p1, p2);
+  const Vec c = Mid(p2, p3);
+  const Vec d = Mid(a, b);
+  const Vec e = Mid(b, c);
+  const Vec m = Mid(d, e);  // the curve at t = 1/2
+  if (depth >= kMaxHalvings || DistanceFromChord(m, p0, p3) <= kFlatness) {
+    out->push_back(p0);
+    return;
+  }
+  FlattenBezier(p0, a, d, m, depth + 1, out);
+  FlattenBezier(m, e, c, p3, depth + 1, out);
+}
+
+// Points of the ellipse in the box from `start` over `sweep` degrees (clockwise on screen), both
+// ends included. An angle names the point where its ray from the centre meets the ellipse.
 std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double start,
                                   double sweep) {
   std::vector<Vec> pts;
@@ -130,20 +165,29 @@ std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double
   } else {
     t1 = t0;
   }
-  const double radius = std::max(rx, ry);
-  const double span = std::fabs(t1 - t0);
-  const int n = static_cast<int>(
-      std::clamp(std::ceil(span * std::sqrt(std::max(radius, 1.0)) * 2.0), 1.0, 4096.0));
-  for (int i = 0; i <= n; ++i) {
-    const double t = t0 + (t1 - t0) * i / n;
-    pts.push_back(Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)});
+  auto at = [&](double t) { return Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)}; };
+  const double quarter = std::numbers::pi / 2;
+  const int pieces =
+      std::max(1, static_cast<int>(std::ceil(std::fabs(t1 - t0) / quarter - 1e-9)));
+  const double step = (t1 - t0) / pieces;
+  const double handle = 4.0 / 3.0 * std::tan(step / 4);
+  for (int i = 0; i < pieces; ++i) {
+    const double a = t0 + step * i;
+    const double b = i + 1 == pieces ? t1 : a + step;
+    const Vec p0 = at(a);
+    const Vec p3 = at(b);
+    const Vec p1{p0.x - handle * rx * std::sin(a), p0.y + handle * ry * std::cos(a)};
+    const Vec p2{p3.x + handle * rx * std::sin(b), p3.y - handle * ry * std::cos(b)};
+    FlattenBezier(p0, p1, p2, p3, 0, &pts);
   }
+  pts.push_back(at(t1));
   return pts;
 }
 
 // A pen one pixel wide or thinner draws a thin line: along the major axis every whole position
-// from one end to the other (both included), the other coordinate rounded half up; each pixel
-// is blended once even where segments meet or cross.
+// that lies between the two ends (an end on a whole position included), the other coordinate
+// rounded half up; each pixel is blended once even where segments meet or cross. Flattened
+// curves end between pixels, and a position just outside a piece belongs to its neighbour.
 void AddThinSegment(Vec a, Vec b, const IRect& clip, SpanBatch* batch) {
   const double dx = b.x - a.x;
   const double dy = b.y - a.y;
@@ -153,8 +197,8 @@ void AddThinSegment(Vec a, Vec b, const IRect& clip, SpanBatch* batch) {
   const double d_major = x_major ? dx : dy;
   const double a_minor = x_major ? a.y : a.x;
   const double d_minor = x_major ? dy : dx;
-  double lo = std::floor(std::min(a_major, b_major) + 0.5);
-  double hi = std::floor(std::max(a_major, b_major) + 0.5);
+  double lo = std::ceil(std::min(a_major, b_major));
+  double hi = std::floor(std::max(a_major, b_major));
   // Only the positions that can land in the clip box are visited.
   lo = std::max(lo, static_cast<double>(x_major ? clip.left : clip.top));
   hi = std::min(hi, static_cast<double>(x_major ? clip.right : clip.bottom) - 1);

@@ -166,19 +166,22 @@ std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double
     t1 = t0;
   }
   auto at = [&](double t) { return Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)}; };
+  // The pieces end where the ellipse crosses an axis (whole quarters of the parameter), so a
+  // partial arc has a short first and last piece rather than equal pieces.
   const double quarter = std::numbers::pi / 2;
-  const int pieces =
-      std::max(1, static_cast<int>(std::ceil(std::fabs(t1 - t0) / quarter - 1e-9)));
-  const double step = (t1 - t0) / pieces;
-  const double handle = 4.0 / 3.0 * std::tan(step / 4);
-  for (int i = 0; i < pieces; ++i) {
-    const double a = t0 + step * i;
-    const double b = i + 1 == pieces ? t1 : a + step;
+  const double dir = t1 >= t0 ? 1.0 : -1.0;
+  double a = t0;
+  for (int guard = 0; guard < 8 && dir * (t1 - a) > 1e-12; ++guard) {
+    double b = dir > 0 ? (std::floor(a / quarter + 1e-9) + 1) * quarter
+                       : (std::ceil(a / quarter - 1e-9) - 1) * quarter;
+    if (dir * (b - t1) > 0) b = t1;
+    const double handle = 4.0 / 3.0 * std::tan((b - a) / 4);
     const Vec p0 = at(a);
     const Vec p3 = at(b);
     const Vec p1{p0.x - handle * rx * std::sin(a), p0.y + handle * ry * std::cos(a)};
     const Vec p2{p3.x + handle * rx * std::sin(b), p3.y - handle * ry * std::cos(b)};
     FlattenBezier(p0, p1, p2, p3, 0, &pts);
+    a = b;
   }
   pts.push_back(at(t1));
   return pts;
@@ -197,8 +200,10 @@ void AddThinSegment(Vec a, Vec b, const IRect& clip, SpanBatch* batch) {
   const double d_major = x_major ? dx : dy;
   const double a_minor = x_major ? a.y : a.x;
   const double d_minor = x_major ? dy : dx;
-  double lo = std::ceil(std::min(a_major, b_major));
-  double hi = std::floor(std::max(a_major, b_major));
+  // The slack keeps an end that rounding errors moved off a whole position on it.
+  constexpr double kSlack = 1e-9;
+  double lo = std::ceil(std::min(a_major, b_major) - kSlack);
+  double hi = std::floor(std::max(a_major, b_major) + kSlack);
   // Only the positions that can land in the clip box are visited.
   lo = std::max(lo, static_cast<double>(x_major ? clip.left : clip.top));
   hi = std::min(hi, static_cast<double>(x_major ? clip.right : clip.bottom) - 1);

@@ -95,7 +95,10 @@ void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bo
                              P(a.x - nx, a.y - ny)};
     out->Add(quad, 4);
   }
-  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact, out);
+  // Snapping the disc of a pen of 2 or less to whole pixels would square it off; the reference
+  // caps of such thin pens are the unsnapped disc.
+  const bool exact_discs = exact || width <= 2.0;
+  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact_discs, out);
 }
 
 bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }

@@ -169,15 +169,14 @@ std::vector<Vec> EllipseArcPoints(double x, double y, double w, double h, double
     t1 = t0;
   }
   auto at = [&](double t) { return Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)}; };
-  // The pieces end where the ellipse crosses an axis (whole quarters of the parameter), so a
-  // partial arc has a short first and last piece rather than equal pieces.
+  // Whole quarter turns of the parameter from the start, then what is left: the pieces begin at
+  // the arc's start, not where the ellipse crosses an axis, and are not evened out.
   const double quarter = std::numbers::pi / 2;
   const double dir = t1 >= t0 ? 1.0 : -1.0;
   double a = t0;
   for (int guard = 0; guard < 8 && dir * (t1 - a) > 1e-12; ++guard) {
-    double b = dir > 0 ? (std::floor(a / quarter + 1e-9) + 1) * quarter
-                       : (std::ceil(a / quarter - 1e-9) - 1) * quarter;
-    if (dir * (b - t1) > 0) b = t1;
+    double b = a + dir * quarter;
+    if (dir * (b - t1) > -1e-9) b = t1;
     const double handle = 4.0 / 3.0 * std::tan((b - a) / 4);
     const Vec p0 = at(a);
     const Vec p3 = at(b);

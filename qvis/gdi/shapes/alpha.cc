@@ -36,7 +36,7 @@ PointFx SnapFx(double x, double y) {
   return PointFx{snap(x), snap(y)};
 }
 
-// ExactFx keeps the fractions: curves are widened from their exact points.
+// ExactFx keeps the fractions, for the caps that must not be snapped.
 PointFx ExactFx(double x, double y) {
   auto fix = [](double v) {
     if (!(v == v)) return std::int64_t{0};
@@ -60,6 +60,7 @@ int DiscSides(double radius) {
   return static_cast<int>(std::clamp(sides, 8.0, 1024.0));
 }
 
+// A disc is snapped to whole pixels like the rest of the outline unless `exact`.
 void AddDisc(Vec c, double radius, bool exact, PolygonSet* out) {
   const int n = DiscSides(radius);
   std::vector<PointFx> pts;
@@ -74,10 +75,12 @@ void AddDisc(Vec c, double radius, bool exact, PolygonSet* out) {
   out->Add(pts.data(), static_cast<int>(pts.size()));
 }
 
-// Round-capped, round-joined outline of a polyline with real vertices.
-void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bool exact,
+// Round-capped, round-joined outline of a polyline with real vertices. Every corner of the
+// widened outline is snapped to whole pixels before the fill, curves included: that rounding is
+// what puts a wide translucent outline one pixel in or out on one side and not the other.
+void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bool curve,
                       PolygonSet* out) {
-  auto P = [exact](double x, double y) { return exact ? ExactFx(x, y) : SnapFx(x, y); };
+  auto P = [](double x, double y) { return SnapFx(x, y); };
   const double hw = width / 2.0;
   const std::size_t n = pts.size();
   if (n < 2) return;
@@ -95,9 +98,9 @@ void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bo
                              P(a.x - nx, a.y - ny)};
     out->Add(quad, 4);
   }
-  // Snapping the disc of a pen of 2 or less to whole pixels would square it off; the reference
-  // caps of such thin pens are the unsnapped disc.
-  const bool exact_discs = exact || width <= 2.0;
+  // Snapping the cap of a straight line of 2 or less to whole pixels would square it off; the
+  // reference keeps such caps unsnapped. The joins of a flattened curve are snapped at any width.
+  const bool exact_discs = !curve && width <= 2.0;
   for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact_discs, out);
 }
 
@@ -238,7 +241,6 @@ void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<
   pixels.Build().Emit(clip, AlphaSink(dc, argb));
 }
 
-// Straight strokes snap their outline to whole pixels; curves keep the exact outline.
 BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, bool closed,
                     double width, bool curve) {
   const IRect clip = ClipBox(*dc);

@@ -34,7 +34,7 @@ PointFx SnapFx(double x, double y) {
   return PointFx{snap(x), snap(y)};
 }
 
-// ExactFx keeps the fractions: curves are widened from their exact points.
+// ExactFx keeps the fractions, for the caps that must not be snapped.
 PointFx ExactFx(double x, double y) {
   auto fix = [](double v) {
     if (!(v == v)) return std::int64_t{0};
@@ -58,6 +58,7 @@ int DiscSides(double radius) {
   return static_cast<int>(std::clamp(sides, 8.0, 1024.0));
 }
 
+// A disc is snapped to whole pixels like the rest of the outline unless `exact`.
 void AddDisc(Vec c, double radius, bool exact, PolygonSet* out, std::vector<PointFx>& pts) {
   const int n = DiscSides(radius);
   pts.clear();
@@ -71,10 +72,12 @@ void AddDisc(Vec c, double radius, bool exact, PolygonSet* out, std::vector<Poin
   out->Add(pts.data(), static_cast<int>(pts.size()));
 }
 
-// Round-capped, round-joined outline of a polyline with real vertices.
-void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bool exact,
+// Round-capped, round-joined outline of a polyline with real vertices. Every corner of the
+// widened outline is snapped to whole pixels before the fill, curves included: that rounding is
+// what puts a wide translucent outline one pixel in or out on one side and not the other.
+void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bool curve,
                       PolygonSet* out, std::vector<PointFx>& disc) {
-  auto P = [exact](double x, double y) { return exact ? ExactFx(x, y) : SnapFx(x, y); };
+  auto P = [](double x, double y) { return SnapFx(x, y); };
   const double hw = width / 2.0;
   const std::size_t n = pts.size();
   if (n < 2) return;
@@ -92,13 +95,51 @@ void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bo
                              P(a.x - nx, a.y - ny)};
     out->Add(quad, 4);
   }
-  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact, out, disc);
+  // Snapping the cap of a straight line of 2 or less to whole pixels would square it off; the
+  // reference keeps such caps unsnapped. The joins of a flattened curve are snapped at any width.
+  const bool exact_discs = !curve && width <= 2.0;
+  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact_discs, out, disc);
 }
 
 bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
 
-// Points of the ellipse in the box from `start` over `sweep` degrees (clockwise on screen). An
-// angle names the point where its ray from the centre meets the ellipse.
+// Curve flattening. An ellipse or arc is first made of cubic Bezier pieces of at most a quarter
+// turn each (the handle length 4/3 tan(quarter of the piece's angle) times the radius), then each
+// piece is halved (de Casteljau) until the curve's midpoint lies within kFlatness of the piece's
+// chord. The pictures this must match come from that coarse polyline: a 60 x 40 ellipse is 20
+// straight pieces, not a smooth curve, so a finer flattening would move whole runs of pixels.
+constexpr double kFlatness = 0.5;
+constexpr int kMaxHalvings = 10;
+
+Vec Mid(Vec a, Vec b) { return Vec{(a.x + b.x) / 2, (a.y + b.y) / 2}; }
+
+// Distance of p from the line through a and b (from a when they coincide).
+double DistanceFromChord(Vec p, Vec a, Vec b) {
+  const double dx = b.x - a.x;
+  const double dy = b.y - a.y;
+  const double len = std::hypot(dx, dy);
+  if (!(len > 0)) return std::hypot(p.x - a.x, p.y - a.y);
+  return std::fabs((p.x - a.x) * dy - (p.y - a.y) * dx) / len;
+}
+
+// Appends the piece's points but its last one (the next piece or the caller adds that).
+void FlattenBezier(Vec p0, Vec p1, Vec p2, Vec p3, int depth, std::vector<Vec>* out) {
+  const Vec a = Mid(p0, p1);
+  const Vec b = Mid(p1, p2);
+  const Vec c = Mid(p2, p3);
+  const Vec d = Mid(a, b);
+  const Vec e = Mid(b, c);
+  const Vec m = Mid(d, e);  // the curve at t = 1/2
+  if (depth >= kMaxHalvings || DistanceFromChord(m, p0, p3) <= kFlatness) {
+    out->push_back(p0);
+    return;
+  }
+  FlattenBezier(p0, a, d, m, depth + 1, out);
+  FlattenBezier(m, e, c, p3, depth + 1, out);
+}
+
+// Points of the ellipse in the box from `start` over `sweep` degrees (clockwise on screen), both
+// ends included. An angle names the point where its ray from the centre meets the ellipse.
 std::vector<Vec>& EllipseArcPoints(double x, double y, double w, double h, double start,
                                    double sweep, std::vector<Vec>& pts) {
   pts.clear();
@@ -127,20 +168,31 @@ std::vector<Vec>& EllipseArcPoints(double x, double y, double w, double h, doubl
   } else {
     t1 = t0;
   }
-  const double radius = std::max(rx, ry);
-  const double span = std::fabs(t1 - t0);
-  const int n = static_cast<int>(
-      std::clamp(std::ceil(span * std::sqrt(std::max(radius, 1.0)) * 2.0), 1.0, 4096.0));
-  for (int i = 0; i <= n; ++i) {
-    const double t = t0 + (t1 - t0) * i / n;
-    pts.push_back(Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)});
+  auto at = [&](double t) { return Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)}; };
+  // Whole quarter turns of the parameter from the start, then what is left: the pieces begin at
+  // the arc's start, not where the ellipse crosses an axis, and are not evened out.
+  const double quarter = std::numbers::pi / 2;
+  const double dir = t1 >= t0 ? 1.0 : -1.0;
+  double a = t0;
+  for (int guard = 0; guard < 8 && dir * (t1 - a) > 1e-12; ++guard) {
+    double b = a + dir * quarter;
+    if (dir * (b - t1) > -1e-9) b = t1;
+    const double handle = 4.0 / 3.0 * std::tan((b - a) / 4);
+    const Vec p0 = at(a);
+    const Vec p3 = at(b);
+    const Vec p1{p0.x - handle * rx * std::sin(a), p0.y + handle * ry * std::cos(a)};
+    const Vec p2{p3.x + handle * rx * std::sin(b), p3.y - handle * ry * std::cos(b)};
+    FlattenBezier(p0, p1, p2, p3, 0, &pts);
+    a = b;
   }
+  pts.push_back(at(t1));
   return pts;
 }
 
 // A pen one pixel wide or thinner draws a thin line: along the major axis every whole position
-// from one end to the other (both included), the other coordinate rounded half up; each pixel
-// is blended once even where segments meet or cross.
+// that lies between the two ends (an end on a whole position included), the other coordinate
+// rounded half up; each pixel is blended once even where segments meet or cross. Flattened
+// curves end between pixels, and a position just outside a piece belongs to its neighbour.
 void AddThinSegment(Vec a, Vec b, const IRect& clip, SpanBatch* batch) {
   const double dx = b.x - a.x;
   const double dy = b.y - a.y;
@@ -150,8 +202,10 @@ void AddThinSegment(Vec a, Vec b, const IRect& clip, SpanBatch* batch) {
   const double d_major = x_major ? dx : dy;
   const double a_minor = x_major ? a.y : a.x;
   const double d_minor = x_major ? dy : dx;
-  double lo = std::floor(std::min(a_major, b_major) + 0.5);
-  double hi = std::floor(std::max(a_major, b_major) + 0.5);
+  // The slack keeps an end that rounding errors moved off a whole position on it.
+  constexpr double kSlack = 1e-9;
+  double lo = std::ceil(std::min(a_major, b_major) - kSlack);
+  double hi = std::floor(std::max(a_major, b_major) + kSlack);
   // Only the positions that can land in the clip box are visited.
   lo = std::max(lo, static_cast<double>(x_major ? clip.left : clip.top));
   hi = std::min(hi, static_cast<double>(x_major ? clip.right : clip.bottom) - 1);
@@ -185,7 +239,6 @@ void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<
   dc.scratch.fill_region.Emit(clip, AlphaSink(dc, argb));
 }
 
-// Straight strokes snap their outline to whole pixels; curves keep the exact outline.
 BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, bool closed,
                     double width, bool curve) {
   const IRect clip = ClipBox(*dc);

@@ -166,6 +166,19 @@ int FillModeOf(qvis::HDC dc) {
   return mode == WINDING ? WINDING : ALTERNATE;
 }
 
+// RotatedRectangleCorners: the device corners of the w x h rectangle centred on (cx, cy) and
+// turned by `angle` about its centre, as the rectangle pads' regions take them.
+void RotatedRectangleCorners(const CQVIS_GDI& surface, double cx, double cy, double w, double h,
+                             double angle, CPoint out[4]) {
+  const double xs[4] = {cx - w / 2, cx - w / 2, cx + w / 2, cx + w / 2};
+  const double ys[4] = {cy + h / 2, cy - h / 2, cy - h / 2, cy + h / 2};
+  for (int i = 0; i < 4; ++i) {
+    double rx = xs[i], ry = ys[i];
+    CQVIS_Math::Rotate(cx, cy, xs[i], ys[i], &rx, &ry, angle);
+    out[i] = CPoint(surface.WorldToDeviceX(rx), surface.WorldToDeviceY(ry));
+  }
+}
+
 }  // namespace
 
 // ----- Region makers -------------------------------------------------------------------------
@@ -200,14 +213,8 @@ qvis::HRGN CQVIS_GDI::GetRectangleRgn(double cx, double cy, double w, double h, 
 
 qvis::HRGN CQVIS_GDI::GetRectangleRgn(qvis::HDC hdc, double cx, double cy, double w, double h,
                                       double angle) {
-  const double xs[4] = {cx - w / 2, cx - w / 2, cx + w / 2, cx + w / 2};
-  const double ys[4] = {cy + h / 2, cy - h / 2, cy - h / 2, cy + h / 2};
   CPoint pts[4];
-  for (int i = 0; i < 4; ++i) {
-    double rx = xs[i], ry = ys[i];
-    CQVIS_Math::Rotate(cx, cy, xs[i], ys[i], &rx, &ry, angle);
-    pts[i] = CPoint(WorldToDeviceX(rx), WorldToDeviceY(ry));
-  }
+  RotatedRectangleCorners(*this, cx, cy, w, h, angle, pts);
   const qvis::HDC dc = ResolveDC(hdc);
   return ClippedPolygonRgn(dc, pts, 4, FillModeOf(dc));
 }
@@ -244,14 +251,8 @@ bool CQVIS_GDI::SetRectangleRgn(qvis::HRGN region, qvis::HDC, double x1, double 
 bool CQVIS_GDI::SetRectangleRgn(qvis::HRGN region, qvis::HDC hdc, double cx, double cy,
                                 double w, double h, double angle) {
   if (region == nullptr) return false;
-  const double xs[4] = {cx - w / 2, cx - w / 2, cx + w / 2, cx + w / 2};
-  const double ys[4] = {cy + h / 2, cy - h / 2, cy - h / 2, cy + h / 2};
   CPoint pts[4];
-  for (int i = 0; i < 4; ++i) {
-    double rx = xs[i], ry = ys[i];
-    CQVIS_Math::Rotate(cx, cy, xs[i], ys[i], &rx, &ry, angle);
-    pts[i] = CPoint(WorldToDeviceX(rx), WorldToDeviceY(ry));
-  }
+  RotatedRectangleCorners(*this, cx, cy, w, h, angle, pts);
   const qvis::HDC dc = ResolveDC(hdc);
   return ClippedPolygonInto(region, dc, pts, 4, FillModeOf(dc));
 }

@@ -196,7 +196,6 @@ struct ScratchArena {
   std::vector<PointI> path_fill;
   std::vector<int> path_counts;
   std::vector<Point2> alpha_points;      // alpha strokes: the line, ellipse or arc stroked
-  std::vector<PointFx> alpha_disc;       // alpha strokes: one round join
 };
 
 // DeviceContext: a memory DC over a bitmap, with GDI's state.

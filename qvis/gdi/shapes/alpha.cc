@@ -1,7 +1,7 @@
-// Alpha drawing: fills and round-capped strokes blended source-over. Strokes are the union of
-// the segment bodies and a disc at every vertex (round caps and round joins at once), with the
-// vertices snapped to whole pixels as the translucent path is filled; the union is filled by
-// winding, so each pixel is blended once.
+// Alpha drawing: fills and round-capped strokes blended source-over. A stroke wider than a pixel
+// is widened into outline polygons (round caps as Bezier half discs, corners joined straight),
+// snapped to whole pixels and filled by winding, so each pixel is blended once; a thinner one is
+// drawn as thin lines.
 #include "qvis/gdi/alpha.h"
 
 #include <algorithm>
@@ -13,6 +13,7 @@
 #include "qvis/gdi/dc.h"
 #include "qvis/gdi/gdi.h"
 #include "qvis/gdi/raster/line.h"
+#include "qvis/gdi/shapes/path_record.h"
 #include "qvis/gdi/shapes/wide_pen.h"
 
 namespace qvis::gdi {
@@ -25,25 +26,6 @@ using Vec = Point2;
 // conversion exact and the scan converter's arithmetic in range.
 constexpr double kCoordLimit = 1.0e12;
 
-PointFx SnapFx(double x, double y) {
-  auto snap = [](double v) {
-    if (!(v == v)) return std::int64_t{0};
-    v = std::clamp(std::round(v), -kCoordLimit, kCoordLimit);
-    return static_cast<std::int64_t>(v) * kFixOne;
-  };
-  return PointFx{snap(x), snap(y)};
-}
-
-// ExactFx keeps the fractions, for the caps that must not be snapped.
-PointFx ExactFx(double x, double y) {
-  auto fix = [](double v) {
-    if (!(v == v)) return std::int64_t{0};
-    v = std::clamp(v, -kCoordLimit, kCoordLimit);
-    return static_cast<std::int64_t>(std::round(v * static_cast<double>(kFixOne)));
-  };
-  return PointFx{fix(x), fix(y)};
-}
-
 SpanSink& AlphaSink(DeviceContext& dc, std::uint32_t argb) {
   FillSource src;
   src.kind = FillSource::Kind::kArgb;
@@ -51,55 +33,111 @@ SpanSink& AlphaSink(DeviceContext& dc, std::uint32_t argb) {
   return SourceSink(dc, src, dc.rop2);
 }
 
-// Segments used for a disc of this radius: fine enough that the snapped polygon is the round
-// shape, bounded for absurd radii.
-int DiscSides(double radius) {
-  const double sides = std::ceil(radius * 2.0);
-  return static_cast<int>(std::clamp(sides, 8.0, 1024.0));
-}
+// The widened outline of a stroke wider than 2 px, built as the reference widens a path: an open
+// figure is one closed outline (the start cap, one side through every corner, the end cap, the
+// other side back); a closed one is two, one per side, filled by winding into a ring. A round
+// cap is a half disc of two quarter-turn Bezier pieces (handles 0.5523 of the half width, the
+// length that makes a quarter of a circle). Every point is rounded to whole pixels and the
+// pieces are flattened as a path flattens its curves.
+class OutlineBuilder {
+ public:
+  OutlineBuilder(double width, PolygonSet* out) : hw_(width / 2.0), out_(out) {}
 
-// A disc is snapped to whole pixels like the rest of the outline unless `exact`.
-void AddDisc(Vec c, double radius, bool exact, PolygonSet* out, std::vector<PointFx>& pts) {
-  const int n = DiscSides(radius);
-  pts.clear();
-  for (int i = 0; i < n; ++i) {
-    const double a = 2.0 * std::numbers::pi * i / n;
-    const double px = c.x + radius * std::cos(a);
-    const double py = c.y + radius * std::sin(a);
-    const PointFx p = exact ? ExactFx(px, py) : SnapFx(px, py);
-    if (pts.empty() || pts.back() != p) pts.push_back(p);
+  void Open(const std::vector<Vec>& v) {
+    const std::size_t n = v.size();
+    Begin();
+    Cap(v[0], v[1]);
+    for (std::size_t i = 1; i + 1 < n; ++i) Joint(v[i - 1], v[i], v[i + 1]);
+    Cap(v[n - 1], v[n - 2]);
+    for (std::size_t i = n - 2; i >= 1; --i) Joint(v[i + 1], v[i], v[i - 1]);
+    End();
   }
-  out->Add(pts.data(), static_cast<int>(pts.size()));
-}
 
-// Round-capped, round-joined outline of a polyline with real vertices. Every corner of the
-// widened outline is snapped to whole pixels before the fill, curves included: that rounding is
-// what puts a wide translucent outline one pixel in or out on one side and not the other.
-void BuildRoundStroke(const std::vector<Vec>& pts, bool closed, double width, bool curve,
-                      PolygonSet* out, std::vector<PointFx>& disc) {
-  auto P = [](double x, double y) { return SnapFx(x, y); };
-  const double hw = width / 2.0;
-  const std::size_t n = pts.size();
-  if (n < 2) return;
-  const std::size_t segs = closed ? n : n - 1;
-  for (std::size_t i = 0; i < segs; ++i) {
-    const Vec a = pts[i];
-    const Vec b = pts[(i + 1) % n];
-    const double dx = b.x - a.x;
-    const double dy = b.y - a.y;
+  void Closed(const std::vector<Vec>& v) {
+    const std::size_t n = v.size();
+    Begin();
+    for (std::size_t i = 0; i < n; ++i) Joint(v[(i + n - 1) % n], v[i], v[(i + 1) % n]);
+    End();
+    Begin();
+    for (std::size_t i = n; i-- > 0;) Joint(v[(i + 1) % n], v[i], v[(i + n - 1) % n]);
+    End();
+  }
+
+ private:
+  static constexpr double kHandle = 0.5522847498307935;  // 4/3 (sqrt 2 - 1)
+
+  // Offset of the half width to the right of the walk from `from` towards `to`.
+  Vec Side(Vec from, Vec to) const {
+    const double dx = to.x - from.x;
+    const double dy = to.y - from.y;
     const double len = std::hypot(dx, dy);
-    if (!(len > 1e-12)) continue;
-    const double nx = -dy / len * hw;
-    const double ny = dx / len * hw;
-    const PointFx quad[4] = {P(a.x + nx, a.y + ny), P(b.x + nx, b.y + ny), P(b.x - nx, b.y - ny),
-                             P(a.x - nx, a.y - ny)};
-    out->Add(quad, 4);
+    if (!(len > 0)) return Vec{0, 0};
+    return Vec{dy / len * hw_, -dx / len * hw_};
   }
-  // Snapping the cap of a straight line of 2 or less to whole pixels would square it off; the
-  // reference keeps such caps unsnapped. The joins of a flattened curve are snapped at any width.
-  const bool exact_discs = !curve && width <= 2.0;
-  for (std::size_t i = 0; i < n; ++i) AddDisc(pts[i], hw, exact_discs, out, disc);
-}
+
+  // Nearest whole pixel, halves upward, kept far inside the fixed-point range.
+  static double Whole(double v) {
+    if (!(v == v)) return 0;
+    return std::clamp(std::floor(v + 0.5), -kCoordLimit, kCoordLimit);
+  }
+
+  void LineTo(Vec p) {
+    const PointFx q{static_cast<std::int64_t>(Whole(p.x)) * kFixOne,
+                    static_cast<std::int64_t>(Whole(p.y)) * kFixOne};
+    if (out_->points.size() == first_ || out_->points.back() != q) out_->points.push_back(q);
+  }
+
+  void CurveTo(Vec p0, Vec p1, Vec p2, Vec p3) {
+    LineTo(p0);
+    FlattenCubic(Whole(p0.x), Whole(p0.y), Whole(p1.x), Whole(p1.y), Whole(p2.x), Whole(p2.y),
+                 Whole(p3.x), Whole(p3.y), &out_->points);
+  }
+
+  // The round cap around the end `c` of the segment towards `next`: from the left of the walk
+  // into the line, round the tip, to its right.
+  void Cap(Vec c, Vec next) {
+    const Vec r = Side(c, next);
+    const Vec l{-r.x, -r.y};
+    const Vec d{r.y, -r.x};  // out of the line, half width long
+    auto at = [&](Vec u, double su, Vec w, double sw) {
+      return Vec{c.x + u.x * su + w.x * sw, c.y + u.y * su + w.y * sw};
+    };
+    CurveTo(at(l, 1, d, 0), at(l, 1, d, kHandle), at(d, 1, l, kHandle), at(d, 1, l, 0));
+    CurveTo(at(d, 1, l, 0), at(d, 1, r, kHandle), at(r, 1, d, kHandle), at(r, 1, d, 0));
+  }
+
+  // The corner at p2 between the segments from p1 and to p3, on the right of the walk: the
+  // ends of the two sides, joined straight.
+  void Joint(Vec p1, Vec p2, Vec p3) {
+    const Vec a = Side(p1, p2);
+    const Vec b = Side(p2, p3);
+    LineTo(Vec{p2.x + a.x, p2.y + a.y});
+    LineTo(Vec{p2.x + b.x, p2.y + b.y});
+  }
+
+  void Begin() { first_ = out_->points.size(); }
+
+  // Closes the figure; one that collapsed to fewer than three points is dropped.
+  void End() {
+    std::vector<PointFx>& p = out_->points;
+    if (p.size() > first_ + 1 && p.back() == p[first_]) p.pop_back();
+    const std::size_t n = p.size() - first_;
+    if (n < 3) {
+      p.resize(first_);
+      return;
+    }
+    out_->counts.push_back(static_cast<int>(n));
+  }
+
+  double hw_;
+  PolygonSet* out_;
+  std::size_t first_ = 0;
+};
+
+// Pens up to this width draw thin lines; from the next float up they are widened. The reference
+// turns at the square root of 2 (measured: 1.41424 is thin, 1.41425 wide), so a pen of 1.25 px
+// draws the one-pixel line, not a ragged outline of its own.
+constexpr double kThinWidthLimit = 1.41424;
 
 bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
 
@@ -189,7 +227,7 @@ std::vector<Vec>& EllipseArcPoints(double x, double y, double w, double h, doubl
   return pts;
 }
 
-// A pen one pixel wide or thinner draws a thin line: along the major axis every whole position
+// A pen up to the square root of 2 pixels wide draws a thin line: along the major axis every whole position
 // that lies between the two ends (an end on a whole position included), the other coordinate
 // rounded half up; each pixel is blended once even where segments meet or cross. Flattened
 // curves end between pixels, and a position just outside a piece belongs to its neighbour.
@@ -240,16 +278,21 @@ void BlendThinPolyline(DeviceContext& dc, std::uint32_t argb, const std::vector<
 }
 
 BOOL StrokeAndBlend(HDC dc, std::uint32_t argb, const std::vector<Vec>& pts, bool closed,
-                    double width, bool curve) {
+                    double width) {
   const IRect clip = ClipBox(*dc);
-  if (clip.IsEmpty()) return TRUE;
-  if (width <= 1.0) {
+  if (clip.IsEmpty() || pts.size() < 2) return TRUE;
+  if (width <= kThinWidthLimit) {
     BlendThinPolyline(*dc, argb, pts, closed, clip);
     return TRUE;
   }
   PolygonSet& set = dc->scratch.stroke.set;
   set.Clear();
-  BuildRoundStroke(pts, closed, width, curve, &set, dc->scratch.alpha_disc);
+  OutlineBuilder outline(width, &set);
+  if (closed) {
+    outline.Closed(pts);
+  } else {
+    outline.Open(pts);
+  }
   if (set.counts.empty()) return TRUE;
   dc->scanner.Fill(set.points.data(), set.counts.data(), static_cast<int>(set.counts.size()),
                    FillRule::kWinding, clip, AlphaSink(*dc, argb));
@@ -297,7 +340,7 @@ BOOL GpDrawLine(HDC dc, std::uint32_t argb, float width, int x1, int y1, int x2,
   std::vector<Vec>& pts = dc->scratch.alpha_points;
   pts.assign({Vec{static_cast<double>(x1), static_cast<double>(y1)},
               Vec{static_cast<double>(x2), static_cast<double>(y2)}});
-  return StrokeAndBlend(dc, argb, pts, false, width, false);
+  return StrokeAndBlend(dc, argb, pts, false, width);
 }
 
 BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width,
@@ -305,8 +348,9 @@ BOOL GpDrawEllipse(HDC dc, std::uint32_t argb, float pen_width, int x, int y, in
   if (dc == nullptr) return FALSE;
   if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
   std::vector<Vec>& pts = EllipseArcPoints(x, y, width, height, 0, 360, dc->scratch.alpha_points);
-  pts.pop_back();  // the closing point repeats the first
-  return StrokeAndBlend(dc, argb, pts, true, pen_width, true);
+  // The closing point repeats the first and is kept: the reference widens that empty last piece
+  // too, which pinches one side of the outline to the centre line where the ellipse starts.
+  return StrokeAndBlend(dc, argb, pts, true, pen_width);
 }
 
 BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
@@ -315,7 +359,7 @@ BOOL GpDrawArc(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int wi
   if (!UsableWidth(pen_width) || width == 0 || height == 0 || sweep == 0) return TRUE;
   const std::vector<Vec>& pts =
       EllipseArcPoints(x, y, width, height, start, sweep, dc->scratch.alpha_points);
-  return StrokeAndBlend(dc, argb, pts, false, pen_width, true);
+  return StrokeAndBlend(dc, argb, pts, false, pen_width);
 }
 
 BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int width, int height,
@@ -325,7 +369,7 @@ BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int wi
   std::vector<Vec>& pts =
       EllipseArcPoints(x, y, width, height, start, sweep, dc->scratch.alpha_points);
   pts.push_back(Vec{x + width / 2.0, y + height / 2.0});
-  return StrokeAndBlend(dc, argb, pts, true, pen_width, true);
+  return StrokeAndBlend(dc, argb, pts, true, pen_width);
 }
 
 }  // namespace qvis::gdi

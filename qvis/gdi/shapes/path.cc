@@ -16,6 +16,105 @@
 
 namespace qvis::gdi {
 namespace {
+// Curves are flattened in 1/16 pixel: each piece is halved until both control points lie within
+// a pixel of the chord (measured across its major axis) and between its ends, at most 8 times;
+// the ends of the pieces, rounded back to pixels, are the points.
+constexpr int kBezierShift = 4;
+constexpr std::int64_t kBezierPixel = std::int64_t{1} << kBezierShift;
+constexpr int kBezierDepth = 8;
+
+std::int64_t BezierDown(std::int64_t v) { return (v + (kBezierPixel >> 1)) >> kBezierShift; }
+
+struct BPoint {
+  std::int64_t x = 0;
+  std::int64_t y = 0;
+};
+
+BPoint BezierMiddle(BPoint a, BPoint b) { return BPoint{(a.x + b.x + 1) / 2, (a.y + b.y + 1) / 2}; }
+
+bool ControlOutside(std::int64_t c, std::int64_t p0, std::int64_t p3) {
+  return c < p0 ? c < p3 : c > p3;
+}
+
+bool BezierFlat(const BPoint* p) {
+  std::int64_t dx = p[3].x - p[0].x;
+  std::int64_t dy = p[3].y - p[0].y;
+  auto abs64 = [](std::int64_t v) { return v < 0 ? -v : v; };
+  if (abs64(dy) <= abs64(dx)) {
+    if (ControlOutside(p[1].x, p[0].x, p[3].x) || ControlOutside(p[2].x, p[0].x, p[3].x)) {
+      return false;
+    }
+    dx = BezierDown(dx);
+    if (dx == 0) return true;
+    return abs64(p[1].y - p[0].y - (dy / dx) * BezierDown(p[1].x - p[0].x)) <= kBezierPixel &&
+           abs64(p[2].y - p[0].y - (dy / dx) * BezierDown(p[2].x - p[0].x)) <= kBezierPixel;
+  }
+  if (ControlOutside(p[1].y, p[0].y, p[3].y) || ControlOutside(p[2].y, p[0].y, p[3].y)) {
+    return false;
+  }
+  dy = BezierDown(dy);
+  if (dy == 0) return true;
+  return abs64(p[1].x - p[0].x - (dx / dy) * BezierDown(p[1].y - p[0].y)) <= kBezierPixel &&
+         abs64(p[2].x - p[0].x - (dx / dy) * BezierDown(p[2].y - p[0].y)) <= kBezierPixel;
+}
+
+PointI WholePixel(BPoint p, PointI*) {
+  return PointI{static_cast<int>(BezierDown(p.x)), static_cast<int>(BezierDown(p.y))};
+}
+PointFx WholePixel(BPoint p, PointFx*) {
+  return PointFx{BezierDown(p.x) * kFixOne, BezierDown(p.y) * kFixOne};
+}
+
+template <typename P>
+void FlattenFixed(BPoint* p, int level, std::vector<P>* pts) {
+  if (level == 0 || BezierFlat(p)) {
+    const P q = WholePixel(p[3], static_cast<P*>(nullptr));
+    if (pts->empty() || pts->back() != q) pts->push_back(q);
+    return;
+  }
+  BPoint q[4];
+  q[3] = p[3];
+  q[2] = BezierMiddle(p[2], p[3]);
+  q[0] = BezierMiddle(p[1], p[2]);
+  q[1] = BezierMiddle(q[0], q[2]);
+  p[1] = BezierMiddle(p[0], p[1]);
+  p[2] = BezierMiddle(p[1], q[0]);
+  p[3] = BezierMiddle(p[2], q[1]);
+  q[0] = p[3];
+  FlattenFixed(p, level - 1, pts);
+  FlattenFixed(q, level - 1, pts);
+}
+
+// Path points are whole pixels clamped to a range whose 1/16 multiples stay far from overflow.
+std::int64_t BezierUp(double v) {
+  if (!(v == v)) return 0;
+  v = std::clamp(std::round(v), -1.0e15, 1.0e15);
+  return static_cast<std::int64_t>(v) * kBezierPixel;
+}
+
+template <typename P>
+void FlattenCubicTo(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
+                    double y3, std::vector<P>* pts) {
+  BPoint p[4] = {{BezierUp(x0), BezierUp(y0)},
+                 {BezierUp(x1), BezierUp(y1)},
+                 {BezierUp(x2), BezierUp(y2)},
+                 {BezierUp(x3), BezierUp(y3)}};
+  FlattenFixed(p, kBezierDepth, pts);
+}
+
+}  // namespace
+
+void FlattenCubic(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
+                  double y3, std::vector<PointI>* pts) {
+  FlattenCubicTo(x0, y0, x1, y1, x2, y2, x3, y3, pts);
+}
+
+void FlattenCubic(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
+                  double y3, std::vector<PointFx>* pts) {
+  FlattenCubicTo(x0, y0, x1, y1, x2, y2, x3, y3, pts);
+}
+
+namespace {
 
 // Nearest pixel, halves upward; saturates to the 32-bit range (NaN gives 0).
 int RoundToPixel(double v) {
@@ -94,87 +193,6 @@ void AppendArcBeziers(PathData& path, const EllipseFrame& f, double a0, double a
 void AddPoint(std::vector<PointI>* pts, double x, double y) {
   const PointI p{RoundToPixel(x), RoundToPixel(y)};
   if (pts->empty() || pts->back() != p) pts->push_back(p);
-}
-
-// Curves are flattened in 1/16 pixel: each piece is halved until both control points lie within
-// a pixel of the chord (measured across its major axis) and between its ends, at most 8 times;
-// the ends of the pieces, rounded back to pixels, are the points.
-constexpr int kBezierShift = 4;
-constexpr std::int64_t kBezierPixel = std::int64_t{1} << kBezierShift;
-constexpr int kBezierDepth = 8;
-
-std::int64_t BezierDown(std::int64_t v) { return (v + (kBezierPixel >> 1)) >> kBezierShift; }
-
-struct BPoint {
-  std::int64_t x = 0;
-  std::int64_t y = 0;
-};
-
-BPoint BezierMiddle(BPoint a, BPoint b) { return BPoint{(a.x + b.x + 1) / 2, (a.y + b.y + 1) / 2}; }
-
-bool ControlOutside(std::int64_t c, std::int64_t p0, std::int64_t p3) {
-  return c < p0 ? c < p3 : c > p3;
-}
-
-bool BezierFlat(const BPoint* p) {
-  std::int64_t dx = p[3].x - p[0].x;
-  std::int64_t dy = p[3].y - p[0].y;
-  auto abs64 = [](std::int64_t v) { return v < 0 ? -v : v; };
-  if (abs64(dy) <= abs64(dx)) {
-    if (ControlOutside(p[1].x, p[0].x, p[3].x) || ControlOutside(p[2].x, p[0].x, p[3].x)) {
-      return false;
-    }
-    dx = BezierDown(dx);
-    if (dx == 0) return true;
-    return abs64(p[1].y - p[0].y - (dy / dx) * BezierDown(p[1].x - p[0].x)) <= kBezierPixel &&
-           abs64(p[2].y - p[0].y - (dy / dx) * BezierDown(p[2].x - p[0].x)) <= kBezierPixel;
-  }
-  if (ControlOutside(p[1].y, p[0].y, p[3].y) || ControlOutside(p[2].y, p[0].y, p[3].y)) {
-    return false;
-  }
-  dy = BezierDown(dy);
-  if (dy == 0) return true;
-  return abs64(p[1].x - p[0].x - (dx / dy) * BezierDown(p[1].y - p[0].y)) <= kBezierPixel &&
-         abs64(p[2].x - p[0].x - (dx / dy) * BezierDown(p[2].y - p[0].y)) <= kBezierPixel;
-}
-
-void AddFixedPoint(std::vector<PointI>* pts, BPoint p) {
-  const PointI q{static_cast<int>(BezierDown(p.x)), static_cast<int>(BezierDown(p.y))};
-  if (pts->empty() || pts->back() != q) pts->push_back(q);
-}
-
-void FlattenFixed(BPoint* p, int level, std::vector<PointI>* pts) {
-  if (level == 0 || BezierFlat(p)) {
-    AddFixedPoint(pts, p[3]);
-    return;
-  }
-  BPoint q[4];
-  q[3] = p[3];
-  q[2] = BezierMiddle(p[2], p[3]);
-  q[0] = BezierMiddle(p[1], p[2]);
-  q[1] = BezierMiddle(q[0], q[2]);
-  p[1] = BezierMiddle(p[0], p[1]);
-  p[2] = BezierMiddle(p[1], q[0]);
-  p[3] = BezierMiddle(p[2], q[1]);
-  q[0] = p[3];
-  FlattenFixed(p, level - 1, pts);
-  FlattenFixed(q, level - 1, pts);
-}
-
-// Path points are whole pixels clamped to a range whose 1/16 multiples stay far from overflow.
-std::int64_t BezierUp(double v) {
-  if (!(v == v)) return 0;
-  v = std::clamp(std::round(v), -1.0e15, 1.0e15);
-  return static_cast<std::int64_t>(v) * kBezierPixel;
-}
-
-void FlattenCubic(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
-                  double y3, std::vector<PointI>* pts) {
-  BPoint p[4] = {{BezierUp(x0), BezierUp(y0)},
-                 {BezierUp(x1), BezierUp(y1)},
-                 {BezierUp(x2), BezierUp(y2)},
-                 {BezierUp(x3), BezierUp(y3)}};
-  FlattenFixed(p, kBezierDepth, pts);
 }
 
 // FlattenPath turns the path's lines and curves into figures of whole-pixel points.

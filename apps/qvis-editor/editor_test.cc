@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QImage>
 #include <QKeyEvent>
+#include <QListWidget>
+#include <QPushButton>
 #include <QMouseEvent>
 #include <QStandardPaths>
 #include <QWheelEvent>
@@ -695,6 +697,47 @@ TEST_F(EditorTest, FilesOpenSaveExportAndErrorsLeaveTheBoard) {
   w_.SetCloseAnswerForTests(1);
   EXPECT_TRUE(w_.MaybeKeepChanges());
   fs::remove_all(dir);
+}
+
+// The layers list runs front first, and Up brings the active layer over the one drawn above it.
+TEST_F(EditorTest, LayersListIsInDrawingOrderAndUpBringsALayerForward) {
+  ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr")),
+                            QString::fromStdString(Example("board-B_Cu.gbr"))}));
+  Trigger("fit");
+  QCoreApplication::processEvents();
+  auto* list = w_.findChild<QListWidget*>();
+  ASSERT_NE(list, nullptr);
+  ASSERT_EQ(list->count(), 2);
+  EXPECT_TRUE(list->item(0)->text().startsWith("board-B_Cu.gbr"));  // opened last: in front
+  EXPECT_TRUE(list->item(1)->text().startsWith("board-F_Cu.gbr"));
+  const QRgb front_colour = w_.board().document().layers[0].colour | 0xFF000000u;
+  auto count_front = [&] {
+    const QImage img = port_->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    int n = 0;
+    for (int y = 0; y < img.height(); ++y) {
+      for (int x = 0; x < img.width(); ++x) n += img.pixel(x, y) == front_colour ? 1 : 0;
+    }
+    return n;
+  };
+  const int hidden = count_front();
+  list->setCurrentRow(1);
+  EXPECT_EQ(w_.board().active_layer(), 0);
+  QPushButton* up = nullptr;
+  for (QPushButton* b : w_.findChildren<QPushButton*>()) {
+    if (b->text() == "Up") up = b;
+  }
+  ASSERT_NE(up, nullptr);
+  up->click();
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(list->item(0)->text().startsWith("board-F_Cu.gbr"));
+  EXPECT_EQ(list->currentRow(), 0);
+  EXPECT_EQ(w_.board().active_layer(), 0);
+  // The front copper now lies over the back layer's pour: far more of its colour shows.
+  EXPECT_GT(count_front(), hidden + 1000);
+  // Hiding it from its row hides it on the canvas.
+  list->item(0)->setCheckState(Qt::Unchecked);
+  EXPECT_FALSE(w_.board().document().layers[0].visible);
+  EXPECT_TRUE(w_.board().document().layers[1].visible);
 }
 
 // Every action of the menus that needs no dialog runs, and the board stays consistent.

@@ -689,14 +689,15 @@ void EditorWindow::BuildPanels() {
   layers_dock->setWidget(lw);
   addDockWidget(Qt::RightDockWidgetArea, layers_dock);
   connect(layers_, &QListWidget::currentRowChanged, this, [this](int row) {
-    if (updating_panels_ || row < 0) return;
-    board_.SetActiveLayer(row);
+    if (updating_panels_ || row < 0 || row >= static_cast<int>(layer_rows_.size())) return;
+    board_.SetActiveLayer(layer_rows_[static_cast<std::size_t>(row)]);
     Refresh();
   });
   connect(layers_, &QListWidget::itemChanged, this, [this](QListWidgetItem* item) {
     if (updating_panels_) return;
     const int row = layers_->row(item);
-    board_.SetLayerVisible(row, item->checkState() == Qt::Checked);
+    if (row < 0 || row >= static_cast<int>(layer_rows_.size())) return;
+    board_.SetLayerVisible(layer_rows_[static_cast<std::size_t>(row)], item->checkState() == Qt::Checked);
     Refresh();
   });
 
@@ -818,13 +819,24 @@ void EditorWindow::Refresh() {
   if (QAction* a = Action("redo")) a->setEnabled(board_.CanRedo());
 }
 
+int EditorWindow::LayerRow(int layer) const {
+  const auto it = std::find(layer_rows_.begin(), layer_rows_.end(), layer);
+  return it == layer_rows_.end() ? -1 : static_cast<int>(it - layer_rows_.begin());
+}
+
 void EditorWindow::UpdateLayers() {
   if (layers_ == nullptr) return;
   updating_panels_ = true;
   const ArtBoard& art = board_.art();
   layers_->clear();
   layer_box_->clear();
-  for (int i = 0; i < art.LayerCount(); ++i) {
+  // The list runs in drawing order, front first: the layer at the top is drawn over the rest,
+  // as in any layer panel, and Up moves the active layer one step towards the front.
+  layer_rows_.resize(static_cast<std::size_t>(art.LayerCount()));
+  for (int i = 0; i < art.LayerCount(); ++i) layer_rows_[static_cast<std::size_t>(i)] = i;
+  std::stable_sort(layer_rows_.begin(), layer_rows_.end(),
+                   [&](int a, int b) { return art.layer(a).order > art.layer(b).order; });
+  for (int i : layer_rows_) {
     const Layer& l = art.layer(i);
     std::size_t live = 0;
     for (std::uint32_t k = 0; k < l.objects.size(); ++k) live += art.IsLive({i, k}) ? 1 : 0;
@@ -836,9 +848,9 @@ void EditorWindow::UpdateLayers() {
     swatch.fill(QColor(QRgb(l.colour)));
     item->setIcon(QIcon(swatch));
     layers_->addItem(item);
-    layer_box_->addItem(QString::fromStdString(l.name));
   }
-  layers_->setCurrentRow(board_.active_layer());
+  for (int i = 0; i < art.LayerCount(); ++i) layer_box_->addItem(QString::fromStdString(art.layer(i).name));
+  layers_->setCurrentRow(LayerRow(board_.active_layer()));
   layer_box_->setCurrentIndex(board_.active_layer());
   if (auto* op = findChild<QSpinBox*>("opacity")) op->setValue(board_.opacity(board_.active_layer()));
   updating_panels_ = false;

@@ -170,6 +170,8 @@ class EditorWindow : public QMainWindow {
   bool SnapSuspended() const;
   QString MeasureText(double x, double y) const;
   void UpdateLayers();
+  // LayerRow: the row of `layer` in the layers list (-1 when it is not listed).
+  int LayerRow(int layer) const;
   void UpdateProperties();
   // The panel's settings into the library's commands (their rubber bands follow at the next
   // repaint; the figures they finish carry them).
@@ -207,6 +209,7 @@ class EditorWindow : public QMainWindow {
   QLabel* grid_label_ = nullptr;
   QLabel* prompt_label_ = nullptr;
   QListWidget* layers_ = nullptr;
+  std::vector<int> layer_rows_;  // the layer shown in each row of layers_, front first
   QDoubleSpinBox* width_box_ = nullptr;
   QComboBox* cap_box_ = nullptr;
   QComboBox* bend_box_ = nullptr;

@@ -22,6 +22,8 @@ constexpr std::size_t kInsertionSortLimit = 64;
 constexpr std::size_t kParityMinEdges = 4;
 // Widest pixel range the parity rows cover (in bits: 8 KB of row).
 constexpr std::int64_t kParityMaxBits = std::int64_t{1} << 16;
+// Figures narrower than this read back every word of their columns on each row.
+constexpr std::int64_t kParityNarrowColumns = 512;
 namespace {
 
 using i128 = Int128;  // exact products of 64-bit coordinates
@@ -126,7 +128,20 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
     const std::int64_t lo = std::clamp<std::int64_t>(ext_lo_, clip.left, clip.right);
     const std::int64_t hi = std::clamp<std::int64_t>(ext_hi_, clip.left, clip.right);
     if (hi - lo < kParityMaxBits) {
-      FillParity(clip, lo, hi, sink, direct ? &target : nullptr);
+      // Edges that stay inside the clip columns need no clamping, and a figure a few words
+      // wide is cheaper to read back whole than to track its row's extent edge by edge.
+      const bool inside = ext_lo_ >= clip.left && ext_hi_ <= clip.right;
+      const bool narrow = hi - lo < kParityNarrowColumns;
+      const SolidTarget* t = direct ? &target : nullptr;
+      if (inside && narrow) {
+        FillParity<false, false>(clip, lo, hi, sink, t);
+      } else if (inside) {
+        FillParity<false, true>(clip, lo, hi, sink, t);
+      } else if (narrow) {
+        FillParity<true, false>(clip, lo, hi, sink, t);
+      } else {
+        FillParity<true, true>(clip, lo, hi, sink, t);
+      }
       return;
     }
   }
@@ -305,6 +320,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
   if (blocked > 0) sink.Blit(block, blocked);
 }
 
+template <bool kClamp, bool kTrackRange>
 void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi,
                                 SpanSink& sink, const SolidTarget* target) {
   // Pixel x is inside when an odd number of crossings give pixels at or left of it: toggling
@@ -320,20 +336,37 @@ void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t
   int y = edges_.front().y_top;
   while (next < edges_.size() || !active_.empty()) {
     if (active_.empty()) y = std::max(y, edges_[next].y_top);
-    while (next < edges_.size() && edges_[next].y_top <= y) active_.push_back(next++);
+    // An edge taken in keeps its pixel, not its floor, in x: the remainder moves to
+    // (-den, 0], so the crossing's pixel is x itself on every row.
+    while (next < edges_.size() && edges_[next].y_top <= y) {
+      Edge& e = edges_[next];
+      if (e.rem > 0) {
+        e.x += 1;
+        e.rem -= e.den;
+      }
+      active_.push_back(next++);
+    }
     // Toggle each edge's pixel, then step the edge to the next row or drop it.
-    std::int64_t first = hi - lo, last = 0;
+    std::int64_t first = kTrackRange ? hi - lo : 0;
+    std::int64_t last = hi - lo;
+    if constexpr (kTrackRange) last = 0;
     std::size_t kept = 0;
     for (std::size_t i = 0; i < active_.size(); ++i) {
       Edge& e = edges_[static_cast<std::size_t>(active_[i])];
-      const std::int64_t off =
-          std::clamp<std::int64_t>(e.x + (e.rem > 0 ? 1 : 0), lo, hi) - lo;
+      std::int64_t off;
+      if constexpr (kClamp) {
+        off = std::clamp<std::int64_t>(e.x, lo, hi) - lo;
+      } else {
+        off = e.x - lo;
+      }
       bits[off >> 6] ^= std::uint64_t{1} << (off & 63);
-      first = std::min(first, off);
-      last = std::max(last, off);
+      if constexpr (kTrackRange) {
+        first = std::min(first, off);
+        last = std::max(last, off);
+      }
       if (e.y_end <= y + 1) continue;
       e.rem += e.rem_step;
-      const std::int64_t carry = e.rem >= e.den ? 1 : 0;
+      const std::int64_t carry = e.rem > 0 ? 1 : 0;
       e.x += e.step + carry;
       e.rem -= e.den & -carry;
       active_[kept++] = active_[i];

@@ -49,6 +49,9 @@ class PolygonScanner {
   // row of bits over the pixel columns [lo, hi]; the set bits, in order, are the span ends.
   // With a target (the sink's plain-copy bitmap, which holds the clip box) the runs are stored
   // into it directly.
+  // kClamp: some edge reaches outside the clip columns; kTrackRange: read back only the
+  // columns the row's crossings span.
+  template <bool kClamp, bool kTrackRange>
   void FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi, SpanSink& sink,
                   const SolidTarget* target);
 

@@ -242,7 +242,8 @@ TEST(PolygonScanTest, VerticalSidesAtAnyFractionStartAtTheirCeiling) {
 TEST(PolygonScanTest, ParityRowsMatchTheSortedWalker) {
   // Alternate fills of many edges toggle bits per crossing instead of sorting the crossings.
   // Random stars, several figures at once, fractional vertices, clips cutting through them and
-  // vertices far outside must give the walker's pixels exactly.
+  // vertices far outside must give the walker's pixels exactly; the last figure sets are wider
+  // than the rows read back whole, so their rows are read back over the crossings' extent.
   std::mt19937 rng(2024);
   auto uni = [&](std::int64_t lo, std::int64_t hi) {
     return std::uniform_int_distribution<std::int64_t>(lo, hi)(rng);
@@ -251,49 +252,53 @@ TEST(PolygonScanTest, ParityRowsMatchTheSortedWalker) {
   walker.set_parity_rows(false);
   // The parity rows also store runs straight into a plain-copy blitter's bitmap.
   constexpr int kSide = 72;
+  constexpr int kWide = 1800;
   BitmapData bitmap;
-  bitmap.width = kSide;
+  bitmap.width = kWide;
   bitmap.height = kSide;
-  bitmap.stride = 4 * kSide;
-  bitmap.bits = std::make_unique<std::uint8_t[]>(4u * kSide * kSide);
+  bitmap.stride = 4 * kWide;
+  bitmap.bits = std::make_unique<std::uint8_t[]>(4u * kWide * kSide);
   SolidBlitter32 blitter;
-  for (int k = 0; k < 400; ++k) {
+  for (int k = 0; k < 460; ++k) {
+    const bool wide = k >= 400;
+    const std::int64_t stretch = wide ? 15 : 1;  // across only: the rows stay few
     const int polygons = static_cast<int>(uni(1, 3));
     std::vector<int> counts;
     std::vector<PointFx> pts;
     for (int p = 0; p < polygons; ++p) {
       const int n = static_cast<int>(uni(2, 30));
       counts.push_back(n);
-      const std::int64_t cx = uni(-20, 80) * kFixOne + uni(0, kFixOne - 1);
+      const std::int64_t cx = uni(-20, 80) * stretch * kFixOne + uni(0, kFixOne - 1);
       const std::int64_t cy = uni(-20, 80) * kFixOne + uni(0, kFixOne - 1);
       const std::int64_t reach = uni(1, 60) * kFixOne;
       for (int i = 0; i < n; ++i) {
         // Every few figures: whole-pixel vertices, so crossings land exactly on pixel columns
         // and several edges share them; now and then one vertex very far away.
-        std::int64_t x = cx + uni(-reach, reach), y = cy + uni(-reach, reach);
+        std::int64_t x = cx + uni(-reach, reach) * stretch, y = cy + uni(-reach, reach);
         if (k % 3 == 0) x = x / kFixOne * kFixOne, y = y / kFixOne * kFixOne;
         if (uni(0, 40) == 0) x = uni(0, 1) ? std::int64_t{INT_MAX} * kFixOne : std::int64_t{INT_MIN} * kFixOne;
         pts.push_back({x, y});
       }
     }
-    const IRect clip = k % 2 ? IRect{0, 0, 64, 64}
-                             : IRect{static_cast<int>(uni(-30, 30)), static_cast<int>(uni(-30, 30)),
-                                     static_cast<int>(uni(31, 100)), static_cast<int>(uni(31, 100))};
+    IRect clip = k % 2 ? IRect{0, 0, 64, 64}
+                       : IRect{static_cast<int>(uni(-30, 30)), static_cast<int>(uni(-30, 30)),
+                               static_cast<int>(uni(31, 100)), static_cast<int>(uni(31, 100))};
+    if (wide) clip.right = k % 2 ? kWide : static_cast<int>(uni(900, 2000));
     RecordingSink a, b;
     parity.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, a);
     walker.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, b);
     ASSERT_EQ(Pixels(a), Pixels(b)) << "figure set " << k;
-    std::memset(bitmap.bits.get(), 0, 4u * kSide * kSide);
+    std::memset(bitmap.bits.get(), 0, 4u * kWide * kSide);
     blitter.Reset(&bitmap, 0x10203, kRop2CopyPen);
     parity.Fill(pts.data(), counts.data(), polygons, FillRule::kAlternate, clip, blitter);
     PixelSet stored, want;
     for (int y = 0; y < kSide; ++y) {
-      for (int x = 0; x < kSide; ++x) {
+      for (int x = 0; x < kWide; ++x) {
         if (bitmap.Row32(y)[x] != 0) stored.insert({x, y});
       }
     }
     for (const Pixel& p : Pixels(b)) {
-      if (p.first >= 0 && p.first < kSide && p.second >= 0 && p.second < kSide) want.insert(p);
+      if (p.first >= 0 && p.first < kWide && p.second >= 0 && p.second < kSide) want.insert(p);
     }
     ASSERT_EQ(stored, want) << "figure set " << k << " stored directly";
     for (const Span& s : a.spans()) {

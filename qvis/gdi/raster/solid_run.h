@@ -36,8 +36,8 @@ inline void StoreUpTo16(std::uint32_t* p, int n, std::uint32_t value) {
 #endif
 }
 
-// StoreRun fills n (>= 1) pixels: short runs as StoreUpTo16, longer ones four at a time with
-// unaligned 16-byte stores, the last four overlapping the previous ones.
+// StoreRun fills n (>= 1) pixels: short runs as StoreUpTo16, longer ones eight at a time with
+// unaligned 16-byte stores, the last eight overlapping the previous ones.
 inline void StoreRun(std::uint32_t* p, int n, std::uint32_t value) {
   if (n <= 16) {
     StoreUpTo16(p, n, value);
@@ -46,7 +46,11 @@ inline void StoreRun(std::uint32_t* p, int n, std::uint32_t value) {
 #if defined(__SSE2__)
   const __m128i v = _mm_set1_epi32(static_cast<int>(value));
   std::uint32_t* const end = p + n;
-  for (; end - p > 4; p += 4) _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+  for (; end - p > 8; p += 8) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 4), v);
+  }
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(end - 8), v);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(end - 4), v);
 #else
   for (int i = 0; i < n; ++i) p[i] = value;

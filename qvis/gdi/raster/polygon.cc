@@ -325,76 +325,47 @@ void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t
                                 SpanSink& sink, const SolidTarget* target) {
   // Pixel x is inside when an odd number of crossings give pixels at or left of it: toggling
   // bit (px - lo) per crossing and reading the set bits left to right yields the span ends in
-  // order, with crossings that share a pixel cancelled, so no sort is needed.
+  // order, with crossings that share a pixel cancelled, so no sort is needed. Rows go in pairs,
+  // one row of bits each: every edge is loaded and stored once for two rows.
   const std::size_t words = static_cast<std::size_t>((hi - lo) / 64 + 1);
-  if (parity_.size() < words) parity_.assign(words, 0);
-  std::uint64_t* const bits = parity_.data();
+  if (parity_.size() < 2 * words) parity_.assign(2 * words, 0);
+  std::uint64_t* const upper = parity_.data();
+  std::uint64_t* const lower = upper + words;
   Span* const block = block_;
   int blocked = 0;
-  active_.clear();
-  std::size_t next = 0;
-  int y = edges_.front().y_top;
-  while (next < edges_.size() || !active_.empty()) {
-    if (active_.empty()) y = std::max(y, edges_[next].y_top);
-    // An edge taken in keeps its pixel, not its floor, in x: the remainder moves to
-    // (-den, 0], so the crossing's pixel is x itself on every row.
-    while (next < edges_.size() && edges_[next].y_top <= y) {
-      Edge& e = edges_[next];
-      if (e.rem > 0) {
-        e.x += 1;
-        e.rem -= e.den;
-      }
-      active_.push_back(next++);
+  auto toggle = [&](std::uint64_t* bits, std::int64_t x, std::int64_t& first,
+                    std::int64_t& last) {
+    std::int64_t off;
+    if constexpr (kClamp) {
+      off = std::clamp<std::int64_t>(x, lo, hi) - lo;
+    } else {
+      off = x - lo;
     }
-    // Toggle each edge's pixel, then step the edge to the next row or drop it.
-    std::int64_t first = kTrackRange ? hi - lo : 0;
-    std::int64_t last = hi - lo;
-    if constexpr (kTrackRange) last = 0;
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < active_.size(); ++i) {
-      Edge& e = edges_[static_cast<std::size_t>(active_[i])];
-      std::int64_t off;
-      if constexpr (kClamp) {
-        off = std::clamp<std::int64_t>(e.x, lo, hi) - lo;
-      } else {
-        off = e.x - lo;
-      }
-      bits[off >> 6] ^= std::uint64_t{1} << (off & 63);
-      if constexpr (kTrackRange) {
-        first = std::min(first, off);
-        last = std::max(last, off);
-      }
-      if (e.y_end <= y + 1) continue;
-      e.rem += e.rem_step;
-      const std::int64_t carry = e.rem > 0 ? 1 : 0;
-      e.x += e.step + carry;
-      e.rem -= e.den & -carry;
-      active_[kept++] = active_[i];
+    bits[off >> 6] ^= std::uint64_t{1} << (off & 63);
+    if constexpr (kTrackRange) {
+      first = std::min(first, off);
+      last = std::max(last, off);
     }
-    active_.resize(kept);
-    // Read the row back, clearing it for the next one.
+  };
+  auto step = [](Edge& e) {
+    e.rem += e.rem_step;
+    const std::int64_t carry = e.rem > 0 ? 1 : 0;
+    e.x += e.step + carry;
+    e.rem -= e.den & -carry;
+  };
+  // An edge taken in keeps its pixel, not its floor, in x: the remainder moves to (-den, 0],
+  // so the crossing's pixel is x itself on every row.
+  auto take_in = [](Edge& e) {
+    if (e.rem > 0) {
+      e.x += 1;
+      e.rem -= e.den;
+    }
+  };
+  // Reads one row of bits back, clearing it.
+  auto read_row = [&](std::uint64_t* bits, int y, std::int64_t first, std::int64_t last) {
     bool open = false;
     int start = 0;
-    if (target != nullptr) {
-      // Runs stored straight into the bitmap, which holds the clip box.
-      std::uint32_t* const row = target->bits + target->stride * y;
-      for (std::int64_t w = first >> 6; w <= (last >> 6); ++w) {
-        std::uint64_t m = bits[w];
-        if (m == 0) continue;
-        bits[w] = 0;
-        const int base = static_cast<int>(lo + w * 64);
-        do {
-          const int x = base + std::countr_zero(m);
-          m &= m - 1;
-          if (open) StoreRun(row + start, x - start, target->value);
-          start = x;
-          open = !open;
-        } while (m != 0);
-      }
-      ++y;
-      if (y >= clip.bottom) break;
-      continue;
-    }
+    std::uint32_t* const row = target != nullptr ? target->bits + target->stride * y : nullptr;
     for (std::int64_t w = first >> 6; w <= (last >> 6); ++w) {
       std::uint64_t m = bits[w];
       if (m == 0) continue;
@@ -404,17 +375,62 @@ void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t
         const int x = base + std::countr_zero(m);
         m &= m - 1;
         if (open) {
-          block[blocked++] = Span{y, start, x};
-          if (blocked == kBlock) {
-            sink.Blit(block, blocked);
-            blocked = 0;
+          if (row != nullptr) {
+            // Runs stored straight into the bitmap, which holds the clip box.
+            StoreRun(row + start, x - start, target->value);
+          } else {
+            block[blocked++] = Span{y, start, x};
+            if (blocked == kBlock) {
+              sink.Blit(block, blocked);
+              blocked = 0;
+            }
           }
         }
         start = x;
         open = !open;
       } while (m != 0);
     }
-    ++y;
+  };
+  active_.clear();
+  std::size_t next = 0;
+  int y = edges_.front().y_top;
+  while (next < edges_.size() || !active_.empty()) {
+    if (active_.empty()) y = std::max(y, edges_[next].y_top);
+    while (next < edges_.size() && edges_[next].y_top <= y) {
+      take_in(edges_[next]);
+      active_.push_back(next++);
+    }
+    std::int64_t first = kTrackRange ? hi - lo : 0;
+    std::int64_t last = hi - lo;
+    if constexpr (kTrackRange) last = 0;
+    // Rows y and y + 1; an edge that ends after row y drops out there. Edges never reach the
+    // clip's bottom, so on its last row nothing touches the lower row.
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      Edge& e = edges_[static_cast<std::size_t>(active_[i])];
+      toggle(upper, e.x, first, last);
+      if (e.y_end <= y + 1) continue;
+      step(e);
+      toggle(lower, e.x, first, last);
+      if (e.y_end <= y + 2) continue;
+      step(e);
+      active_[kept++] = active_[i];
+    }
+    active_.resize(kept);
+    // Edges that start on the lower row.
+    while (next < edges_.size() && edges_[next].y_top <= y + 1) {
+      Edge& e = edges_[next];
+      take_in(e);
+      toggle(lower, e.x, first, last);
+      if (e.y_end > y + 2) {
+        step(e);
+        active_.push_back(next);
+      }
+      ++next;
+    }
+    read_row(upper, y, first, last);
+    if (y + 1 < clip.bottom) read_row(lower, y + 1, first, last);
+    y += 2;
     if (y >= clip.bottom) break;
   }
   if (blocked > 0) sink.Blit(block, blocked);

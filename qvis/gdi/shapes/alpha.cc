@@ -33,12 +33,12 @@ SpanSink& AlphaSink(DeviceContext& dc, std::uint32_t argb) {
   return SourceSink(dc, src, dc.rop2);
 }
 
-// The widened outline of a stroke wider than 2 px, built as the reference widens a path: an open
-// figure is one closed outline (the start cap, one side through every corner, the end cap, the
-// other side back); a closed one is two, one per side, filled by winding into a ring. A round
-// cap is a half disc of two quarter-turn Bezier pieces (handles 0.5523 of the half width, the
-// length that makes a quarter of a circle). Every point is rounded to whole pixels and the
-// pieces are flattened as a path flattens its curves.
+// The widened outline of a stroke too wide for a thin line, built as the reference widens a
+// path: an open figure is one closed outline (the start cap, one side through every corner, the
+// end cap, the other side back); a closed one is two, one per side, filled by winding into a
+// ring. A round cap is a half disc of two quarter-turn Bezier pieces (handles 0.5523 of the half
+// width, the length that makes a quarter of a circle). Every point is rounded to whole pixels
+// and the pieces are flattened as a path flattens its curves.
 class OutlineBuilder {
  public:
   OutlineBuilder(double width, PolygonSet* out) : hw_(width / 2.0), out_(out) {}

@@ -50,39 +50,45 @@ HRGN CreateRectRgnIndirect(const CRect* rect) {
   return CreateRectRgn(rect->left, rect->top, rect->right, rect->bottom);
 }
 
-HRGN CreatePolyPolygonRgn(const CPoint* points, const int* counts, int polygons, int fill_mode) {
-  if (points == nullptr || counts == nullptr || polygons <= 0) return nullptr;
-  if (fill_mode != ALTERNATE && fill_mode != WINDING) return nullptr;
+namespace {
+
+// PolygonsToRegion fills the polygons into `out` with the given scratch; false for a bad fill
+// mode or counts.
+bool PolygonsToRegion(const CPoint* points, const int* counts, int polygons, int fill_mode,
+                      RegionWork& work, SpanRegion* out) {
+  if (points == nullptr || counts == nullptr || polygons <= 0) return false;
+  if (fill_mode != ALTERNATE && fill_mode != WINDING) return false;
   std::int64_t total = 0;
   for (int i = 0; i < polygons; ++i) {
-    if (counts[i] < 0) return nullptr;
+    if (counts[i] < 0) return false;
     total += counts[i];
-    if (total > INT_MAX) return nullptr;
+    if (total > INT_MAX) return false;
   }
-  std::vector<PointI> pts(static_cast<std::size_t>(total));
-  for (std::size_t i = 0; i < pts.size(); ++i) pts[i] = PointI{points[i].x, points[i].y};
-  PolygonScanner scanner;
-  RegionBuilder builder;
-  scanner.Fill(pts.data(), counts, polygons,
-               fill_mode == WINDING ? FillRule::kWinding : FillRule::kAlternate, kRegionBox,
-               builder);
-  return NewRegion(builder.Build());
+  work.points.resize(static_cast<std::size_t>(total));
+  for (std::size_t i = 0; i < work.points.size(); ++i) {
+    work.points[i] = PointI{points[i].x, points[i].y};
+  }
+  work.scanner.Fill(work.points.data(), counts, polygons,
+                    fill_mode == WINDING ? FillRule::kWinding : FillRule::kAlternate, kRegionBox,
+                    work.builder);
+  work.builder.Build(out);
+  return true;
+}
+
+}  // namespace
+
+HRGN CreatePolyPolygonRgn(const CPoint* points, const int* counts, int polygons, int fill_mode) {
+  RegionWork work;
+  SpanRegion shape;
+  if (!PolygonsToRegion(points, counts, polygons, fill_mode, work, &shape)) return nullptr;
+  return NewRegion(std::move(shape));
 }
 
 BOOL SetPolygonRgn(HRGN handle, const CPoint* points, int count, int fill_mode) {
   RegionData* region = AsRegion(handle);
-  if (region == nullptr || points == nullptr || count < 3) return FALSE;
-  if (fill_mode != ALTERNATE && fill_mode != WINDING) return FALSE;
-  RegionWork& work = region->Work();
-  work.points.resize(static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) {
-    work.points[static_cast<std::size_t>(i)] = PointI{points[i].x, points[i].y};
-  }
-  work.scanner.Fill(work.points.data(), &count, 1,
-                    fill_mode == WINDING ? FillRule::kWinding : FillRule::kAlternate, kRegionBox,
-                    work.builder);
-  work.builder.Build(&region->shape);
-  return TRUE;
+  if (region == nullptr || count < 3) return FALSE;
+  return PolygonsToRegion(points, &count, 1, fill_mode, region->Work(), &region->shape) ? TRUE
+                                                                                      : FALSE;
 }
 
 HRGN CreatePolygonRgn(const CPoint* points, int count, int fill_mode) {

@@ -20,7 +20,7 @@ constexpr std::size_t kInsertionSortLimit = 64;
 // edges cross keeps reordering a sorted list, while a toggled bit needs no order at all. Fewer
 // edges (boxes, triangles) keep the walker, which also emits runs of equal rows as one box.
 constexpr std::size_t kParityMinEdges = 4;
-// Widest pixel range the parity rows cover (in bits: 8 KB of row).
+// Widest pixel range the parity rows cover (a bit per pixel: 8 KB per row, two rows).
 constexpr std::int64_t kParityMaxBits = std::int64_t{1} << 16;
 // Figures narrower than this read back every word of their columns on each row.
 constexpr std::int64_t kParityNarrowColumns = 512;
@@ -156,7 +156,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
   const std::int64_t left = clip.left, right = clip.right;
   auto key_of = [&](std::size_t idx) {
     const Edge& e = edges_[idx];
-    const std::int64_t px = std::clamp<std::int64_t>(e.x + (e.rem > 0 ? 1 : 0), left, right);
+    const std::int64_t px = std::clamp<std::int64_t>(e.Pixel(), left, right);
     return (std::uint64_t{static_cast<std::uint32_t>(px) ^ 0x80000000u} << 32) | (idx << 1) |
            (e.dir > 0 ? 1u : 0u);
   };
@@ -189,7 +189,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
     if (active_.empty()) y = std::max(y, edges_[next].y_top);
     while (next < edges_.size() && edges_[next].y_top <= y) {
       const Edge& e = edges_[next];
-      if (e.step != 0 || e.rem_step != 0) all_vertical = false;
+      if (!e.Vertical()) all_vertical = false;
       run_end = std::min(run_end, e.y_end);
       active_.push_back(key_of(next++));
     }
@@ -220,8 +220,8 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
       int stop = std::min({e0.y_end, e1.y_end, clip.bottom});
       if (next < edges_.size()) stop = std::min(stop, edges_[next].y_top);
       for (; y < stop; ++y) {
-        const std::int64_t p0 = std::clamp<std::int64_t>(e0.x + (e0.rem > 0 ? 1 : 0), left, right);
-        const std::int64_t p1 = std::clamp<std::int64_t>(e1.x + (e1.rem > 0 ? 1 : 0), left, right);
+        const std::int64_t p0 = std::clamp<std::int64_t>(e0.Pixel(), left, right);
+        const std::int64_t p1 = std::clamp<std::int64_t>(e1.Pixel(), left, right);
         const int l = static_cast<int>(std::min(p0, p1)), r = static_cast<int>(std::max(p0, p1));
         block[blocked] = Span{y, l, r};
         blocked += l < r ? 1 : 0;
@@ -229,12 +229,8 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
           sink.Blit(block, blocked);
           blocked = 0;
         }
-        for (Edge* e : {&e0, &e1}) {
-          e->rem += e->rem_step;
-          const std::int64_t carry = e->rem >= e->den ? 1 : 0;
-          e->x += e->step + carry;
-          e->rem -= e->den & -carry;
-        }
+        e0.Advance();
+        e1.Advance();
       }
       // Back to keys for what is left of the two.
       active_.clear();
@@ -243,7 +239,7 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
       for (const std::size_t i : {i0, i1}) {
         const Edge& e = edges_[i];
         if (e.y_end <= y) continue;
-        if (e.step != 0 || e.rem_step != 0) all_vertical = false;
+        if (!e.Vertical()) all_vertical = false;
         run_end = std::min(run_end, e.y_end);
         active_.push_back(key_of(i));
       }
@@ -300,17 +296,13 @@ void PolygonScanner::Fill(const PointFx* points, const int* counts, int polygons
       Edge& e = edge_of(key);
       if (e.y_end <= y) continue;
       run_end = std::min(run_end, e.y_end);
-      if (e.step == 0 && e.rem_step == 0) {
+      if (e.Vertical()) {
         active_[kept++] = key;  // a vertical edge keeps its key
         continue;
       }
       all_vertical = false;
-      // The carry is taken without a branch: it comes about half the time on a slanted edge.
-      e.rem += e.rem_step;
-      const std::int64_t carry = e.rem >= e.den ? 1 : 0;
-      e.x += e.step + carry;
-      e.rem -= e.den & -carry;
-      const std::int64_t px = std::clamp<std::int64_t>(e.x + (e.rem > 0 ? 1 : 0), left, right);
+      e.Advance();
+      const std::int64_t px = std::clamp<std::int64_t>(e.Pixel(), left, right);
       active_[kept++] =
           (std::uint64_t{static_cast<std::uint32_t>(px) ^ 0x80000000u} << 32) | (key & 0xFFFFFFFFu);
     }
@@ -347,14 +339,15 @@ void PolygonScanner::FillParity(const IRect& clip, std::int64_t lo, std::int64_t
       last = std::max(last, off);
     }
   };
+  // An edge taken in keeps its pixel, not its floor, in x: the remainder moves to (-den, 0],
+  // so the crossing's pixel is x itself on every row, and the step carries when the remainder
+  // turns positive (Edge::Advance carries at den).
   auto step = [](Edge& e) {
     e.rem += e.rem_step;
     const std::int64_t carry = e.rem > 0 ? 1 : 0;
     e.x += e.step + carry;
     e.rem -= e.den & -carry;
   };
-  // An edge taken in keeps its pixel, not its floor, in x: the remainder moves to (-den, 0],
-  // so the crossing's pixel is x itself on every row.
   auto take_in = [](Edge& e) {
     if (e.rem > 0) {
       e.x += 1;

@@ -33,24 +33,37 @@ class PolygonScanner {
   void set_parity_rows(bool on) { parity_rows_ = on; }
 
  private:
+  // Edge: the crossing of the current row's sample line is x + rem / den pixels (0 <= rem <
+  // den; the parity rows move rem to (-den, 0] when they take an edge in, see FillParity).
   struct Edge {
     int y_top = 0;         // first row whose sample line the edge crosses
     int y_end = 0;         // one past the last such row
-    std::int64_t x = 0;    // x of the sample crossing on the current row, in fixed point
-    std::int64_t step = 0; // whole part of the fixed-point step per row
-    std::int64_t rem = 0;  // remainder accumulator (0 <= rem < den)
+    std::int64_t x = 0;    // whole pixels of the crossing
+    std::int64_t step = 0; // whole pixels of the step per row
+    std::int64_t rem = 0;  // the crossing's fraction, in 1/den pixels
     std::int64_t rem_step = 0;
     std::int64_t den = 0;
     int dir = 0;           // +1 downwards, -1 upwards
+
+    bool Vertical() const { return step == 0 && rem_step == 0; }
+    // Pixel: the first pixel at or right of the crossing.
+    std::int64_t Pixel() const { return x + (rem > 0 ? 1 : 0); }
+    // Advance moves to the next row's crossing; the carry is taken without a branch, since it
+    // comes about half the time on a slanted edge.
+    void Advance() {
+      rem += rem_step;
+      const std::int64_t carry = rem >= den ? 1 : 0;
+      x += step + carry;
+      rem -= den & -carry;
+    }
   };
 
   void AddEdge(PointFx a, PointFx b, const IRect& clip);
-  // FillParity walks the rows of an alternate fill by toggling one bit per edge crossing in a
-  // row of bits over the pixel columns [lo, hi]; the set bits, in order, are the span ends.
-  // With a target (the sink's plain-copy bitmap, which holds the clip box) the runs are stored
-  // into it directly.
-  // kClamp: some edge reaches outside the clip columns; kTrackRange: read back only the
-  // columns the row's crossings span.
+  // FillParity walks the rows of an alternate fill two at a time, toggling one bit per edge
+  // crossing in a row of bits per row over the pixel columns [lo, hi]; the set bits, in order,
+  // are the span ends. With a target (the sink's plain-copy bitmap, which holds the clip box)
+  // the runs are stored into it directly. kClamp: some edge reaches outside the clip columns;
+  // kTrackRange: read back only the columns the rows' crossings span.
   template <bool kClamp, bool kTrackRange>
   void FillParity(const IRect& clip, std::int64_t lo, std::int64_t hi, SpanSink& sink,
                   const SolidTarget* target);

@@ -74,17 +74,18 @@ void SpanRegion::SetRect(const IRect& box) {
 
 void SpanRegion::AppendBand(int top, int bottom, const int* walls, int count) {
   if (top >= bottom || count <= 0) return;
-  if (!bands_.empty()) {
-    Band& last = bands_.back();
-    if (last.bottom == top && last.count == count &&
-        std::equal(walls, walls + 2 * count, walls_.begin() + last.first)) {
-      last.bottom = bottom;
-      return;
-    }
+  if (!bands_.empty() && Continues(bands_.back(), top, walls, count)) {
+    bands_.back().bottom = bottom;
+    return;
   }
   Band band{top, bottom, static_cast<int>(walls_.size()), count};
   walls_.insert(walls_.end(), walls, walls + 2 * count);
   bands_.push_back(band);
+}
+
+bool SpanRegion::Continues(const Band& last, int top, const int* walls, int count) const {
+  return last.bottom == top && last.count == count &&
+         std::equal(walls, walls + 2 * count, walls_.begin() + last.first);
 }
 
 void SpanRegion::AppendTailBand(int top, int bottom, std::size_t first) {
@@ -94,15 +95,10 @@ void SpanRegion::AppendTailBand(int top, int bottom, std::size_t first) {
     walls_.resize(first);
     return;
   }
-  if (!bands_.empty()) {
-    Band& last = bands_.back();
-    if (last.bottom == top && last.count == count &&
-        std::equal(walls_.begin() + static_cast<std::ptrdiff_t>(first), walls_.end(),
-                   walls_.begin() + last.first)) {
-      last.bottom = bottom;
-      walls_.resize(first);
-      return;
-    }
+  if (!bands_.empty() && Continues(bands_.back(), top, walls_.data() + first, count)) {
+    bands_.back().bottom = bottom;
+    walls_.resize(first);
+    return;
   }
   bands_.push_back(Band{top, bottom, static_cast<int>(first), count});
 }
@@ -253,16 +249,10 @@ void SpanRegion::Offset(int dx, int dy) {
     }
     const int count = static_cast<int>((walls_out - first) / 2);
     if (count == 0) continue;
-    if (bands_out > 0) {
-      Band& last = bands_[bands_out - 1];
-      if (last.bottom == top && last.count == count &&
-          std::equal(walls_.begin() + static_cast<std::ptrdiff_t>(first),
-                     walls_.begin() + static_cast<std::ptrdiff_t>(walls_out),
-                     walls_.begin() + last.first)) {
-        last.bottom = bottom;
-        walls_out = first;
-        continue;
-      }
+    if (bands_out > 0 && Continues(bands_[bands_out - 1], top, walls_.data() + first, count)) {
+      bands_[bands_out - 1].bottom = bottom;
+      walls_out = first;
+      continue;
     }
     bands_[bands_out++] = Band{top, bottom, static_cast<int>(first), count};
   }

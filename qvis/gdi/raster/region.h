@@ -77,6 +77,9 @@ class SpanRegion {
   // AppendTailBand makes a band of the walls from index `first` to the end of walls_ (written
   // there by the caller), dropping them again when they are empty or continue the last band.
   void AppendTailBand(int top, int bottom, std::size_t first);
+  // Continues: whether a band from `top` with these walls (count intervals) extends `last`
+  // (same intervals, no gap), so the two are one band.
+  bool Continues(const Band& last, int top, const int* walls, int count) const;
   void ComputeBounds();
 
   std::vector<Band> bands_;

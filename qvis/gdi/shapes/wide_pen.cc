@@ -165,6 +165,13 @@ Body SegmentBody(PointI a, PointI b, std::int64_t width, bool cap_start, bool ca
                           cap_start, cap_end);
 }
 
+// AddBody appends the body as one polygon.
+void AddBody(const Body& body, PolygonSet* out) {
+  PointFx quad[4];
+  body.Corners(quad);
+  out->Add(quad, 4);
+}
+
 }  // namespace
 
 void PolygonSet::Add(const PointFx* p, int n) {
@@ -360,8 +367,7 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
     } else {
       body = SegmentBody(a, b, width, cap_start, cap_end);
     }
-    const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
-    out->Add(quad, 4);
+    AddBody(body, out);
   }
   // Round caps.
   if (!closed && style.cap == CapStyle::kRound) {
@@ -436,8 +442,7 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
   }
   if (style.cap != CapStyle::kSquare || (dx == 0 && dy == 0)) return;
   const Body body = SegmentBodyAlong(c, c, dx, dy, style.width, true, true);
-  const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
-  out->Add(quad, 4);
+  AddBody(body, out);
 }
 
 // CornerJoin: the join at corner c of a dash that starts there, turning from the segment that
@@ -463,16 +468,14 @@ void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const Stro
   if (style.cap == CapStyle::kSquare) {
     // A square-capped dash takes its start cap on the segment it begins on, behind the corner.
     const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
-    const PointFx quad[4] = {cap.start_left, cap.end_left, cap.end_right, cap.start_right};
-    out->Add(quad, 4);
+    AddBody(cap, out);
   } else if (piece) {
     // The corner pixel and the one before it, whichever way the segment runs.
     const int sx = (d0.x > 0) - (d0.x < 0), sy = (d0.y > 0) - (d0.y < 0);
     const PointI lo{std::min(c.x, c.x - sx), std::min(c.y, c.y - sy)};
     const PointI hi{lo.x + 2 * (sx != 0), lo.y + 2 * (sy != 0)};
     const Body piece = SegmentBodyAlong(lo, hi, d0.x, d0.y, style.width, false, false);
-    const PointFx quad[4] = {piece.start_left, piece.end_left, piece.end_right, piece.start_right};
-    out->Add(quad, 4);
+    AddBody(piece, out);
   }
   AddJoin(in, next, d0, c, d2, style, out);
 }
@@ -616,8 +619,7 @@ class DashWalker {
         const PointI d = dirs_.back();
         const Body cap = SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width,
                                           false, true);
-        const PointFx quad[4] = {cap.start_left, cap.end_left, cap.end_right, cap.start_right};
-        out_->Add(quad, 4);
+        AddBody(cap, out_);
       } else {
         BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false,
                          solid_, clip_, out_, work_);
@@ -888,7 +890,8 @@ bool StrokeRoundSegment(DeviceContext& dc, PointI a, PointI b, const StrokeStyle
   if (!dot.usable) return false;
   const PointI d = HeadingOf(a, b);
   const Body body = SegmentBodyAlong(a, b, d.x, d.y, width, false, false);
-  const PointFx quad[4] = {body.start_left, body.end_left, body.end_right, body.start_right};
+  PointFx quad[4];
+  body.Corners(quad);
   // The rows the body can reach, inside the clip.
   std::int64_t ymin = quad[0].y, ymax = quad[0].y;
   for (const PointFx& p : quad) {

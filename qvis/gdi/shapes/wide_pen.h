@@ -55,6 +55,13 @@ struct StrokeBody {
   PointFx end_left;
   PointFx end_right;
   PointFx start_right;
+  // Corners: the four corners in order round the body, as a polygon.
+  void Corners(PointFx out[4]) const {
+    out[0] = start_left;
+    out[1] = end_left;
+    out[2] = end_right;
+    out[3] = start_right;
+  }
 };
 
 // DotOutline: the staircase outline of a round dot of one width, relative to the dot's top-left

@@ -188,14 +188,12 @@ qvis::HRGN CQVIS_GDI::GetCircleRgn(double cx, double cy, double r) {
 }
 
 qvis::HRGN CQVIS_GDI::GetCircleRgn(qvis::HDC hdc, double cx, double cy, double r) {
-  const LONG rad = WorldToDeviceLength(r);
-  const LONG dcx = WorldToDeviceX(cx), dcy = WorldToDeviceY(cy);
-  if (rad > qvis::render::kMaxBuiltRadius) {
-    return HugeCircleRgn(hdc ? hdc : GetHDC(), dcx, dcy, rad);
+  qvis::HRGN region = gdi::CreateRectRgn(0, 0, 0, 0);
+  if (region != nullptr && !SetCircleRgn(region, hdc, cx, cy, r)) {
+    gdi::DeleteObject(qvis::AsGdiObject(region));
+    return nullptr;
   }
-  if (rad < -qvis::render::kMaxBuiltRadius) return nullptr;
-  return gdi::CreateEllipticRgn(SatSub(dcx, rad), SatSub(dcy, rad), SatAdd(dcx, rad),
-                                SatAdd(dcy, rad));
+  return region;
 }
 
 qvis::HRGN CQVIS_GDI::GetRectangleRgn(double x1, double y1, double x2, double y2) {

@@ -41,6 +41,16 @@ PixelSet LinePixels(PointI a, PointI b, IRect clip = {-1000, -1000, 1000, 1000})
   return Pixels(sink);
 }
 
+// Bitmap: a 32-bit bitmap of w x h pixels whose rows are `stride_pixels` apart, all zero.
+std::unique_ptr<BitmapData> Bitmap(int w, int h, int stride_pixels) {
+  auto b = std::make_unique<BitmapData>();
+  b->width = w;
+  b->height = h;
+  b->stride = 4 * stride_pixels;
+  b->bits = std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(b->stride) * h);
+  return b;
+}
+
 TEST(CosmeticLineTest, StartInEndOutAndReverseSharesTheInterior) {
   for (int dy = -12; dy <= 12; ++dy) {
     for (int dx = -12; dx <= 12; ++dx) {
@@ -253,11 +263,8 @@ TEST(PolygonScanTest, ParityRowsMatchTheSortedWalker) {
   // The parity rows also store runs straight into a plain-copy blitter's bitmap.
   constexpr int kSide = 72;
   constexpr int kWide = 1800;
-  BitmapData bitmap;
-  bitmap.width = kWide;
-  bitmap.height = kSide;
-  bitmap.stride = 4 * kWide;
-  bitmap.bits = std::make_unique<std::uint8_t[]>(4u * kWide * kSide);
+  const auto owned = Bitmap(kWide, kSide, kWide);
+  BitmapData& bitmap = *owned;
   SolidBlitter32 blitter;
   for (int k = 0; k < 460; ++k) {
     const bool wide = k >= 400;
@@ -312,11 +319,8 @@ TEST(CosmeticLineTest, SolidLinesStoredDirectlyMatchTheirSpans) {
   // recording sink goes through spans. Random lines, short and long, far ends, clip boxes
   // inside, across and beyond the bitmap must give the same pixels.
   constexpr int kW = 64, kH = 48;
-  BitmapData bitmap;
-  bitmap.width = kW;
-  bitmap.height = kH;
-  bitmap.stride = 4 * kW;
-  bitmap.bits = std::make_unique<std::uint8_t[]>(4u * kW * kH);
+  const auto owned = Bitmap(kW, kH, kW);
+  BitmapData& bitmap = *owned;
   SolidBlitter32 blitter;
   std::mt19937 rng(77);
   auto uni = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
@@ -351,11 +355,8 @@ TEST(CosmeticLineTest, SolidLinesStoredDirectlyMatchTheirSpans) {
 TEST(SolidBlitterTest, ShortAndLongRunsSetExactlyTheirPixels) {
   // Runs of every length up to past the short-run stores, at every alignment, including ones
   // hanging over the bitmap's sides, against pixels set one at a time.
-  BitmapData bitmap;
-  bitmap.width = 45;
-  bitmap.height = 6;
-  bitmap.stride = 4 * 48;
-  bitmap.bits = std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(bitmap.stride) * 6);
+  const auto owned = Bitmap(45, 6, 48);
+  BitmapData& bitmap = *owned;
   std::vector<std::uint32_t> want(48 * 6);
   std::mt19937 rng(5);
   for (std::size_t i = 0; i < want.size(); ++i) want[i] = rng() & 0xFFFFFFu;

@@ -425,6 +425,13 @@ std::string Row(const Canvas& c, int y, int x0, int x1) {
   return r;
 }
 
+// Rows: Row for the n rows from y on.
+std::vector<std::string> Rows(const Canvas& c, int y, int x0, int x1, int n) {
+  std::vector<std::string> rows;
+  for (int k = 0; k < n; ++k) rows.push_back(Row(c, y + k, x0, x1));
+  return rows;
+}
+
 // Clears the canvas to black and draws one line from (x0, y0) to (x1, y1) with `pen`.
 void DrawLineWith(Canvas& c, HPEN pen, int x0, int y0, int x1, int y1) {
   c.Fill(0);
@@ -448,30 +455,36 @@ TEST(WideJoinTest, RightAngleBevelIsCutFromTheLastRowOfTheIncomingBody) {
   Canvas a(60, 50), b(60, 50);
   DrawPolylineWith(a, WidePen(11, PS_ENDCAP_FLAT | PS_JOIN_BEVEL, 0xFFFFFF),
                    {{5, 20}, {25, 20}, {25, 40}});
-  EXPECT_EQ(Row(a, 15, 20, 32), "#####.......");
-  EXPECT_EQ(Row(a, 16, 20, 32), "######......");
-  EXPECT_EQ(Row(a, 17, 20, 32), "#######.....");
-  EXPECT_EQ(Row(a, 18, 20, 32), "#########...");
-  EXPECT_EQ(Row(a, 19, 20, 32), "##########..");
-  EXPECT_EQ(Row(a, 20, 20, 32), "###########.");
+  EXPECT_EQ(Rows(a, 15, 20, 32, 6),
+            (std::vector<std::string>{
+                "#####.......",
+                "######......",
+                "#######.....",
+                "#########...",
+                "##########..",
+                "###########."}));
   // The same corner walked north then west: now the vertical body comes in and is cut one
   // row short, so the staircase is the 1, 2, 3, 4 one and the two pictures differ.
   DrawPolylineWith(b, WidePen(11, PS_ENDCAP_FLAT | PS_JOIN_BEVEL, 0xFFFFFF),
                    {{25, 40}, {25, 20}, {5, 20}});
-  EXPECT_EQ(Row(b, 16, 20, 32), "######......");
-  EXPECT_EQ(Row(b, 17, 20, 32), "#######.....");
-  EXPECT_EQ(Row(b, 18, 20, 32), "########....");
-  EXPECT_EQ(Row(b, 19, 20, 32), "#########...");
-  EXPECT_EQ(Row(b, 20, 20, 32), "###########.");
+  EXPECT_EQ(Rows(b, 16, 20, 32, 5),
+            (std::vector<std::string>{
+                "######......",
+                "#######.....",
+                "########....",
+                "#########...",
+                "###########."}));
   // East then north: the lower corner is the even staircase 5, 4, 3, 2, 1.
   DrawPolylineWith(a, WidePen(11, PS_ENDCAP_FLAT | PS_JOIN_BEVEL, 0xFFFFFF),
                    {{5, 30}, {25, 30}, {25, 10}});
-  EXPECT_EQ(Row(a, 31, 20, 32), "##########..");
-  EXPECT_EQ(Row(a, 32, 20, 32), "#########...");
-  EXPECT_EQ(Row(a, 33, 20, 32), "########....");
-  EXPECT_EQ(Row(a, 34, 20, 32), "#######.....");
-  EXPECT_EQ(Row(a, 35, 20, 32), "######......");
-  EXPECT_EQ(Row(a, 36, 20, 32), "............");
+  EXPECT_EQ(Rows(a, 31, 20, 32, 6),
+            (std::vector<std::string>{
+                "##########..",
+                "#########...",
+                "########....",
+                "#######.....",
+                "######......",
+                "............"}));
 }
 
 TEST(WideJoinTest, ShortSegmentsLeaveNoGapOnTheInnerSide) {

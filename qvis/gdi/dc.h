@@ -12,6 +12,7 @@
 #include "qvis/gdi/gdi.h"
 #include "qvis/gdi/raster/blitter.h"
 #include "qvis/gdi/raster/geom.h"
+#include "qvis/gdi/raster/line.h"
 #include "qvis/gdi/raster/polygon.h"
 #include "qvis/gdi/raster/region.h"
 #include "qvis/gdi/raster/span.h"
@@ -50,6 +51,11 @@ struct PenData final : ObjectRecord {
   UINT brush_style = 0;     // BS_SOLID, BS_HATCHED, BS_NULL of a geometric pen's brush
   int hatch = 0;
   std::vector<DWORD> user_style;  // PS_USERSTYLE entries
+  LineStyle thin_style;           // the pattern its one-pixel lines step (SetThinStyle)
+  bool paints_gaps = true;        // false for ExtCreatePen's pens: OPAQUE leaves their gaps
+
+  // SetThinStyle derives thin_style from the style, the kind and the user entries.
+  void SetThinStyle();
 
   bool IsNull() const { return style == 5 /* PS_NULL */; }
   // IsWide tells whether outlines go to the geometric stroker.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <optional>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -90,14 +91,17 @@ void DrawCosmeticPolyline(DeviceContext& dc, const PointI* points, int count, bo
   if (points == nullptr || count < 2 || dc.pen == nullptr || dc.pen->IsNull()) return;
   const IRect clip = ClipBox(dc);
   if (clip.IsEmpty()) return;
-  // Wide pens drawn this way (until the stroker handles them) and inside-frame pens are solid.
-  LineStyle style = dc.pen->geometric ? LineStyle{} : CosmeticStyle(dc.pen->style);
+  // The pattern runs on from segment to segment of the one figure; a solid pen has none.
+  std::optional<LineStyle> styled;
+  if (!dc.pen->thin_style.IsSolid()) styled = dc.pen->thin_style;
+  LineStyle* style = styled ? &*styled : nullptr;
   SpanSink& on = PenSink(dc);
-  SpanSink* gaps = (!style.IsSolid() && dc.bk_mode == OPAQUE) ? &GapSink(dc) : nullptr;
+  SpanSink* gaps =
+      (style != nullptr && dc.bk_mode == OPAQUE && dc.pen->paints_gaps) ? &GapSink(dc) : nullptr;
   for (int i = 0; i + 1 < count; ++i) {
-    ScanCosmeticLine(points[i], points[i + 1], clip, &style, on, gaps);
+    ScanCosmeticLine(points[i], points[i + 1], clip, style, on, gaps);
   }
-  if (closed) ScanCosmeticLine(points[count - 1], points[0], clip, &style, on, gaps);
+  if (closed) ScanCosmeticLine(points[count - 1], points[0], clip, style, on, gaps);
 }
 
 void DrawPenOutline(DeviceContext& dc, const PointI* points, int count, bool closed) {

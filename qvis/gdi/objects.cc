@@ -485,8 +485,16 @@ HPEN CreatePen(int style, int width, COLORREF color) {
   pen->color = color & 0xFFFFFF;
   // Wide pens made here draw their dashed styles solid.
   if (pen->geometric && style >= PS_DASH && style <= PS_DASHDOTDOT) pen->style = PS_SOLID;
+  pen->SetThinStyle();
   Register(pen.get());
   return pen.release()->Handle();
+}
+
+void PenData::SetThinStyle() {
+  std::uint32_t user[16] = {};
+  const int n = static_cast<int>(std::min<std::size_t>(user_style.size(), 16));
+  for (int i = 0; i < n; ++i) user[i] = static_cast<std::uint32_t>(user_style[static_cast<std::size_t>(i)]);
+  thin_style = ThinPenStyle(style, geometric, user, n);
 }
 
 HPEN ExtCreatePen(DWORD style, DWORD width, const LOGBRUSH* brush, DWORD style_count,
@@ -515,6 +523,8 @@ HPEN ExtCreatePen(DWORD style, DWORD width, const LOGBRUSH* brush, DWORD style_c
   pen->hatch = static_cast<int>(brush->lbHatch % 6);
   if (brush->lbStyle == BS_NULL) pen->style = PS_NULL;
   if (kind == PS_USERSTYLE) pen->user_style.assign(style_entries, style_entries + style_count);
+  pen->SetThinStyle();
+  pen->paints_gaps = false;
   Register(pen.get());
   return pen.release()->Handle();
 }

@@ -190,7 +190,7 @@ class PlatformScene {
     static const std::initializer_list<Named> k = {
         {"solid", PS_SOLID}, {"dash", PS_DASH}, {"dot", PS_DOT}, {"dashdot", PS_DASHDOT},
         {"dashdotdot", PS_DASHDOTDOT}, {"null", PS_NULL}, {"insideframe", PS_INSIDEFRAME},
-        {"alternate", PS_ALTERNATE}};
+        {"alternate", PS_ALTERNATE}, {"user", PS_USERSTYLE}};
     return k;
   }
   static const std::initializer_list<Named>& Hatches() {
@@ -297,11 +297,14 @@ class PlatformScene {
       SelectObject(dc, Keep(CreatePen(static_cast<int>(Pick(a[1], PenStyles())),
                                       static_cast<int>(Num(a[2])), Color(a[3]))));
     } else if (c == "extpen") {
-      Need(a, 3, 8);
+      Need(a, 3, 8 + 17);
       DWORD style = static_cast<DWORD>(Pick(a[1], PenStyles()));
       DWORD type = PS_GEOMETRIC;
+      std::vector<DWORD> entries;
       for (std::size_t i = 4; i < a.size(); ++i) {
-        if (a[i] == "cosmetic") {
+        if (a[i] == "style") {
+          for (++i; i < a.size(); ++i) entries.push_back(static_cast<DWORD>(Num(a[i])));
+        } else if (a[i] == "cosmetic") {
           type = PS_COSMETIC;
         } else {
           style |= static_cast<DWORD>(
@@ -311,7 +314,10 @@ class PlatformScene {
         }
       }
       LOGBRUSH lb = {BS_SOLID, Color(a[3]), 0};
-      SelectObject(dc, Keep(ExtCreatePen(type | style, static_cast<DWORD>(Num(a[2])), &lb, 0, nullptr)));
+      HPEN pen = Keep(ExtCreatePen(type | style, static_cast<DWORD>(Num(a[2])), &lb,
+                                   static_cast<DWORD>(entries.size()), entries.empty() ? nullptr : entries.data()));
+      if (pen == nullptr) Fail("ExtCreatePen refused the pen");
+      SelectObject(dc, pen);
     } else if (c == "brush") {
       HBRUSH b = nullptr;
       if (a.size() == 3 && a[1] == "solid") {

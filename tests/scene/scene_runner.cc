@@ -95,7 +95,7 @@ const std::initializer_list<NamedValue> kFillModes = {{"alternate", ALTERNATE},
 const std::initializer_list<NamedValue> kPenStyles = {
     {"solid", PS_SOLID}, {"dash", PS_DASH},         {"dot", PS_DOT},
     {"dashdot", PS_DASHDOT}, {"dashdotdot", PS_DASHDOTDOT}, {"null", PS_NULL},
-    {"insideframe", PS_INSIDEFRAME}, {"alternate", PS_ALTERNATE}};
+    {"insideframe", PS_INSIDEFRAME}, {"alternate", PS_ALTERNATE}, {"user", PS_USERSTYLE}};
 const std::initializer_list<NamedValue> kHatches = {
     {"horizontal", HS_HORIZONTAL}, {"vertical", HS_VERTICAL}, {"fdiagonal", HS_FDIAGONAL},
     {"bdiagonal", HS_BDIAGONAL},   {"cross", HS_CROSS},       {"diagcross", HS_DIAGCROSS}};
@@ -327,13 +327,16 @@ void SceneRunner::StateCommand(const Words& a, HDC dc) {
     Check(pen != nullptr, "CreatePen");
     SelectObject(dc, pen);
   } else if (c == "extpen") {
-    Need(a, 3, 8,
+    Need(a, 3, 8 + 17,
          "extpen STYLE WIDTH 0xRRGGBB [cap_round|cap_square|cap_flat] "
-         "[join_round|join_bevel|join_miter] [cosmetic] [0xFLAGS]");
+         "[join_round|join_bevel|join_miter] [cosmetic] [0xFLAGS] [style N...]");
     DWORD style = static_cast<DWORD>(Pick(a[1], kPenStyles));
     DWORD type = PS_GEOMETRIC;
+    std::vector<DWORD> entries;  // a user style's on/off lengths, after the word "style"
     for (std::size_t i = 4; i < a.size(); ++i) {
-      if (a[i] == "cosmetic") {
+      if (a[i] == "style") {
+        for (++i; i < a.size(); ++i) entries.push_back(static_cast<DWORD>(Num(a[i])));
+      } else if (a[i] == "cosmetic") {
         type = PS_COSMETIC;
       } else {
         style |= static_cast<DWORD>(Pick(a[i], {{"cap_round", PS_ENDCAP_ROUND},
@@ -347,7 +350,8 @@ void SceneRunner::StateCommand(const Words& a, HDC dc) {
     LOGBRUSH brush;
     brush.lbStyle = BS_SOLID;
     brush.lbColor = Color(a[3]);
-    HPEN pen = Keep(ExtCreatePen(type | style, static_cast<DWORD>(Num(a[2])), &brush, 0, nullptr));
+    HPEN pen = Keep(ExtCreatePen(type | style, static_cast<DWORD>(Num(a[2])), &brush,
+                                 static_cast<DWORD>(entries.size()), entries.empty() ? nullptr : entries.data()));
     Check(pen != nullptr, "ExtCreatePen");
     SelectObject(dc, pen);
   } else if (c == "brush") {

@@ -19,7 +19,8 @@ namespace qvis::gdi {
 // may be decimal or 0x hex and saturate to 32 bits. Symbolic names or numbers are accepted
 // wherever a mode is asked for. The first command must be `canvas W H COLOR` (1..4096 a side).
 //   state:   clear COLOR | save [NAME] | target canvas|src | pen STYLE W COLOR |
-//            extpen STYLE W COLOR [cap_*] [join_*] [cosmetic] | brush solid COLOR |
+//            extpen STYLE W COLOR [cap_*] [join_*] [cosmetic] [style N...] (STYLE user: the
+//            lengths after `style`) | brush solid COLOR |
 //            brush hatch N COLOR | brush hollow | rop2 N | bkmode transparent|opaque |
 //            bkcolor C | textcolor C | fillmode alternate|winding | arcdir ccw|cw |
 //            brushorg X Y | miterlimit F | textalign N | textcharextra N |

@@ -500,8 +500,24 @@ void Player::Record(const RecordView& r) {
       } else {
         width = 1;
       }
-      if ((style & PS_STYLE_MASK) == PS_USERSTYLE) style = (style & ~PS_STYLE_MASK) | PS_SOLID;
-      Store(r.U32(8), ExtCreatePen(style, width, &brush, 0, nullptr));
+      // A user style's lengths follow the record's pen (logical units for a geometric pen,
+      // mapped as its width is); a count the record cannot hold draws solid.
+      DWORD entries[16] = {};
+      DWORD count = 0;
+      if ((style & PS_STYLE_MASK) == PS_USERSTYLE) {
+        count = r.U32(48);
+        if (count == 0 || count > 16 || r.size < 52 || (r.size - 52) / 4 < count) {
+          count = 0;
+          style = (style & ~PS_STYLE_MASK) | PS_SOLID;
+        }
+        for (DWORD i = 0; i < count; ++i) {
+          const DWORD length = r.U32(52 + 4 * i);
+          entries[i] = (style & PS_TYPE_MASK) == PS_GEOMETRIC && length > 0
+                           ? static_cast<DWORD>(std::max(0, MapWidth(static_cast<double>(length))))
+                           : length;
+        }
+      }
+      Store(r.U32(8), ExtCreatePen(style, width, &brush, count, count > 0 ? entries : nullptr));
       break;
     }
     case kEmrCreateBrushIndirect: {

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <memory>
 #include <random>
 #include <vector>
@@ -307,6 +308,40 @@ TEST(EmfTest, WidePensScaleWithThePicture) {
   SelectObject(direct.dc(), GetStockObject(BLACK_PEN));
   DeleteObject(pen);
   EXPECT_TRUE(played.Pixels() == direct.Pixels());
+}
+
+// A user-styled pen's lengths scale with the picture as its width does; a record too short for
+// the count it states draws its pen solid.
+TEST(EmfTest, UserStylesScaleWithThePicture) {
+  constexpr std::uint32_t kStyle = PS_GEOMETRIC | PS_ENDCAP_FLAT | PS_USERSTYLE;
+  auto played = [](std::initializer_list<std::uint32_t> pen) {
+    EmfWriter w(CRect(0, 0, 50, 50));
+    w.Record(kEmrExtCreatePen, pen)
+        .Record(kEmrSelectObject, {1})
+        .Record(kEmrMoveToEx, {5, 20})
+        .Record(kEmrLineTo, {45, 20});
+    auto canvas = std::make_unique<Canvas>(100, 100);
+    EXPECT_TRUE(Play(canvas->dc(), w.Finish(), CRect(0, 0, 100, 100)));
+    return canvas;
+  };
+  const auto dashed = played({1, 0, 0, 0, 0, kStyle, 3, BS_SOLID, kRed, 0, 2, 4, 2});
+  const auto short_record = played({1, 0, 0, 0, 0, kStyle, 3, BS_SOLID, kRed, 0, 2, 4});
+  auto direct = [](DWORD style, DWORD count, const DWORD* entries) {
+    auto canvas = std::make_unique<Canvas>(100, 100);
+    LOGBRUSH lb{BS_SOLID, kRed, 0};
+    HPEN pen = ExtCreatePen(style, 6, &lb, count, entries);
+    SelectObject(canvas->dc(), pen);
+    MoveToEx(canvas->dc(), 10, 40, nullptr);
+    LineTo(canvas->dc(), 90, 40);
+    SelectObject(canvas->dc(), GetStockObject(BLACK_PEN));
+    DeleteObject(pen);
+    return canvas;
+  };
+  const DWORD twice[] = {8, 4};
+  EXPECT_TRUE(dashed->Pixels() == direct(kStyle, 2, twice)->Pixels());
+  EXPECT_FALSE(dashed->Pixels() == direct(PS_GEOMETRIC | PS_ENDCAP_FLAT | PS_SOLID, 0, nullptr)->Pixels());
+  EXPECT_TRUE(short_record->Pixels() ==
+              direct(PS_GEOMETRIC | PS_ENDCAP_FLAT | PS_SOLID, 0, nullptr)->Pixels());
 }
 
 TEST(EmfTest, MalformedImagesAreRefused) {

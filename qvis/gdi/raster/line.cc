@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <initializer_list>
 #include <optional>
 
 #include "qvis/compat/int128.h"
@@ -63,41 +62,39 @@ class Runs {
 
 }  // namespace
 
-namespace {
-
-// MakeStyle turns runs of on/off pixels (starting with on) into a pattern.
-constexpr LineStyle MakeStyle(std::initializer_list<int> runs) {
+LineStyle StyleOfRuns(const std::uint32_t* lengths, int n, std::int64_t scale) {
   LineStyle s;
-  s.mask = 0;
-  int pos = 0;
-  bool on = true;
-  for (int r : runs) {
-    for (int i = 0; i < r; ++i, ++pos) {
-      if (on) s.mask |= 1u << pos;
-    }
-    on = !on;
-  }
-  s.period = pos;
+  if (lengths == nullptr || n <= 0 || n > LineStyle::kMaxRuns / 2) return s;
+  std::int64_t total = 0;
+  for (int i = 0; i < n; ++i) total += lengths[i];
+  if (total == 0) return s;
+  s.count = n % 2 == 0 ? n : 2 * n;
+  for (int i = 0; i < s.count; ++i) s.runs[i] = std::int64_t{lengths[i % n]} * scale;
+  s.period = total * scale * (s.count / n);
   return s;
 }
 
-constexpr LineStyle kDash = MakeStyle({18, 6});
-constexpr LineStyle kDot = MakeStyle({3, 3});
-constexpr LineStyle kDashDot = MakeStyle({9, 6, 3, 6});
-constexpr LineStyle kDashDotDot = MakeStyle({9, 3, 3, 3, 3, 3});
-constexpr LineStyle kAlternate = MakeStyle({1, 1});
-
-}  // namespace
-
 LineStyle CosmeticStyle(int ps_style) {
+  static constexpr std::uint32_t kDash[] = {18, 6}, kDot[] = {3, 3}, kDashDot[] = {9, 6, 3, 6},
+                                 kDashDotDot[] = {9, 3, 3, 3, 3, 3}, kAlternate[] = {1, 1};
   switch (ps_style) {
-    case 1: return kDash;
-    case 2: return kDot;
-    case 3: return kDashDot;
-    case 4: return kDashDotDot;
-    case 8: return kAlternate;
+    case 1: return StyleOfRuns(kDash, 2, 1);
+    case 2: return StyleOfRuns(kDot, 2, 1);
+    case 3: return StyleOfRuns(kDashDot, 4, 1);
+    case 4: return StyleOfRuns(kDashDotDot, 6, 1);
+    case 8: return StyleOfRuns(kAlternate, 2, 1);
     default: return LineStyle{};
   }
+}
+
+LineStyle ThinPenStyle(int ps_style, bool geometric, const std::uint32_t* user, int user_count) {
+  constexpr int kUserStyle = 7;
+  if (ps_style == kUserStyle) return StyleOfRuns(user, user_count, geometric ? 1 : 3);
+  if (!geometric) return CosmeticStyle(ps_style);
+  static constexpr std::uint32_t kUnits[4][6] = {{3, 1}, {1, 1}, {3, 1, 1, 1}, {3, 1, 1, 1, 1, 1}};
+  static constexpr int kUnitCount[4] = {2, 2, 4, 6};
+  if (ps_style < 1 || ps_style > 4) return LineStyle{};
+  return StyleOfRuns(kUnits[ps_style - 1], kUnitCount[ps_style - 1], 1);
 }
 
 void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, SpanSink& on,
@@ -113,11 +110,11 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
   const std::int64_t dmin = x_major ? dy : dx;
   const int step = dmaj > 0 ? 1 : -1;
   const std::int64_t n = std::llabs(dmaj);  // pixels drawn: start in, end out
-  const int period = style ? std::max(style->period, 1) : 1;
-  const std::int64_t pos0 = style ? style->pos : 0;
-  // (A solid pen's period is 1: no division for the line every drawing is full of.)
-  if (style) style->pos = period == 1 ? 0 : static_cast<int>((pos0 + n) % period);
   const bool solid = style == nullptr || style->IsSolid();
+  const std::int64_t period = solid ? 1 : std::max<std::int64_t>(style->period, 1);
+  const std::int64_t pos0 = solid ? 0 : style->pos;
+  // (A solid pen has no period: no division for the line every drawing is full of.)
+  if (!solid) style->pos = (pos0 + n) % period;
   // A solid line into a sink that only stores one word per pixel is stored here, pixel by
   // pixel, with no spans in between: most of a line's pixels are runs of one.
   SolidTarget target;
@@ -187,14 +184,20 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
     return;
   }
 
-  const std::uint32_t mask = style ? style->mask : 0xFFFFFFFFu;
-  int spos = static_cast<int>((pos0 + i_lo) % period);
+  // The pattern's place at the first visible pixel: run `run`, with `left` pixels to go in it.
+  int run = 0;
+  std::int64_t left = 1;
+  if (!solid) {
+    left = (pos0 + i_lo) % period;
+    while (left >= style->runs[run]) left -= style->runs[run++];
+    left = style->runs[run] - left;
+  }
 
   Runs runs(on, solid ? nullptr : gaps);
   for (std::int64_t i = i_lo; i < i_hi; ++i) {
     const std::int64_t minor = q + (r > 0 ? 1 : 0);
     if (minor >= min_lo && minor < min_hi) {
-      const bool is_on = solid || ((mask >> spos) & 1u);
+      const bool is_on = solid || run % 2 == 0;
       if (x_major) {
         runs.Pixel(static_cast<int>(major), static_cast<int>(minor), is_on);
       } else {
@@ -208,7 +211,13 @@ void ScanCosmeticLine(PointI a, PointI b, const IRect& clip, LineStyle* style, S
       r -= den64;
       ++q;
     }
-    if (++spos == period) spos = 0;
+    if (!solid && --left == 0) {
+      // Zero-length runs are passed over; the period is not zero, so one run is not.
+      do {
+        if (++run == style->count) run = 0;
+      } while (style->runs[run] == 0);
+      left = style->runs[run];
+    }
   }
 }
 

@@ -124,7 +124,7 @@ void PaintRowShape(DeviceContext& dc, const RowShape& interior, bool has_interio
   }
   if (has_brush) EmitRows(interior, clip, BrushSink(dc, dc.brush));
   if (!has_pen) return;
-  if (stepped_outline && CosmeticStyle(dc.pen->style).IsSolid()) {
+  if (stepped_outline && dc.pen->thin_style.IsSolid()) {
     EmitRing(outline, count, clip, PenSink(dc));
   } else {
     DrawCosmeticPolyline(dc, outline, count, true);

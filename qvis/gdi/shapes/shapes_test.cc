@@ -542,8 +542,8 @@ TEST(DashedPenTest, UserStyleEntriesArePixels) {
   Canvas a(120, 40), b(120, 40);
   a.Fill(0);
   b.Fill(0);
-  a.Select(StyledPen(PS_DASH, 4, PS_ENDCAP_ROUND | PS_JOIN_MITER, 0xFFFFFF));
-  b.Select(StyledPen(PS_USERSTYLE, 4, PS_ENDCAP_ROUND | PS_JOIN_MITER, 0xFFFFFF, 2, dash));
+  a.Select(StyledPen(PS_DASH, 4, PS_ENDCAP_FLAT | PS_JOIN_MITER, 0xFFFFFF));
+  b.Select(StyledPen(PS_USERSTYLE, 4, PS_ENDCAP_FLAT | PS_JOIN_MITER, 0xFFFFFF, 2, dash));
   const CPoint pts[] = {{3, 3}, {100, 10}, {20, 35}, {110, 30}};
   Polyline(a.dc(), pts, 4);
   Polyline(b.dc(), pts, 4);
@@ -553,6 +553,46 @@ TEST(DashedPenTest, UserStyleEntriesArePixels) {
   Canvas d(40, 10);
   DrawLineWith(d, StyledPen(PS_USERSTYLE, 2, PS_ENDCAP_FLAT, 0xFFFFFF, 1, odd), 0, 5, 30, 5);
   EXPECT_EQ(Row(d, 5, 0, 30), "#####.....#####.....#####.....");
+  // With caps a user dash keeps its length and the caps reach beyond it (a standard style
+  // gives its caps one width of each dash): 6 on from x = 10, round caps of half of 3.
+  const DWORD six_four[] = {6, 4};
+  Canvas e(40, 10);
+  DrawLineWith(e, StyledPen(PS_USERSTYLE, 3, PS_ENDCAP_ROUND, 0xFFFFFF, 2, six_four), 10, 5, 39, 5);
+  EXPECT_EQ(Row(e, 5, 8, 30), ".#########.#########.#");
+}
+
+// One-pixel pens step their pattern pixel by pixel: a cosmetic pen's user style counts three
+// pixels a unit, a geometric pen of width 1 takes its style's units (or its entries) as pixels.
+TEST(DashedPenTest, OnePixelPensStepTheirPattern) {
+  LOGBRUSH white{BS_SOLID, 0xFFFFFF, 0};
+  const DWORD two_one_three[] = {2, 1, 3};
+  Canvas c(60, 10);
+  DrawLineWith(c, ExtCreatePen(PS_COSMETIC | PS_USERSTYLE, 1, &white, 3, two_one_three), 0, 5, 60, 5);
+  EXPECT_EQ(Row(c, 5, 0, 36), "######...#########......###.........");
+  DrawLineWith(c, StyledPen(PS_DASH, 1, PS_ENDCAP_ROUND, 0xFFFFFF), 0, 5, 12, 5);
+  EXPECT_EQ(Row(c, 5, 0, 12), "###.###.###.");
+  DrawLineWith(c, StyledPen(PS_DASHDOTDOT, 1, PS_ENDCAP_FLAT, 0xFFFFFF), 0, 5, 12, 5);
+  EXPECT_EQ(Row(c, 5, 0, 12), "###.#.#.###.");
+  const DWORD three_one_one_two[] = {3, 1, 1, 2};
+  DrawLineWith(c, StyledPen(PS_USERSTYLE, 1, PS_ENDCAP_FLAT, 0xFFFFFF, 4, three_one_one_two), 0, 5, 14, 5);
+  EXPECT_EQ(Row(c, 5, 0, 14), "###.#..###.#..");
+  // A length of zero is passed over; lengths far past a pixel mask's 32 bits still count.
+  const DWORD long_runs[] = {0, 2, 40, 3};
+  DrawLineWith(c, ExtCreatePen(PS_COSMETIC | PS_USERSTYLE, 1, &white, 4, long_runs), 0, 5, 60, 5);
+  EXPECT_EQ(Row(c, 5, 0, 60), std::string(6, '.') + std::string(54, '#'));
+  // Pens made by ExtCreatePen leave their gaps alone in OPAQUE mode; CreatePen's paint them.
+  Canvas g(30, 10);
+  g.Fill(0);
+  SetBkMode(g.dc(), OPAQUE);
+  SetBkColor(g.dc(), 0x0000FF);
+  g.Select(ExtCreatePen(PS_COSMETIC | PS_DASH, 1, &white, 0, nullptr));
+  MoveToEx(g.dc(), 0, 2, nullptr);
+  LineTo(g.dc(), 30, 2);
+  g.Select(CreatePen(PS_DASH, 1, 0xFFFFFF));
+  MoveToEx(g.dc(), 0, 4, nullptr);
+  LineTo(g.dc(), 30, 4);
+  EXPECT_EQ(g.At(20, 2), 0u);                    // x = 20 is in the gap (18 on, 6 off)
+  EXPECT_EQ(g.At(20, 4) & 0xFFFFFFu, 0xFF0000u);  // the background colour, red
 }
 
 TEST(DashedPenTest, TheDashRunsOnRoundACorner) {

@@ -418,7 +418,9 @@ void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* s
   } else {
     return;
   }
-  if (style->cap != CapStyle::kFlat) {
+  // The standard styles keep their units whatever the cap; a user style's lengths are the
+  // dashes' bodies, and the caps reach past them.
+  if (style->cap != CapStyle::kFlat && pen_style != kUserStyle) {
     for (int i = 0; i + 1 < n; i += 2) {
       const double on = style->dashes[static_cast<std::size_t>(i)];
       const double shorter = std::max(0.0, on - w);
@@ -560,10 +562,11 @@ class DashWalker {
     }
   }
 
-  // Finish draws the dash still open at the end of the polyline; a dash that would only start
-  // at the very end (none of its length walked) is not drawn.
-  void Finish() {
-    if (dash_.size() == 1 && left_ > 0 &&
+  // Finish draws the dash still open at the end of the polyline. A dash that would only start
+  // at the very end (none of its length walked) is its caps alone on an open line, and nothing
+  // on a closed figure, whose end is its start.
+  void Finish(bool closed) {
+    if (closed && dash_.size() == 1 && left_ > 0 &&
         left_ == style_.dashes[static_cast<std::size_t>(index_)]) {
       ClearDash();
     }
@@ -701,7 +704,7 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
     return;
   }
   if (closed && prev != points[first]) walker.Segment(prev, points[first]);
-  walker.Finish();
+  walker.Finish(closed);
   // A closed figure's first dash starts with the join at the first point, the corner from the
   // closing segment, whether or not the last dash reaches it.
   if (!closed || n < 3 || style.dashes[0] <= 0) return;

@@ -118,8 +118,9 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
 // DashPatternOf fills style->dashes for a geometric pen of the given PS_ style (PS_DASH ..
 // PS_DASHDOTDOT scale their on/off units by the width: dash 3, dot 1, gap 1; PS_USERSTYLE
 // entries are pixels as given, an odd count running twice so that on and off alternate). With
-// round or square caps every on length gives up one width to its two caps, and the gap after
-// it takes it, down to a zero-length dash, which is a lone cap. Solid and other styles, or a
+// round or square caps every on length of a standard style gives up one width to its two caps,
+// and the gap after it takes it, down to a zero-length dash, which is a lone cap; a user
+// style's on lengths stay as given, with the caps beyond them. Solid and other styles, or a
 // user style with no length at all: dash_count 0.
 void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* style);
 

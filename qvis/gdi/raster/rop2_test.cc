@@ -1,10 +1,13 @@
-// Exhaustive check of the binary and ternary raster operations against their boolean definitions.
+// Exhaustive check of the binary and ternary raster operations against their boolean definitions,
+// and of the word fills' coverage.
 #include "qvis/gdi/raster/rop2.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <vector>
 
 namespace qvis::gdi {
@@ -68,6 +71,27 @@ TEST(Rop2Test, TopByteStaysZeroAndBadCodesChangeNothing) {
     EXPECT_EQ(row[0], 0x00123456u);
     EXPECT_EQ(row[1], 0x00654321u);
     EXPECT_EQ(ChooseRop2Pixel(code)(0xFFFFFF, 0x00112233u), 0x00112233u);
+  }
+}
+
+// The word fills take different store widths by run length and alignment (short runs, 16-byte
+// and 32-byte blocks, overlapping unaligned ends): every length at every word offset fills
+// exactly its run and leaves the words either side alone.
+TEST(Rop2Test, FillsCoverExactlyTheirRunAtAnyLengthAndAlignment) {
+  const Rop2SpanFn fill = ChooseRop2Span(13);  // R2_COPYPEN
+  const Rop2SpanFn white = ChooseRop2Span(16);  // R2_WHITE: a constant per span too
+  alignas(64) std::uint32_t row[320];
+  for (int offset = 0; offset < 9; ++offset) {
+    for (int n = 0; n <= 300 - offset; n += (n < 80 ? 1 : 7)) {
+      std::fill(std::begin(row), std::end(row), 0x00C0FFEEu);
+      fill(row + offset, n, 0xFF123456u);
+      for (int i = 0; i < 320; ++i) {
+        const bool inside = i >= offset && i < offset + n;
+        ASSERT_EQ(row[i], inside ? 0x00123456u : 0x00C0FFEEu) << "offset " << offset << " n " << n << " at " << i;
+      }
+      white(row + offset, n, 0);
+      for (int i = offset; i < offset + n; ++i) ASSERT_EQ(row[i], 0x00FFFFFFu);
+    }
   }
 }
 

@@ -1,6 +1,7 @@
 #include "apps/qvis-editor/board.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -28,6 +29,60 @@ Coord ToNm(double mm) {
 std::string BaseName(const std::string& path) {
   const std::size_t slash = path.find_last_of('/');
   return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string Lower(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
+}
+
+// StackRank places a layer in a board seen from the top: back legend, mask and paste, back
+// copper, inner copper, front copper, front paste, mask and legend, then the outline and the
+// drills over everything. The file's function attribute says what a layer is; without one the
+// common file-name conventions do. -1: unknown.
+int StackRank(const Layer& layer) {
+  if (layer.kind == LayerKind::kDrill) return 100;
+  const std::string f = Lower(layer.file_function);
+  const std::string n = Lower(layer.name);
+  const std::size_t dot = n.find_last_of('.');
+  const std::string ext = dot == std::string::npos ? "" : n.substr(dot + 1);
+  auto starts = [&](const char* what) { return f.rfind(what, 0) == 0; };
+  auto has = [](const std::string& s, const char* what) { return s.find(what) != std::string::npos; };
+  const bool top = has(f, ",top");
+  const bool bot = has(f, ",bot");
+  if (starts("copper")) return has(f, ",inr") ? 40 : top ? 50 : bot ? 30 : 40;
+  if (starts("soldermask")) return top ? 60 : 20;
+  if (starts("paste")) return top ? 55 : 25;
+  if (starts("legend")) return top ? 70 : 10;
+  if (starts("profile")) return 90;
+  if (starts("plated") || starts("nonplated")) return 100;
+  if (!f.empty()) return -1;
+  // Names: the extensions most CAD tools write (gtl top copper, gbs bottom mask, ...) and
+  // the layer names some put in the file name.
+  if (ext == "gtl" || has(n, "f_cu") || has(n, "f.cu")) return 50;
+  if (ext == "gbl" || has(n, "b_cu") || has(n, "b.cu")) return 30;
+  if (ext == "gts" || has(n, "f_mask") || has(n, "f.mask")) return 60;
+  if (ext == "gbs" || has(n, "b_mask") || has(n, "b.mask")) return 20;
+  if (ext == "gtp" || has(n, "f_paste") || has(n, "f.paste")) return 55;
+  if (ext == "gbp" || has(n, "b_paste") || has(n, "b.paste")) return 25;
+  if (ext == "gto" || has(n, "f_silk") || has(n, "f.silk")) return 70;
+  if (ext == "gbo" || has(n, "b_silk") || has(n, "b.silk")) return 10;
+  if (ext == "gko" || ext == "gm1" || has(n, "edge_cuts") || has(n, "edge.cuts")) return 90;
+  if (ext.size() == 3 && ext[0] == 'g' && ext[1] >= '1' && ext[1] <= '9') return 40;  // g1.. inner
+  return -1;
+}
+
+// StackOrder gives each layer its drawing order: by rank where every layer has one, the given
+// order kept among equals; a set with a layer of unknown function stays in the given order,
+// as nothing says where that layer belongs.
+void StackOrder(std::vector<Layer>* layers) {
+  std::vector<int> rank;
+  for (const Layer& l : *layers) rank.push_back(StackRank(l));
+  const bool known = std::find(rank.begin(), rank.end(), -1) == rank.end();
+  std::vector<std::size_t> by(layers->size());
+  for (std::size_t i = 0; i < by.size(); ++i) by[i] = i;
+  if (known) std::stable_sort(by.begin(), by.end(), [&](std::size_t a, std::size_t b) { return rank[a] < rank[b]; });
+  for (std::size_t k = 0; k < by.size(); ++k) (*layers)[by[k]].order = static_cast<int>(k);
 }
 
 bool ReadWholeFile(const std::string& path, std::string* text, std::string* error) {
@@ -127,13 +182,13 @@ bool Board::OpenFiles(const std::vector<std::string>& paths, std::string* error)
     Layer layer;
     if (!ReadArtworkFile(paths[i], &layer, error)) return false;
     layer.colour = layer.kind == LayerKind::kDrill ? 0xF0F0F0 : DefaultLayerColour(i);
-    layer.order = static_cast<int>(i);
     doc.layers.push_back(std::move(layer));
   }
   if (doc.layers.empty()) {
     *error = "no files to open";
     return false;
   }
+  StackOrder(&doc.layers);
   Replace(ArtBoard(std::move(doc)));
   path_.clear();
   return true;

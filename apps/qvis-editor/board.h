@@ -46,7 +46,10 @@ class Board {
   // Opening. ReadArtworkFile reads one Gerber or Excellon file into a layer named after the
   // file; on failure `error` names the file, the line and column, and the cause. OpenFiles
   // reads every file first and replaces the board only when all of them were read (each one a
-  // layer, in the order given); otherwise the board is left as it was.
+  // layer, in the order given); otherwise the board is left as it was. The layers stack as the
+  // board does seen from the top (back legend at the back, front copper over back copper, the
+  // outline and drills in front) when every file says what it is, by its function attribute
+  // or its name; otherwise in the order given, the last in front.
   static bool ReadArtworkFile(const std::string& path, Layer* layer, std::string* error);
   bool OpenFiles(const std::vector<std::string>& paths, std::string* error);
   // Reset replaces the board with `doc` (no undo, not modified); programs that make boards.

@@ -6,6 +6,9 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -80,6 +83,45 @@ TEST(BoardTest, OpensASetOfFilesAsLayersOrNothing) {
   EXPECT_FALSE(b.OpenFiles({(dir / "missing.gbr").string()}, &error));
   EXPECT_NE(error.find("missing.gbr"), std::string::npos);
   EXPECT_EQ(b.document(), before);
+  fs::remove_all(dir);
+}
+
+// Files opened together stack as the board does seen from the top, whatever order they come
+// in: by their function attribute, else by their names; one file nothing identifies keeps the
+// order given for the whole set.
+TEST(BoardTest, OpenedFilesStackByWhatTheyAre) {
+  auto orders = [](const Board& b) {
+    std::vector<std::pair<std::string, int>> out;
+    for (const qvis::Layer& l : b.document().layers) out.emplace_back(l.name, l.order);
+    return out;
+  };
+  using Orders = std::vector<std::pair<std::string, int>>;
+  Board b;
+  std::string error;
+  ASSERT_TRUE(b.OpenFiles({Example("board.drl"), Example("board-F_Silk.gbr"), Example("board-Edge_Cuts.gbr"),
+                           Example("board-F_Cu.gbr"), Example("board-B_Cu.gbr")},
+                          &error))
+      << error;
+  EXPECT_EQ(orders(b), (Orders{{"board.drl", 4},
+                               {"board-F_Silk.gbr", 2},
+                               {"board-Edge_Cuts.gbr", 3},
+                               {"board-F_Cu.gbr", 1},
+                               {"board-B_Cu.gbr", 0}}));
+
+  const fs::path dir = TempDir();
+  const char* art = "%FSLAX46Y46*%\n%MOMM*%\n%ADD10C,0.2*%\nD10*\nX1Y1D02*\nX2Y2D01*\nM02*\n";
+  WriteText(dir / "top.GTL", art);
+  WriteText(dir / "bottom.gbl", art);
+  WriteText(dir / "mask.GTS", art);
+  WriteText(dir / "notes.gbr", art);
+  ASSERT_TRUE(b.OpenFiles({(dir / "mask.GTS").string(), (dir / "top.GTL").string(), (dir / "bottom.gbl").string()},
+                          &error))
+      << error;
+  EXPECT_EQ(orders(b), (Orders{{"mask.GTS", 2}, {"top.GTL", 1}, {"bottom.gbl", 0}}));
+  ASSERT_TRUE(b.OpenFiles({(dir / "top.GTL").string(), (dir / "notes.gbr").string(), (dir / "bottom.gbl").string()},
+                          &error))
+      << error;
+  EXPECT_EQ(orders(b), (Orders{{"top.GTL", 0}, {"notes.gbr", 1}, {"bottom.gbl", 2}}));
   fs::remove_all(dir);
 }
 

@@ -700,6 +700,7 @@ TEST_F(EditorTest, FilesOpenSaveExportAndErrorsLeaveTheBoard) {
 }
 
 // The layers list runs front first, and Up brings the active layer over the one drawn above it.
+// Opened together, the front copper stacks over the back copper whatever the order of the files.
 TEST_F(EditorTest, LayersListIsInDrawingOrderAndUpBringsALayerForward) {
   ASSERT_TRUE(w_.OpenFiles({QString::fromStdString(Example("board-F_Cu.gbr")),
                             QString::fromStdString(Example("board-B_Cu.gbr"))}));
@@ -708,8 +709,8 @@ TEST_F(EditorTest, LayersListIsInDrawingOrderAndUpBringsALayerForward) {
   auto* list = w_.findChild<QListWidget*>();
   ASSERT_NE(list, nullptr);
   ASSERT_EQ(list->count(), 2);
-  EXPECT_TRUE(list->item(0)->text().startsWith("board-B_Cu.gbr"));  // opened last: in front
-  EXPECT_TRUE(list->item(1)->text().startsWith("board-F_Cu.gbr"));
+  EXPECT_TRUE(list->item(0)->text().startsWith("board-F_Cu.gbr"));  // the front copper: in front
+  EXPECT_TRUE(list->item(1)->text().startsWith("board-B_Cu.gbr"));
   const QRgb front_colour = w_.board().document().layers[0].colour | 0xFF000000u;
   auto count_front = [&] {
     const QImage img = port_->grab().toImage().convertToFormat(QImage::Format_RGB32);
@@ -719,9 +720,9 @@ TEST_F(EditorTest, LayersListIsInDrawingOrderAndUpBringsALayerForward) {
     }
     return n;
   };
-  const int hidden = count_front();
+  const int shown = count_front();
   list->setCurrentRow(1);
-  EXPECT_EQ(w_.board().active_layer(), 0);
+  EXPECT_EQ(w_.board().active_layer(), 1);
   QPushButton* up = nullptr;
   for (QPushButton* b : w_.findChildren<QPushButton*>()) {
     if (b->text() == "Up") up = b;
@@ -729,15 +730,16 @@ TEST_F(EditorTest, LayersListIsInDrawingOrderAndUpBringsALayerForward) {
   ASSERT_NE(up, nullptr);
   up->click();
   QCoreApplication::processEvents();
-  EXPECT_TRUE(list->item(0)->text().startsWith("board-F_Cu.gbr"));
+  EXPECT_TRUE(list->item(0)->text().startsWith("board-B_Cu.gbr"));
   EXPECT_EQ(list->currentRow(), 0);
-  EXPECT_EQ(w_.board().active_layer(), 0);
-  // The front copper now lies over the back layer's pour: far more of its colour shows.
-  EXPECT_GT(count_front(), hidden + 1000);
-  // Hiding it from its row hides it on the canvas.
+  EXPECT_EQ(w_.board().active_layer(), 1);
+  // The back layer's pour now lies over the front copper: far less of its colour shows.
+  EXPECT_LT(count_front() + 1000, shown);
+  // Hiding a layer from its row hides it on the canvas.
   list->item(0)->setCheckState(Qt::Unchecked);
-  EXPECT_FALSE(w_.board().document().layers[0].visible);
-  EXPECT_TRUE(w_.board().document().layers[1].visible);
+  EXPECT_FALSE(w_.board().document().layers[1].visible);
+  EXPECT_TRUE(w_.board().document().layers[0].visible);
+  EXPECT_EQ(count_front(), shown);
 }
 
 // Every action of the menus that needs no dialog runs, and the board stays consistent.

@@ -37,6 +37,7 @@ class Frame {
     LOGBRUSH lb;
     lb.lbStyle = BS_SOLID;
     lb.lbColor = 0x3080FF;
+    huge_pen_ = ExtCreatePen(PS_GEOMETRIC | PS_SOLID | PS_ENDCAP_ROUND | PS_JOIN_ROUND, 5000, &lb, 0, nullptr);
     for (int w = 2; w <= 12; ++w) {
       wide_.push_back(ExtCreatePen(PS_GEOMETRIC | PS_SOLID | PS_ENDCAP_ROUND | PS_JOIN_ROUND,
                                    static_cast<DWORD>(w), &lb, 0, nullptr));
@@ -102,6 +103,7 @@ class Frame {
                       HGDIOBJ(region_c_), HGDIOBJ(font_), HGDIOBJ(turned_font_)}) {
       DeleteObject(o);
     }
+    DeleteObject(huge_pen_);
     for (HPEN p : wide_) DeleteObject(p);
     for (HPEN p : dashed_wide_) DeleteObject(p);
     for (HPEN p : outline_) DeleteObject(p);
@@ -117,6 +119,7 @@ class Frame {
     DrawRegions(step);
     DrawText();
     DrawAlpha();
+    DrawZoomedIn();
     const int old = SetROP2(dc_, R2_XORPEN);  // a rubber band: erase and draw
     SelectObject(dc_, band_);
     for (int k = 0; k < 20; ++k) {
@@ -306,12 +309,29 @@ class Frame {
     GpFillRegion(dc_, region_b_, 0x4000FF00);
   }
 
+  // Deep zoom: a pad outline millions of pixels across whose edge crosses the view, an arc of
+  // it, and a track end wider than the view (its dot past the stepped size).
+  void DrawZoomedIn() {
+    constexpr int kR = 3000000;
+    SelectObject(dc_, thin_);
+    SelectObject(dc_, GetStockObject(NULL_BRUSH));
+    Ellipse(dc_, 320 - 2 * kR, 240 - kR, 320, 240 + kR);
+    Arc(dc_, 330 - 2 * kR, 250 - kR, 330, 250 + kR, 400, 480, 400, 0);
+    SelectObject(dc_, fill_);
+    Ellipse(dc_, 600, 200 - kR, 600 + 2 * kR, 200 + kR);
+    SelectObject(dc_, outline_[4]);
+    Pie(dc_, 620, 260 - kR, 620 + 2 * kR, 260 + kR, 0, 480, 0, 0);
+    SelectObject(dc_, huge_pen_);
+    MoveToEx(dc_, -2400, 200, nullptr);
+    LineTo(dc_, -2500, 260);
+  }
+
   HDC dc_;
   HBITMAP bitmap_;
   HDC window_dc_;
   HBITMAP window_;
   HBRUSH background_, fill_, hatch_;
-  HPEN thin_, dashed_, band_;
+  HPEN thin_, dashed_, band_, huge_pen_;
   HRGN region_a_, region_b_, region_c_;
   HFONT font_, turned_font_;
   std::vector<HPEN> wide_;

@@ -181,6 +181,7 @@ struct ScratchArena {
   std::vector<std::int64_t> row_right;
   std::vector<PointI> outline;           // Ellipse / RoundRect / Arc figures
   std::vector<PointI> arc;               // Arc / Pie / Chord curves
+  std::vector<Point2> big_arc;           // curves too big to step, flattened
   std::vector<std::uint8_t> text_mask;   // text runs
   std::vector<int> text_pen;
   std::string text_source;               // DrawTextA: the text less its prefix marks

@@ -131,14 +131,15 @@ void PaintRowShape(DeviceContext& dc, const RowShape& interior, bool has_interio
   }
 }
 
-void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a1,
+void BigArcPoints(DeviceContext& dc, const Box64& box, double a0, double a1,
                   std::vector<PointI>* out) {
   const double l = static_cast<double>(box.left);
   const double t = static_cast<double>(box.top);
   const double r = static_cast<double>(box.right - 1);
   const double b = static_cast<double>(box.bottom - 1);
   const EllipseArc arc{(l + r) / 2, (t + b) / 2, (r - l) / 2, (b - t) / 2, a0, a1};
-  std::vector<Point2> pts;
+  std::vector<Point2>& pts = dc.scratch.big_arc;
+  pts.clear();
   FlattenArc(arc, ClipBox(dc), 0.25, &pts);
   for (const Point2& p : pts) {
     const PointI q{

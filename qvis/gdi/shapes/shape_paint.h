@@ -54,7 +54,7 @@ void PaintShape(DeviceContext& dc, const SpanRegion& interior, const PointI* out
 // BigArcPoints appends the outline points of the ellipse in `box` from angle a0 to a1 (radians
 // on the unit circle the box stretches, y downward), for boxes too big to step: flattened where
 // the curve passes near the DC's clip box, straight chords elsewhere.
-void BigArcPoints(const DeviceContext& dc, const Box64& box, double a0, double a1,
+void BigArcPoints(DeviceContext& dc, const Box64& box, double a0, double a1,
                   std::vector<PointI>* out);
 
 // PaintPolygons paints filled polygons (counts[i] points each) the same way: the interior

@@ -52,14 +52,15 @@ struct Vec {
 constexpr std::int64_t kMaxSteppedDot = 2048;
 
 // A disc polygon for very wide pens: the circle through the dot's outer pixel edges.
-void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out) {
+void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out, StrokeScratch& work) {
   const double r = static_cast<double>(width) / 2.0;
   const double cx = static_cast<double>(c.x) - static_cast<double>(width / 2) + r - 0.5;
   const double cy = static_cast<double>(c.y) - static_cast<double>(width / 2) + r - 0.5;
-  std::vector<Point2> pts;
+  std::vector<Point2>& pts = work.disc;
+  pts.clear();
   FlattenArc(EllipseArc{cx, cy, r, r, 0, 2 * std::numbers::pi}, clip, 0.25, &pts);
-  std::vector<PointFx> fx;
-  fx.reserve(pts.size());
+  std::vector<PointFx>& fx = work.disc_fx;
+  fx.clear();
   for (const Point2& p : pts) fx.push_back(Fx(p.x, p.y));
   out->Add(fx.data(), static_cast<int>(fx.size()));
 }
@@ -239,7 +240,7 @@ void AddRoundDot(PointI c, std::int64_t width, const IRect& rows, PolygonSet* ou
     return;
   }
   if (width > kMaxSteppedDot) {
-    AddBigDisc(c, width, rows, out);
+    AddBigDisc(c, width, rows, out, work);
     return;
   }
   const DotOutline& dot = CachedDot(width, work);

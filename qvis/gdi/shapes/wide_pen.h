@@ -12,6 +12,7 @@
 #include "qvis/gdi/raster/geom.h"
 #include "qvis/gdi/raster/region.h"
 #include "qvis/gdi/raster/span.h"
+#include "qvis/gdi/shapes/curve_flatten.h"
 
 namespace qvis::gdi {
 
@@ -98,6 +99,8 @@ struct StrokeScratch {
   std::vector<DotRows> dot_rows;
   std::size_t next_dot_rows = 0;
   std::vector<int> body_rows;         // per row of the body: two [lo, hi) pairs
+  std::vector<Point2> disc;           // a disc too wide to step, flattened
+  std::vector<PointFx> disc_fx;
   bool segment_rows = true;           // off: every stroke takes the outline pieces (tests)
 };
 

@@ -7,14 +7,10 @@
 #include <cstring>
 #include <utility>
 
+#include "qvis/gdi/raster/solid_run.h"
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
-#endif
-// Long runs use 32-byte stores where the processor has them, chosen when the program runs (the
-// library is built for the baseline instruction set).
-#if defined(__GNUC__) && defined(__x86_64__)
-#define QVIS_FILL_AVX2 1
-#include <immintrin.h>
 #endif
 
 namespace qvis::gdi {
@@ -23,50 +19,16 @@ namespace {
 // Only the colour bits of a 32-bpp pixel are written; the unused top byte stays zero.
 constexpr std::uint32_t kColorBits = 0x00FFFFFFu;
 
-#if defined(QVIS_FILL_AVX2)
-// Runs at least this long go to the 32-byte loop: below it the check and the wider unaligned
-// ends cost more than they save.
-constexpr int kWideRun = 64;
-
-bool HaveAvx2() {
-  static const bool have = [] {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2") != 0;
-  }();
-  return have;
-}
-
-// FillWordsAvx2: n >= 8 words as an unaligned head, aligned 32-byte blocks and an unaligned tail.
-// On the machines measured (bench/README.md) a frame clear through the cache runs about 1.5
-// times as fast as with 16-byte stores.
-__attribute__((target("avx2"))) void FillWordsAvx2(std::uint32_t* dst, int n, std::uint32_t value) {
-  const __m256i v = _mm256_set1_epi32(static_cast<int>(value));
-  std::uint32_t* const end = dst + n;
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), v);
-  std::uint32_t* p = reinterpret_cast<std::uint32_t*>(
-      (reinterpret_cast<std::uintptr_t>(dst) + 32) & ~std::uintptr_t{31});
-  while (end - p >= 16) {
-    _mm256_store_si256(reinterpret_cast<__m256i*>(p), v);
-    _mm256_store_si256(reinterpret_cast<__m256i*>(p + 8), v);
-    p += 16;
-  }
-  if (end - p >= 8) _mm256_store_si256(reinterpret_cast<__m256i*>(p), v);
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 8), v);
-}
-#endif
-
 // FillWords stores one word n times: runs of 8 words or more as 16-byte stores (an unaligned
 // head, aligned blocks, and an unaligned tail that may overlap the last block), long runs as
-// 32-byte ones where the processor has them. The processor's string store and the C library's
+// StoreLongRun. The processor's string store and the C library's
 // memset were both tried and are slower for a frame clear: for runs this long they stream past
 // the cache, while the frame is about to be drawn on.
 inline void FillWords(std::uint32_t* dst, int n, std::uint32_t value) {
-#if defined(QVIS_FILL_AVX2)
-  if (n >= kWideRun && HaveAvx2()) {
-    FillWordsAvx2(dst, n, value);
+  if (n >= kLongRun) {
+    StoreLongRun(dst, n, value);
     return;
   }
-#endif
 #if defined(__SSE2__)
   if (n >= 8) {
     const __m128i v = _mm_set1_epi32(static_cast<int>(value));

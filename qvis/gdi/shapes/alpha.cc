@@ -160,7 +160,8 @@ bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
 constexpr double kFlatness = 0.5;
 constexpr int kMaxHalvings = 10;
 
-Vec Mid(Vec a, Vec b) { return Vec{(a.x + b.x) / 2, (a.y + b.y) / 2}; }
+// Halving in single precision, as the points are kept.
+Vec Mid(Vec a, Vec b) { return Vec{Single((a.x + b.x) / 2), Single((a.y + b.y) / 2)}; }
 
 // Distance of p from the line through a and b (from a when they coincide).
 double DistanceFromChord(Vec p, Vec a, Vec b) {

@@ -230,13 +230,15 @@ std::vector<Vec>& EllipseArcPoints(double x, double y, double w, double h, doubl
     return Vec{Single(cx + rx * std::cos(t)), Single(cy + ry * std::sin(t))};
   };
   // Whole quarter turns of the parameter from the start, then what is left: the pieces begin at
-  // the arc's start, not where the ellipse crosses an axis, and are not evened out.
+  // the arc's start, not where the ellipse crosses an axis, and are not evened out. The turns
+  // are added in single precision and a sliver left over is a piece of its own, as short as it
+  // is (a half turn from an axis ends in one).
   const double quarter = pi / 2;
   const double dir = t1 >= t0 ? 1.0 : -1.0;
   double a = t0;
-  for (int guard = 0; guard < 8 && dir * (t1 - a) > 1e-6; ++guard) {
+  for (int guard = 0; guard < 8 && dir * (t1 - a) > 0; ++guard) {
     double b = Single(a + dir * quarter);
-    if (dir * (b - t1) > -1e-6) b = t1;
+    if (dir * (b - t1) >= 0) b = t1;
     const double handle = 4.0 / 3.0 * std::tan((b - a) / 4);
     const Vec p0 = at(a);
     const Vec p3 = at(b);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -29,10 +30,11 @@ constexpr double kCoordLimit = 1.0e12;
 // Single precision, as the reference keeps its points: the angles, the piece ends and the
 // points of an arc are rounded to float where it rounds them. The last bit decides the pixel
 // where a point lands on a whole or half pixel (an arc ending on an axis, an ellipse closing
-// at a little past a full turn).
-// The value passes through memory: a vectorising optimiser (g++ 12 at -O2) was seen to drop a
-// plain round trip through float, which must not be skipped here.
+// at a little past a full turn). The value passes through memory: a vectorising optimiser
+// (g++ 12 at -O2) was seen to drop a plain round trip through float. A value beyond the float
+// range (or NaN) is returned as it is.
 double Single(double v) {
+  if (!(std::fabs(v) <= static_cast<double>(std::numeric_limits<float>::max()))) return v;
   volatile float f = static_cast<float>(v);
   return f;
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -25,6 +26,18 @@ using Vec = Point2;
 // Coordinates beyond this are far outside any bitmap; clamping keeps the fixed-point
 // conversion exact and the scan converter's arithmetic in range.
 constexpr double kCoordLimit = 1.0e12;
+
+// Single precision, as the reference keeps its points: the angles, the piece ends and the
+// points of an arc are rounded to float where it rounds them. The last bit decides the pixel
+// where a point lands on a whole or half pixel (an arc ending on an axis, an ellipse closing
+// at a little past a full turn). The value passes through memory: a vectorising optimiser
+// (g++ 12 at -O2) was seen to drop a plain round trip through float. A value beyond the float
+// range (or NaN) is returned as it is.
+double Single(double v) {
+  if (!(std::fabs(v) <= static_cast<double>(std::numeric_limits<float>::max()))) return v;
+  volatile float f = static_cast<float>(v);
+  return f;
+}
 
 SpanSink& AlphaSink(DeviceContext& dc, std::uint32_t argb) {
   FillSource src;
@@ -68,11 +81,11 @@ class OutlineBuilder {
 
   // Offset of the half width to the right of the walk from `from` towards `to`.
   Vec Side(Vec from, Vec to) const {
-    const double dx = to.x - from.x;
-    const double dy = to.y - from.y;
-    const double len = std::hypot(dx, dy);
+    const double dx = Single(to.x - from.x);
+    const double dy = Single(to.y - from.y);
+    const double len = Single(std::sqrt(Single(Single(dx * dx) + Single(dy * dy))));
     if (!(len > 0)) return Vec{0, 0};
-    return Vec{dy / len * hw_, -dx / len * hw_};
+    return Vec{Single(Single(dy / len) * hw_), Single(Single(-dx / len) * hw_)};
   }
 
   // Nearest whole pixel, halves upward, kept far inside the fixed-point range.
@@ -111,8 +124,8 @@ class OutlineBuilder {
   void Joint(Vec p1, Vec p2, Vec p3) {
     const Vec a = Side(p1, p2);
     const Vec b = Side(p2, p3);
-    LineTo(Vec{p2.x + a.x, p2.y + a.y});
-    LineTo(Vec{p2.x + b.x, p2.y + b.y});
+    LineTo(Vec{Single(p2.x + a.x), Single(p2.y + a.y)});
+    LineTo(Vec{Single(p2.x + b.x), Single(p2.y + b.y)});
   }
 
   void Begin() { first_ = out_->points.size(); }
@@ -149,7 +162,8 @@ bool UsableWidth(float w) { return std::isfinite(w) && w > 0; }
 constexpr double kFlatness = 0.5;
 constexpr int kMaxHalvings = 10;
 
-Vec Mid(Vec a, Vec b) { return Vec{(a.x + b.x) / 2, (a.y + b.y) / 2}; }
+// Halving in single precision, as the points are kept.
+Vec Mid(Vec a, Vec b) { return Vec{Single((a.x + b.x) / 2), Single((a.y + b.y) / 2)}; }
 
 // Distance of p from the line through a and b (from a when they coincide).
 double DistanceFromChord(Vec p, Vec a, Vec b) {
@@ -177,49 +191,63 @@ void FlattenBezier(Vec p0, Vec p1, Vec p2, Vec p3, int depth, std::vector<Vec>* 
 }
 
 // Points of the ellipse in the box from `start` over `sweep` degrees (clockwise on screen), both
-// ends included. An angle names the point where its ray from the centre meets the ellipse.
+// ends included. An angle names the point where its ray from the centre meets the ellipse; one
+// on an axis is kept as it is.
 std::vector<Vec>& EllipseArcPoints(double x, double y, double w, double h, double start,
                                    double sweep, std::vector<Vec>& pts) {
   pts.clear();
-  const double rx = w / 2.0;
-  const double ry = h / 2.0;
-  const double cx = x + rx;
-  const double cy = y + ry;
+  const double rx = Single(w / 2.0);
+  const double ry = Single(h / 2.0);
+  const double cx = Single(x + rx);
+  const double cy = Single(y + ry);
   if (!(std::fabs(sweep) < 1e7)) sweep = sweep > 0 ? 360.0 : -360.0;  // also NaN
   sweep = std::clamp(sweep, -360.0, 360.0);
   if (!std::isfinite(start)) start = 0;
   start = std::fmod(start, 360.0);
-  const double deg = std::numbers::pi / 180.0;
+  const double pi = std::numbers::pi;
   auto param = [&](double angle_deg) {
-    const double a = angle_deg * deg;
-    return std::atan2(rx * std::sin(a), ry * std::cos(a));
+    const double a = Single(angle_deg * pi / 180.0);
+    const double c = std::cos(a);
+    const double s = std::sin(a);
+    if (std::fabs(c) < 1e-5 || std::fabs(s) < 1e-5) return a;
+    double t = std::atan2(s / ry, c / rx);
+    // The same turn as the angle itself.
+    while (t - a > pi) t -= 2 * pi;
+    while (a - t > pi) t += 2 * pi;
+    return Single(t);
   };
-  double t0 = param(start);
+  const double t0 = param(start);
   double t1 = param(start + sweep);
   // Keep the parameter running the same way and as far round as the sweep.
   if (sweep > 0) {
-    while (t1 <= t0) t1 += 2 * std::numbers::pi;
-    if (sweep >= 360.0) t1 = t0 + 2 * std::numbers::pi;
+    for (int guard = 0; guard < 4 && t1 <= t0; ++guard) t1 = Single(t1 + 2 * pi);
+    if (sweep >= 360.0) t1 = Single(t0 + 2 * pi);
   } else if (sweep < 0) {
-    while (t1 >= t0) t1 -= 2 * std::numbers::pi;
-    if (sweep <= -360.0) t1 = t0 - 2 * std::numbers::pi;
+    for (int guard = 0; guard < 4 && t1 >= t0; ++guard) t1 = Single(t1 - 2 * pi);
+    if (sweep <= -360.0) t1 = Single(t0 - 2 * pi);
   } else {
     t1 = t0;
   }
-  auto at = [&](double t) { return Vec{cx + rx * std::cos(t), cy + ry * std::sin(t)}; };
+  auto at = [&](double t) {
+    return Vec{Single(cx + rx * std::cos(t)), Single(cy + ry * std::sin(t))};
+  };
   // Whole quarter turns of the parameter from the start, then what is left: the pieces begin at
-  // the arc's start, not where the ellipse crosses an axis, and are not evened out.
-  const double quarter = std::numbers::pi / 2;
+  // the arc's start, not where the ellipse crosses an axis, and are not evened out. The turns
+  // are added in single precision and a sliver left over is a piece of its own, as short as it
+  // is (a half turn from an axis ends in one).
+  const double quarter = pi / 2;
   const double dir = t1 >= t0 ? 1.0 : -1.0;
   double a = t0;
-  for (int guard = 0; guard < 8 && dir * (t1 - a) > 1e-12; ++guard) {
-    double b = a + dir * quarter;
-    if (dir * (b - t1) > -1e-9) b = t1;
+  for (int guard = 0; guard < 8 && dir * (t1 - a) > 0; ++guard) {
+    double b = Single(a + dir * quarter);
+    if (dir * (b - t1) >= 0) b = t1;
     const double handle = 4.0 / 3.0 * std::tan((b - a) / 4);
     const Vec p0 = at(a);
     const Vec p3 = at(b);
-    const Vec p1{p0.x - handle * rx * std::sin(a), p0.y + handle * ry * std::cos(a)};
-    const Vec p2{p3.x + handle * rx * std::sin(b), p3.y - handle * ry * std::cos(b)};
+    const Vec p1{Single(p0.x - handle * rx * std::sin(a)),
+                 Single(p0.y + handle * ry * std::cos(a))};
+    const Vec p2{Single(p3.x + handle * rx * std::sin(b)),
+                 Single(p3.y - handle * ry * std::cos(b))};
     FlattenBezier(p0, p1, p2, p3, 0, &pts);
     a = b;
   }
@@ -227,29 +255,31 @@ std::vector<Vec>& EllipseArcPoints(double x, double y, double w, double h, doubl
   return pts;
 }
 
-// A pen up to the square root of 2 pixels wide draws a thin line: along the major axis every whole position
-// that lies between the two ends (an end on a whole position included), the other coordinate
-// rounded half up; each pixel is blended once even where segments meet or cross. Flattened
-// curves end between pixels, and a position just outside a piece belongs to its neighbour.
+// A pen up to the square root of 2 pixels wide draws a thin line. Its major axis is the one
+// along which the whole pixels holding its ends lie further apart (x on a tie); a piece whose
+// ends lie in one pixel draws nothing. Along the major axis it takes every whole position
+// between the ends (an end on a whole position included) and rounds the other coordinate half
+// up, interpolated in single precision. Each pixel is blended once even where segments meet or
+// cross.
 void AddThinSegment(Vec a, Vec b, const IRect& clip, SpanBatch* batch) {
-  const double dx = b.x - a.x;
-  const double dy = b.y - a.y;
-  const bool x_major = std::fabs(dx) >= std::fabs(dy);
+  const double pixel_dx = std::floor(b.x) - std::floor(a.x);
+  const double pixel_dy = std::floor(b.y) - std::floor(a.y);
+  if (pixel_dx == 0 && pixel_dy == 0) return;
+  const bool x_major = std::fabs(pixel_dx) >= std::fabs(pixel_dy);
   const double a_major = x_major ? a.x : a.y;
   const double b_major = x_major ? b.x : b.y;
-  const double d_major = x_major ? dx : dy;
   const double a_minor = x_major ? a.y : a.x;
-  const double d_minor = x_major ? dy : dx;
-  // The slack keeps an end that rounding errors moved off a whole position on it.
-  constexpr double kSlack = 1e-9;
-  double lo = std::ceil(std::min(a_major, b_major) - kSlack);
-  double hi = std::floor(std::max(a_major, b_major) + kSlack);
+  const double d_major = Single(b_major - a_major);
+  const double d_minor = Single(x_major ? b.y - a.y : b.x - a.x);
+  const double slope = Single(d_minor / d_major);  // the major span crosses a pixel boundary
+  double lo = std::ceil(std::min(a_major, b_major));
+  double hi = std::floor(std::max(a_major, b_major));
   // Only the positions that can land in the clip box are visited.
   lo = std::max(lo, static_cast<double>(x_major ? clip.left : clip.top));
   hi = std::min(hi, static_cast<double>(x_major ? clip.right : clip.bottom) - 1);
   for (double m = lo; m <= hi; m += 1) {
-    const double t = d_major != 0 ? (m - a_major) / d_major : 0;
-    const double minor = std::floor(a_minor + d_minor * std::clamp(t, 0.0, 1.0) + 0.5);
+    const double step = Single(Single(m - a_major) * slope);
+    const double minor = std::floor(Single(a_minor + step) + 0.5);
     const double x = x_major ? m : minor;
     const double y = x_major ? minor : m;
     if (x >= clip.left && x < clip.right && y >= clip.top && y < clip.bottom) {
@@ -368,7 +398,7 @@ BOOL GpDrawPie(HDC dc, std::uint32_t argb, float pen_width, int x, int y, int wi
   if (!UsableWidth(pen_width) || width == 0 || height == 0) return TRUE;
   std::vector<Vec>& pts =
       EllipseArcPoints(x, y, width, height, start, sweep, dc->scratch.alpha_points);
-  pts.push_back(Vec{x + width / 2.0, y + height / 2.0});
+  pts.push_back(Vec{Single(x + width / 2.0), Single(y + height / 2.0)});
   return StrokeAndBlend(dc, argb, pts, true, pen_width);
 }
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs every test twice: a Release build and an AddressSanitizer + UBSan build (both
-# with the Qt port and the editor), each with ctest, then the Windows build under Wine (scripts/test-windows.sh; skipped with
-# QVIS_SKIP_WINDOWS=1). Build trees go to build/release, build/asan and build/mingw.
+# with the Qt port and the editor), each with ctest, then the Windows build under Wine
+# (scripts/test-windows.sh; skipped with QVIS_SKIP_WINDOWS=1). Build trees go to build/release,
+# build/asan and build/mingw.
 set -euo pipefail
 cd "$(dirname "$0")"
 if [[ "${QVIS_SKIP_WINDOWS:-0}" == "1" ]]; then

@@ -7,8 +7,6 @@
 #include <cstring>
 #include <utility>
 
-#include "qvis/gdi/raster/solid_run.h"
-
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -20,15 +18,10 @@ namespace {
 constexpr std::uint32_t kColorBits = 0x00FFFFFFu;
 
 // FillWords stores one word n times: runs of 8 words or more as 16-byte stores (an unaligned
-// head, aligned blocks, and an unaligned tail that may overlap the last block), long runs as
-// StoreLongRun. The processor's string store and the C library's
-// memset were both tried and are slower for a frame clear: for runs this long they stream past
-// the cache, while the frame is about to be drawn on.
+// head, aligned blocks, and an unaligned tail that may overlap the last block). The processor's
+// string store and the C library's memset were both tried and are slower for a frame clear: for
+// runs this long they stream past the cache, while the frame is about to be drawn on.
 inline void FillWords(std::uint32_t* dst, int n, std::uint32_t value) {
-  if (n >= kLongRun) {
-    StoreLongRun(dst, n, value);
-    return;
-  }
 #if defined(__SSE2__)
   if (n >= 8) {
     const __m128i v = _mm_set1_epi32(static_cast<int>(value));

@@ -4,7 +4,6 @@
 #define QVIS_GDI_RASTER_SOLID_RUN_H_
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
 #if defined(__SSE2__)
@@ -36,16 +35,6 @@ inline void StoreUpTo16(std::uint32_t* p, int n, std::uint32_t value) {
   for (int i = 0; i < n; ++i) p[i] = value;
 #endif
 }
-
-// Runs at least this long go from the word fills to StoreLongRun; shorter ones keep the inline
-// 16-byte stores, which need no call.
-constexpr int kLongRun = 64;
-
-// StoreLongRun fills n (>= 8) pixels with the widest stores the processor has, chosen when the
-// program runs (the library is built for the baseline instruction set): 32-byte stores where
-// there are, which filled a frame through the cache about 1.5 times as fast as 16-byte ones on
-// the development machine (bench/README.md).
-void StoreLongRun(std::uint32_t* p, std::ptrdiff_t n, std::uint32_t value);
 
 // StoreRun fills n (>= 1) pixels: short runs as StoreUpTo16, longer ones eight at a time with
 // unaligned 16-byte stores, the last eight overlapping the previous ones.

@@ -74,9 +74,9 @@ TEST(Rop2Test, TopByteStaysZeroAndBadCodesChangeNothing) {
   }
 }
 
-// The word fills take different store widths by run length and alignment (short runs, 16-byte
-// and 32-byte blocks, overlapping unaligned ends): every length at every word offset fills
-// exactly its run and leaves the words either side alone.
+// The word fills store differently by run length and alignment (single words for short runs,
+// aligned 16-byte blocks between overlapping unaligned ends): every length at every word
+// offset fills exactly its run and leaves the words either side alone.
 TEST(Rop2Test, FillsCoverExactlyTheirRunAtAnyLengthAndAlignment) {
   const Rop2SpanFn fill = ChooseRop2Span(13);  // R2_COPYPEN
   const Rop2SpanFn white = ChooseRop2Span(16);  // R2_WHITE: a constant per span too

@@ -447,9 +447,8 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
 
 // CornerJoin: the join at corner c of a dash that starts there, turning from the segment that
 // comes from p0 with heading d0 (which the dash does not cover) to the one going to p2 with
-// heading d2. Coming along an axis, a mitred corner turning by 45 degrees or more, or a
-// bevelled one turning onto the other axis, also covers the corner pixel and the last one
-// before it, the whole width of the pen.
+// heading d2. A dash going straight on along a row still gets one pixel from that join: the
+// top row's pixel just behind the corner.
 void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const StrokeStyle& style,
                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
   if (style.join == JoinStyle::kRound) {
@@ -458,24 +457,18 @@ void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const Stro
   }
   const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style.width, false, false);
   const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style.width, false, false);
-  const double cross = static_cast<double>(d0.x) * d2.y - static_cast<double>(d0.y) * d2.x;
-  const double dot = static_cast<double>(d0.x) * d2.x + static_cast<double>(d0.y) * d2.y;
-  const bool in_axis = d0.x == 0 || d0.y == 0;
-  const bool out_axis = d2.x == 0 || d2.y == 0;
-  const bool piece = style.join == JoinStyle::kMiter
-                         ? in_axis && std::abs(cross) >= std::abs(dot)
-                         : in_axis && out_axis && cross != 0;
   if (style.cap == CapStyle::kSquare) {
     // A square-capped dash takes its start cap on the segment it begins on, behind the corner.
     const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
     AddBody(cap, out);
-  } else if (piece) {
-    // The corner pixel and the one before it, whichever way the segment runs.
-    const int sx = (d0.x > 0) - (d0.x < 0), sy = (d0.y > 0) - (d0.y < 0);
-    const PointI lo{std::min(c.x, c.x - sx), std::min(c.y, c.y - sy)};
-    const PointI hi{lo.x + 2 * (sx != 0), lo.y + 2 * (sy != 0)};
-    const Body piece = SegmentBodyAlong(lo, hi, d0.x, d0.y, style.width, false, false);
-    AddBody(piece, out);
+  } else if (d0.y == 0 && d2.y == 0 && (d0.x > 0) == (d2.x > 0)) {
+    const std::int64_t x = c.x - (d0.x > 0 ? 1 : 0);
+    const std::int64_t y = c.y - style.width / 2;
+    const PointFx pixel[4] = {PointFx{x * kFixOne, y * kFixOne},
+                              PointFx{(x + 1) * kFixOne, y * kFixOne},
+                              PointFx{(x + 1) * kFixOne, (y + 1) * kFixOne},
+                              PointFx{x * kFixOne, (y + 1) * kFixOne}};
+    out->Add(pixel, 4);
   }
   AddJoin(in, next, d0, c, d2, style, out);
 }

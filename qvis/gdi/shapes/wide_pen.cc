@@ -531,7 +531,13 @@ class DashWalker {
       if (left_ > kEps) break;  // the segment (or its visible part) ends inside this run
       if (on()) {
         Add(at(t));
+        // A dash whose end, cut back to whole pixels, falls on this segment's start still
+        // holds a piece of no length of the segment, so it turns the corner there.
+        const bool turns = t > kEps && dash_.size() > 1 && dash_.back() == a;
+        const PointI from = turns ? dash_[dash_.size() - 2] : a;
+        const PointI from_dir = turns ? dirs_.back() : heading;
         Flush();
+        if (turns) TrailJoin(from, a, b, from_dir, heading);
       }
       Next();
       if (on()) Add(at(t));
@@ -623,6 +629,17 @@ class DashWalker {
   }
   // LeadJoin adds the join at the first point of a dash that began at the end of the segment
   // from lead_from_.
+  // TrailJoin adds the join at corner c of a dash that ends there, having come from p0 with
+  // heading d0 and turning onto the segment to p2 with heading d2.
+  void TrailJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2) {
+    if (style_.join == JoinStyle::kRound) {
+      AddRoundDot(c, style_.width, clip_, out_, work_);
+      return;
+    }
+    const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style_.width, false, false);
+    const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style_.width, false, false);
+    AddJoin(in, next, d0, c, d2, style_, out_);
+  }
   void LeadJoin() {
     CornerJoin(lead_from_, dash_[0], dash_[1], lead_dir_, dirs_[0], style_, clip_, out_, work_);
   }

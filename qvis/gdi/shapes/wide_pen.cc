@@ -536,7 +536,7 @@ class DashWalker {
         const bool turns = t > kEps && dash_.size() > 1 && dash_.back() == a;
         const PointI from = turns ? dash_[dash_.size() - 2] : a;
         const PointI from_dir = turns ? dirs_.back() : heading;
-        Flush();
+        Flush(turns ? &heading : nullptr);
         if (turns) TrailJoin(from, a, b, from_dir, heading);
       }
       Next();
@@ -604,21 +604,27 @@ class DashWalker {
       dash_.push_back(p);
     }
   }
-  // Flush strokes the collected dash.
-  void Flush() {
+  // Flush strokes the collected dash. `end_dir`, when given, is the heading its end cap is
+  // square to (a dash that ends on a piece of no length of the next segment).
+  void Flush(const PointI* end_dir = nullptr) {
     if (dash_.size() == 1) {
       LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_, work_);
     } else if (dash_.size() > 1) {
-      if (lead_ && solid_.cap == CapStyle::kSquare) {
-        // The start cap goes behind the corner (LeadJoin); the end cap is added on its own.
+      if ((lead_ || end_dir != nullptr) && solid_.cap == CapStyle::kSquare) {
+        // A start cap behind the corner comes with LeadJoin; the others are added on their own.
         StrokeStyle flat = solid_;
         flat.cap = CapStyle::kFlat;
         BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, flat,
                          clip_, out_, work_);
-        const PointI d = dirs_.back();
-        const Body cap = SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width,
-                                          false, true);
-        AddBody(cap, out_);
+        if (!lead_) {
+          const PointI d = dirs_.front();
+          AddBody(SegmentBodyAlong(dash_.front(), dash_.front(), d.x, d.y, solid_.width, true,
+                                   false),
+                  out_);
+        }
+        const PointI d = end_dir != nullptr ? *end_dir : dirs_.back();
+        AddBody(SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width, false, true),
+                out_);
       } else {
         BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false,
                          solid_, clip_, out_, work_);
@@ -627,8 +633,6 @@ class DashWalker {
     }
     ClearDash();
   }
-  // LeadJoin adds the join at the first point of a dash that began at the end of the segment
-  // from lead_from_.
   // TrailJoin adds the join at corner c of a dash that ends there, having come from p0 with
   // heading d0 and turning onto the segment to p2 with heading d2.
   void TrailJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2) {
@@ -640,6 +644,8 @@ class DashWalker {
     const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style_.width, false, false);
     AddJoin(in, next, d0, c, d2, style_, out_);
   }
+  // LeadJoin adds the join at the first point of a dash that began at the end of the segment
+  // from lead_from_.
   void LeadJoin() {
     CornerJoin(lead_from_, dash_[0], dash_[1], lead_dir_, dirs_[0], style_, clip_, out_, work_);
   }

@@ -559,6 +559,8 @@ class DashWalker {
     }
   }
 
+  // InDash tells whether the walk has reached a point inside a dash.
+  bool InDash() const { return on(); }
   // Finish draws the dash still open at the end of the polyline; a dash that would only start
   // at the very end (none of its length walked) is not drawn.
   void Finish() {
@@ -717,10 +719,11 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
     return;
   }
   if (closed && prev != points[first]) walker.Segment(prev, points[first]);
+  const bool ends_on = walker.InDash();
   walker.Finish();
   // A closed figure's first dash starts with the join at the first point, the corner from the
-  // closing segment, whether or not the last dash reaches it.
-  if (!closed || n < 3 || style.dashes[0] <= 0) return;
+  // closing segment, when the last dash runs on into it.
+  if (!closed || !ends_on || n < 3 || style.dashes[0] <= 0) return;
   const PointI p1 = points[first];
   PointI p2 = p1;
   PointI p0 = p1;

@@ -609,6 +609,24 @@ TEST(DashedPenTest, TheDashRunsOnRoundACorner) {
   EXPECT_NE(c.At(10, 11), 0u);
 }
 
+// Rows read off the reference renderer's pictures of the same polylines: the one-pixel steps of
+// a dashed ellipse are full of both cases.
+TEST(DashedPenTest, ADashCutOnACornerStillTurnsIt) {
+  Canvas c(60, 60);
+  // 4 wide, 12 on: 11 up, then the one pixel the diagonal moves the pattern on by is cut back
+  // to the corner; the dash keeps that piece of no length, so the miter's tip is drawn.
+  DrawPolylineWith(c, StyledPen(PS_DASH, 4, PS_ENDCAP_FLAT | PS_JOIN_MITER, 0xFFFFFF),
+                   {{40, 51}, {40, 40}, {30, 30}});
+  EXPECT_EQ(Rows(c, 38, 36, 45, 3),
+            (std::vector<std::string>{".........", ".....#...", "..####..."}));
+  // 2 wide, 6 on and 2 off: the second dash starts right at the straight-on corner and gets
+  // the top-row pixel behind it; the bottom row does not.
+  DrawPolylineWith(c, StyledPen(PS_DASH, 2, PS_ENDCAP_FLAT | PS_JOIN_MITER, 0xFFFFFF),
+                   {{48, 40}, {40, 40}, {30, 40}});
+  EXPECT_EQ(Rows(c, 39, 30, 48, 2),
+            (std::vector<std::string>{"##..#######.######", "##..######..######"}));
+}
+
 TEST(DashedPenTest, ASegmentMovesThePatternOnByItsWholePixels) {
   Canvas c(40, 20);
   c.Fill(0);

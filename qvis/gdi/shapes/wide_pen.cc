@@ -450,9 +450,8 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
 
 // CornerJoin: the join at corner c of a dash that starts there, turning from the segment that
 // comes from p0 with heading d0 (which the dash does not cover) to the one going to p2 with
-// heading d2. Coming along an axis, a mitred corner turning by 45 degrees or more, or a
-// bevelled one turning onto the other axis, also covers the corner pixel and the last one
-// before it, the whole width of the pen.
+// heading d2. A dash going straight on along a row still gets one pixel from that join: the
+// top row's pixel just behind the corner.
 void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const StrokeStyle& style,
                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
   if (style.join == JoinStyle::kRound) {
@@ -461,24 +460,18 @@ void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const Stro
   }
   const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style.width, false, false);
   const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style.width, false, false);
-  const double cross = static_cast<double>(d0.x) * d2.y - static_cast<double>(d0.y) * d2.x;
-  const double dot = static_cast<double>(d0.x) * d2.x + static_cast<double>(d0.y) * d2.y;
-  const bool in_axis = d0.x == 0 || d0.y == 0;
-  const bool out_axis = d2.x == 0 || d2.y == 0;
-  const bool piece = style.join == JoinStyle::kMiter
-                         ? in_axis && std::abs(cross) >= std::abs(dot)
-                         : in_axis && out_axis && cross != 0;
   if (style.cap == CapStyle::kSquare) {
     // A square-capped dash takes its start cap on the segment it begins on, behind the corner.
     const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
     AddBody(cap, out);
-  } else if (piece) {
-    // The corner pixel and the one before it, whichever way the segment runs.
-    const int sx = (d0.x > 0) - (d0.x < 0), sy = (d0.y > 0) - (d0.y < 0);
-    const PointI lo{std::min(c.x, c.x - sx), std::min(c.y, c.y - sy)};
-    const PointI hi{lo.x + 2 * (sx != 0), lo.y + 2 * (sy != 0)};
-    const Body piece = SegmentBodyAlong(lo, hi, d0.x, d0.y, style.width, false, false);
-    AddBody(piece, out);
+  } else if (d0.y == 0 && d2.y == 0 && (d0.x > 0) == (d2.x > 0)) {
+    const std::int64_t x = c.x - (d0.x > 0 ? 1 : 0);
+    const std::int64_t y = c.y - style.width / 2;
+    const PointFx pixel[4] = {PointFx{x * kFixOne, y * kFixOne},
+                              PointFx{(x + 1) * kFixOne, y * kFixOne},
+                              PointFx{(x + 1) * kFixOne, (y + 1) * kFixOne},
+                              PointFx{x * kFixOne, (y + 1) * kFixOne}};
+    out->Add(pixel, 4);
   }
   AddJoin(in, next, d0, c, d2, style, out);
 }
@@ -541,7 +534,13 @@ class DashWalker {
       if (left_ > kEps) break;  // the segment (or its visible part) ends inside this run
       if (on()) {
         Add(at(t));
-        Flush();
+        // A dash whose end, cut back to whole pixels, falls on this segment's start still
+        // holds a piece of no length of the segment, so it turns the corner there.
+        const bool turns = t > kEps && dash_.size() > 1 && dash_.back() == a;
+        const PointI from = turns ? dash_[dash_.size() - 2] : a;
+        const PointI from_dir = turns ? dirs_.back() : heading;
+        Flush(turns ? &heading : nullptr);
+        if (turns) TrailJoin(from, a, b, from_dir, heading);
       }
       Next();
       if (on()) Add(at(t));
@@ -563,6 +562,8 @@ class DashWalker {
     }
   }
 
+  // InDash tells whether the walk has reached a point inside a dash.
+  bool InDash() const { return on(); }
   // Finish draws the dash still open at the end of the polyline. A dash that would only start
   // at the very end (none of its length walked) is its caps alone on an open line, and nothing
   // on a closed figure, whose end is its start.
@@ -609,21 +610,27 @@ class DashWalker {
       dash_.push_back(p);
     }
   }
-  // Flush strokes the collected dash.
-  void Flush() {
+  // Flush strokes the collected dash. `end_dir`, when given, is the heading its end cap is
+  // square to (a dash that ends on a piece of no length of the next segment).
+  void Flush(const PointI* end_dir = nullptr) {
     if (dash_.size() == 1) {
       LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_, work_);
     } else if (dash_.size() > 1) {
-      if (lead_ && solid_.cap == CapStyle::kSquare) {
-        // The start cap goes behind the corner (LeadJoin); the end cap is added on its own.
+      if ((lead_ || end_dir != nullptr) && solid_.cap == CapStyle::kSquare) {
+        // A start cap behind the corner comes with LeadJoin; the others are added on their own.
         StrokeStyle flat = solid_;
         flat.cap = CapStyle::kFlat;
         BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, flat,
                          clip_, out_, work_);
-        const PointI d = dirs_.back();
-        const Body cap = SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width,
-                                          false, true);
-        AddBody(cap, out_);
+        if (!lead_) {
+          const PointI d = dirs_.front();
+          AddBody(SegmentBodyAlong(dash_.front(), dash_.front(), d.x, d.y, solid_.width, true,
+                                   false),
+                  out_);
+        }
+        const PointI d = end_dir != nullptr ? *end_dir : dirs_.back();
+        AddBody(SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width, false, true),
+                out_);
       } else {
         BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false,
                          solid_, clip_, out_, work_);
@@ -631,6 +638,17 @@ class DashWalker {
       if (lead_) LeadJoin();
     }
     ClearDash();
+  }
+  // TrailJoin adds the join at corner c of a dash that ends there, having come from p0 with
+  // heading d0 and turning onto the segment to p2 with heading d2.
+  void TrailJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2) {
+    if (style_.join == JoinStyle::kRound) {
+      AddRoundDot(c, style_.width, clip_, out_, work_);
+      return;
+    }
+    const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style_.width, false, false);
+    const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style_.width, false, false);
+    AddJoin(in, next, d0, c, d2, style_, out_);
   }
   // LeadJoin adds the join at the first point of a dash that began at the end of the segment
   // from lead_from_.
@@ -705,10 +723,11 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
     return;
   }
   if (closed && prev != points[first]) walker.Segment(prev, points[first]);
+  const bool ends_on = walker.InDash();
   walker.Finish(closed);
   // A closed figure's first dash starts with the join at the first point, the corner from the
-  // closing segment, whether or not the last dash reaches it.
-  if (!closed || n < 3 || style.dashes[0] <= 0) return;
+  // closing segment, when the last dash runs on into it.
+  if (!closed || !ends_on || n < 3 || style.dashes[0] <= 0) return;
   const PointI p1 = points[first];
   PointI p2 = p1;
   PointI p0 = p1;

@@ -68,7 +68,11 @@ int StackRank(const Layer& layer) {
   if (ext == "gto" || has(n, "f_silk") || has(n, "f.silk")) return 70;
   if (ext == "gbo" || has(n, "b_silk") || has(n, "b.silk")) return 10;
   if (ext == "gko" || ext == "gm1" || has(n, "edge_cuts") || has(n, "edge.cuts")) return 90;
-  if (ext.size() == 3 && ext[0] == 'g' && ext[1] >= '1' && ext[1] <= '9') return 40;  // g1.. inner
+  // Inner copper: .g1 to .g99.
+  if ((ext.size() == 2 || ext.size() == 3) && ext[0] == 'g' && std::isdigit(static_cast<unsigned char>(ext[1])) &&
+      std::isdigit(static_cast<unsigned char>(ext.back())) && ext[1] != '0') {
+    return 40;
+  }
   return -1;
 }
 

@@ -114,10 +114,12 @@ TEST(BoardTest, OpenedFilesStackByWhatTheyAre) {
   WriteText(dir / "bottom.gbl", art);
   WriteText(dir / "mask.GTS", art);
   WriteText(dir / "notes.gbr", art);
-  ASSERT_TRUE(b.OpenFiles({(dir / "mask.GTS").string(), (dir / "top.GTL").string(), (dir / "bottom.gbl").string()},
+  WriteText(dir / "inner.G1", art);
+  ASSERT_TRUE(b.OpenFiles({(dir / "mask.GTS").string(), (dir / "top.GTL").string(), (dir / "inner.G1").string(),
+                           (dir / "bottom.gbl").string()},
                           &error))
       << error;
-  EXPECT_EQ(orders(b), (Orders{{"mask.GTS", 2}, {"top.GTL", 1}, {"bottom.gbl", 0}}));
+  EXPECT_EQ(orders(b), (Orders{{"mask.GTS", 3}, {"top.GTL", 2}, {"inner.G1", 1}, {"bottom.gbl", 0}}));
   ASSERT_TRUE(b.OpenFiles({(dir / "top.GTL").string(), (dir / "notes.gbr").string(), (dir / "bottom.gbl").string()},
                           &error))
       << error;

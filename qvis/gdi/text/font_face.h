@@ -76,8 +76,8 @@ class FontFace {
   const GlyphMask& Glyph(unsigned char c);
   // AppendOutline adds a character's outline, rotated by the escapement, to a path with the
   // glyph origin at (x, y) in device pixels: one closed figure per contour, every point on a
-  // whole pixel as path points are. Where the system's GDI gives the glyphs it is the hinted
-  // outline, the one the system records for text in a path; FreeType gives the design outline.
+  // whole pixel as path points are. It is the hinted outline on every platform, the one the
+  // system records for text in a path, so a filled path lines its stems up with drawn text.
   void AppendOutline(unsigned char c, double x, double y, PathData* path);
 
  private:

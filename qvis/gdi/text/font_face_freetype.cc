@@ -147,13 +147,12 @@ struct FontFace::Impl {
   // rotation, so turned text keeps the stem widths of upright text.
   static constexpr FT_Int32 LoadFlags() { return FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_MONO; }
 
-  // Load prepares the outline of a character in the glyph slot: hinted for rendering (or the
-  // design outline for paths), emboldened, sheared and rotated as the font asks. False for
+  // Load prepares the outline of a character in the glyph slot: hinted (for drawing and for
+  // paths alike), emboldened, sheared and rotated as the font asks. False for
   // characters the face cannot load.
-  bool Load(unsigned char c, bool hinted = true) {
+  bool Load(unsigned char c) {
     FT_UInt index = FT_Get_Char_Index(face, AnsiToUnicode(c));
-    FT_Int32 flags = hinted ? LoadFlags() : FT_LOAD_NO_BITMAP | FT_LOAD_NO_HINTING;
-    if (FT_Load_Glyph(face, index, flags) != 0) return false;
+    if (FT_Load_Glyph(face, index, LoadFlags()) != 0) return false;
     FT_GlyphSlot slot = face->glyph;
     if (slot->format != FT_GLYPH_FORMAT_OUTLINE) return false;
     if (bold) FT_Outline_Embolden(&slot->outline, std::max<FT_Pos>(64, face->size->metrics.x_ppem * 2));
@@ -363,7 +362,7 @@ struct OutlineWriter {
 }  // namespace
 
 void FontFace::AppendOutline(unsigned char c, double x, double y, PathData* path) {
-  if (path == nullptr || !impl_->Load(c, false)) return;
+  if (path == nullptr || !impl_->Load(c)) return;
   FT_Outline_Funcs funcs{};
   funcs.move_to = &OutlineWriter::MoveTo;
   funcs.line_to = &OutlineWriter::LineTo;

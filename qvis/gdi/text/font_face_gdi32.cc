@@ -1,5 +1,5 @@
 // Font realisation on Windows: the system's GDI chooses the face for the logical font and gives
-// its metrics (GetOutlineTextMetrics), monochrome glyph bitmaps and design outlines
+// its metrics (GetOutlineTextMetrics), monochrome glyph bitmaps and hinted outlines
 // (GetGlyphOutline). Each face owns its own memory DC and font handle, so faces share no state.
 // The system's names are written with :: (ours, in qvis::gdi, have the same spelling).
 #include <windows.h>

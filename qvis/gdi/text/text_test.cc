@@ -514,7 +514,8 @@ TEST(TextTest, TextInAnOpenPathBecomesFillableOutlines) {
   // The filled outlines cover the rendered glyphs' pixels (the holes of 'B' and 'o' stay
   // empty) but for a budget of pixels: a path fill takes the pixels whose centres lie inside,
   // the glyph rasteriser also keeps thin parts that no centre falls in. The budget is the count
-  // measured when it was set (117 of the 549 pixels either inks).
+  // measured when it was set (101 of the 541 pixels either inks; the design outline, stems off
+  // the pixel grid, missed by 117).
   std::vector<std::uint32_t> filled = c.Pixels();
   int both = 0, either = 0;
   for (std::size_t i = 0; i < filled.size(); ++i) {
@@ -523,7 +524,7 @@ TEST(TextTest, TextInAnOpenPathBecomesFillableOutlines) {
     either += a || b;
   }
   ASSERT_GT(either, 200);
-  EXPECT_LE(either - both, 117) << "of " << either;
+  EXPECT_LE(either - both, 101) << "of " << either;
   DeleteObject(black);
 }
 

@@ -467,17 +467,19 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
 // top row's pixel just behind the corner.
 void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const StrokeStyle& style,
                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+  if (style.cap == CapStyle::kSquare) {
+    // A square-capped dash takes its start cap on the segment it begins on, behind the corner,
+    // whatever the join.
+    const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
+    AddBody(cap, out);
+  }
   if (style.join == JoinStyle::kRound) {
     AddRoundDot(c, style.width, clip, out, work);
     return;
   }
   const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style.width, false, false);
   const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style.width, false, false);
-  if (style.cap == CapStyle::kSquare) {
-    // A square-capped dash takes its start cap on the segment it begins on, behind the corner.
-    const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
-    AddBody(cap, out);
-  } else if (d0.y == 0 && d2.y == 0 && (d0.x > 0) == (d2.x > 0)) {
+  if (style.cap != CapStyle::kSquare && d0.y == 0 && d2.y == 0 && (d0.x > 0) == (d2.x > 0)) {
     const std::int64_t x = c.x - (d0.x > 0 ? 1 : 0);
     const std::int64_t y = c.y - style.width / 2;
     const PointFx pixel[4] = {PointFx{x * kFixOne, y * kFixOne},

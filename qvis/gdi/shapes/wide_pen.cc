@@ -286,20 +286,16 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
   out->Add(left_tri, 3);
   out->Add(right_tri, 3);
   if (style.join != JoinStyle::kMiter || cross == 0) return;
-  // The miter tip: where the two outer edges meet.
-  const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
-  // The tip is found from the body's own corners (a one-pixel body cut back has no edge left);
-  // the piece stands on the corner the bevel uses.
-  const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
+  // The miter tip: where the two outer edges meet, each taken through the corner the bevel
+  // uses along its segment's heading. A dash's piece of a segment, placed by whole pixels, may
+  // run a little off that heading, and a piece one pixel long has no edge of its own at all.
   const PointFx in_cut = cross > 0 ? end_left : end_right;
+  const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
   const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
-  const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
   const PointFx cf = ToFx(c);
-  const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
-  const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
+  const double ax = static_cast<double>(in_corner.x), ay = static_cast<double>(in_corner.y);
   const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
-  const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
-  const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
+  const double ux = d1x, uy = d1y, wx = d2x, wy = d2y;
   const double den = ux * wy - uy * wx;
   if (den == 0) return;
   const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;

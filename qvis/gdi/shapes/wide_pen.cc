@@ -591,7 +591,9 @@ class DashWalker {
   // InDash tells whether the walk has reached a point inside a dash.
   bool InDash() const { return on(); }
   // Finish draws the dash still open at the end of the polyline; true when a closed figure's
-  // last dash went on into its first one. The two then meet at the first point as one dash
+  // corner at its first point is settled here: when the figure is one dash all round (drawn as
+  // an open dash, with its caps and no join there), or when its last dash went on into its
+  // first one. The two then meet at the first point as one dash
   // would turn a corner: no caps there, and the pen's join cut from the bodies of the two whole
   // segments that meet there (the closing one and the first), not from the dashes' pieces of
   // them. A last dash that only reaches the first point (none of its length walked on the
@@ -618,9 +620,10 @@ class DashWalker {
         left_ == style_.dashes[static_cast<std::size_t>(index_)]) {
       ClearDash();
     }
-    opening_ = false;  // a figure that is one dash: drawn as it is
+    const bool whole = opening_;  // one dash all round
+    opening_ = false;
     Flush();
-    return false;
+    return whole;
   }
 
  private:

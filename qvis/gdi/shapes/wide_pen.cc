@@ -286,20 +286,16 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
   out->Add(left_tri, 3);
   out->Add(right_tri, 3);
   if (style.join != JoinStyle::kMiter || cross == 0) return;
-  // The miter tip: where the two outer edges meet.
-  const PointFx in_edge0 = cross > 0 ? in_body.start_left : in_body.start_right;
-  // The tip is found from the body's own corners (a one-pixel body cut back has no edge left);
-  // the piece stands on the corner the bevel uses.
-  const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
+  // The miter tip: where the two outer edges meet, each taken through the corner the bevel
+  // uses along its segment's heading. A dash's piece of a segment, placed by whole pixels, may
+  // run a little off that heading, and a piece one pixel long has no edge of its own at all.
   const PointFx in_cut = cross > 0 ? end_left : end_right;
+  const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
   const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
-  const PointFx out_edge1 = cross > 0 ? out_body.end_left : out_body.end_right;
   const PointFx cf = ToFx(c);
-  const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
-  const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
+  const double ax = static_cast<double>(in_corner.x), ay = static_cast<double>(in_corner.y);
   const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
-  const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
-  const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
+  const double ux = d1x, uy = d1y, wx = d2x, wy = d2y;
   const double den = ux * wy - uy * wx;
   if (den == 0) return;
   const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
@@ -325,9 +321,13 @@ void BuildStroke(const PointI* points, int count, bool closed, const StrokeStyle
   BuildStrokeAlong(points, nullptr, count, closed, style, clip, out, work);
 }
 
-void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool closed,
-                      const StrokeStyle& style, const IRect& clip, PolygonSet* out,
-                      StrokeScratch& work) {
+namespace {
+
+// StrokeWithCaps is BuildStrokeAlong with the caps of an open line at either end left out on
+// request (a dash that goes on into another there).
+void StrokeWithCaps(const PointI* points, const PointI* dirs, int count, bool closed,
+                    const StrokeStyle& style, bool start_cap, bool end_cap, const IRect& clip,
+                    PolygonSet* out, StrokeScratch& work) {
   if (count < 1 || points == nullptr) return;
   std::vector<PointI>& v = work.points;
   std::vector<PointI>& vd = work.headings;
@@ -359,8 +359,9 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
   for (int i = 0; i < segments; ++i) {
     const PointI& a = v[static_cast<std::size_t>(i)];
     const PointI& b = v[static_cast<std::size_t>((i + 1) % n)];
-    const bool cap_start = !closed && i == 0 && style.cap == CapStyle::kSquare;
-    const bool cap_end = !closed && i == segments - 1 && style.cap == CapStyle::kSquare;
+    const bool cap_start = !closed && start_cap && i == 0 && style.cap == CapStyle::kSquare;
+    const bool cap_end =
+        !closed && end_cap && i == segments - 1 && style.cap == CapStyle::kSquare;
     Body& body = bodies[static_cast<std::size_t>(i)];
     if (i < static_cast<int>(vd.size())) {
       const PointI d = vd[static_cast<std::size_t>(i)];
@@ -372,8 +373,8 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
   }
   // Round caps.
   if (!closed && style.cap == CapStyle::kRound) {
-    AddRoundDot(v.front(), width, clip, out, work);
-    AddRoundDot(v.back(), width, clip, out, work);
+    if (start_cap) AddRoundDot(v.front(), width, clip, out, work);
+    if (end_cap) AddRoundDot(v.back(), width, clip, out, work);
   }
   // Joins between consecutive segments.
   auto HeadingAt = [&](int i) {
@@ -393,6 +394,14 @@ void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool 
     AddJoin(bodies[static_cast<std::size_t>(in_seg)], bodies[static_cast<std::size_t>(out_seg)],
             HeadingAt(in_seg), c, HeadingAt(out_seg), style, out);
   }
+}
+
+}  // namespace
+
+void BuildStrokeAlong(const PointI* points, const PointI* dirs, int count, bool closed,
+                      const StrokeStyle& style, const IRect& clip, PolygonSet* out,
+                      StrokeScratch& work) {
+  StrokeWithCaps(points, dirs, count, closed, style, true, true, clip, out, work);
 }
 
 void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* style) {
@@ -454,17 +463,19 @@ void LoneCap(PointI c, std::int64_t dx, std::int64_t dy, const StrokeStyle& styl
 // top row's pixel just behind the corner.
 void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const StrokeStyle& style,
                 const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+  if (style.cap == CapStyle::kSquare) {
+    // A square-capped dash takes its start cap on the segment it begins on, behind the corner,
+    // whatever the join.
+    const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
+    AddBody(cap, out);
+  }
   if (style.join == JoinStyle::kRound) {
     AddRoundDot(c, style.width, clip, out, work);
     return;
   }
   const Body in = SegmentBodyAlong(p0, c, d0.x, d0.y, style.width, false, false);
   const Body next = SegmentBodyAlong(c, p2, d2.x, d2.y, style.width, false, false);
-  if (style.cap == CapStyle::kSquare) {
-    // A square-capped dash takes its start cap on the segment it begins on, behind the corner.
-    const Body cap = SegmentBodyAlong(c, c, d0.x, d0.y, style.width, true, false);
-    AddBody(cap, out);
-  } else if (d0.y == 0 && d2.y == 0 && (d0.x > 0) == (d2.x > 0)) {
+  if (style.cap != CapStyle::kSquare && d0.y == 0 && d2.y == 0 && (d0.x > 0) == (d2.x > 0)) {
     const std::int64_t x = c.x - (d0.x > 0 ? 1 : 0);
     const std::int64_t y = c.y - style.width / 2;
     const PointFx pixel[4] = {PointFx{x * kFixOne, y * kFixOne},
@@ -480,9 +491,12 @@ void CornerJoin(PointI p0, PointI c, PointI p2, PointI d0, PointI d2, const Stro
 // collected.
 class DashWalker {
  public:
-  DashWalker(const StrokeStyle& style, const IRect& clip, PolygonSet* out, StrokeScratch& work)
-      : style_(style), clip_(clip), out_(out), work_(work), dash_(work.dash),
-        dirs_(work.dash_headings) {
+  DashWalker(const StrokeStyle& style, bool closed, const IRect& clip, PolygonSet* out,
+             StrokeScratch& work)
+      : style_(style), closed_(closed), clip_(clip), out_(out), work_(work), dash_(work.dash),
+        dirs_(work.dash_headings), held_(work.opening), held_dirs_(work.opening_headings) {
+    held_.clear();
+    held_dirs_.clear();
     solid_ = style;
     solid_.dash_count = 0;
     for (int i = 0; i < style.dash_count; ++i) period_ += style.dashes[static_cast<std::size_t>(i)];
@@ -506,6 +520,14 @@ class DashWalker {
     const PointI heading = HeadingOf(a, b);
     dir_x_ = heading.x;
     dir_y_ = heading.y;
+    const bool first = !walked_;
+    walked_ = true;
+    if (first) {
+      first_to_ = b;
+      first_dir_ = heading;
+    }
+    last_from_ = a;
+    last_dir_ = heading;
     auto at = [&](double t) { return Along(a, ux, uy, t); };
     // The part of the segment near the clip box; the pattern skips the rest by arithmetic.
     double t0 = 0, t1 = len;
@@ -519,7 +541,11 @@ class DashWalker {
       Advance(t0);
     }
     double t = t0;
-    if (on() && dash_.empty()) Add(at(t));
+    if (on() && dash_.empty()) {
+      Add(at(t));
+      // The dash that begins right at a closed figure's first point may go on from its last.
+      opening_ = closed_ && first && t == 0;
+    }
     while (true) {
       if (on() && left_ <= 0) {
         // A zero-length dash: a lone cap.
@@ -564,15 +590,40 @@ class DashWalker {
 
   // InDash tells whether the walk has reached a point inside a dash.
   bool InDash() const { return on(); }
-  // Finish draws the dash still open at the end of the polyline. A dash that would only start
-  // at the very end (none of its length walked) is its caps alone on an open line, and nothing
-  // on a closed figure, whose end is its start.
-  void Finish(bool closed) {
-    if (closed && dash_.size() == 1 && left_ > 0 &&
+  // Finish draws the dash still open at the end of the polyline; true when a closed figure's
+  // corner at its first point is settled here: when the figure is one dash all round (drawn as
+  // an open dash, with its caps and no join there), or when its last dash went on into its
+  // first one. The two then meet at the first point as one dash
+  // would turn a corner: no caps there, and the pen's join cut from the bodies of the two whole
+  // segments that meet there (the closing one and the first), not from the dashes' pieces of
+  // them. A last dash that only reaches the first point (none of its length walked on the
+  // closing segment, so nothing of it before the corner) does not join: it is nothing, and the
+  // first dash keeps its start cap and takes the corner's join alone (BuildDashedStroke).
+  // Otherwise a dash that would only start at the very end is its caps alone on an open line.
+  bool Finish() {
+    if (!held_.empty()) {
+      const PointI corner = held_.front();
+      if (on() && dash_.size() > 1 && dash_.back() == corner) {
+        // No caps at the corner; its join is cut from the two segments that meet there.
+        no_end_cap_ = true;
+        Flush();
+        no_end_cap_ = false;
+        no_start_cap_ = true;
+        DrawHeld();
+        no_start_cap_ = false;
+        TrailJoin(last_from_, corner, first_to_, last_dir_, first_dir_);
+        return true;
+      }
+      DrawHeld();
+    }
+    if (closed_ && dash_.size() == 1 && left_ > 0 &&
         left_ == style_.dashes[static_cast<std::size_t>(index_)]) {
       ClearDash();
     }
+    const bool whole = opening_;  // one dash all round
+    opening_ = false;
     Flush();
+    return whole;
   }
 
  private:
@@ -603,6 +654,7 @@ class DashWalker {
     dash_.clear();
     dirs_.clear();
     lead_ = false;
+    opening_ = false;
   }
   void Add(PointI p) {
     if (dash_.empty() || dash_.back() != p) {
@@ -613,6 +665,15 @@ class DashWalker {
   // Flush strokes the collected dash. `end_dir`, when given, is the heading its end cap is
   // square to (a dash that ends on a piece of no length of the next segment).
   void Flush(const PointI* end_dir = nullptr) {
+    if (opening_ && dash_.size() > 1) {
+      // Held until the end of the walk tells whether the last dash goes on into it.
+      held_.assign(dash_.begin(), dash_.end());
+      held_dirs_.assign(dirs_.begin(), dirs_.end());
+      held_end_ = end_dir != nullptr;
+      if (held_end_) held_end_dir_ = *end_dir;
+      ClearDash();
+      return;
+    }
     if (dash_.size() == 1) {
       LoneCap(dash_[0], dir_x_, dir_y_, style_, clip_, out_, work_);
     } else if (dash_.size() > 1) {
@@ -622,22 +683,37 @@ class DashWalker {
         flat.cap = CapStyle::kFlat;
         BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, flat,
                          clip_, out_, work_);
-        if (!lead_) {
+        if (!lead_ && !no_start_cap_) {
           const PointI d = dirs_.front();
           AddBody(SegmentBodyAlong(dash_.front(), dash_.front(), d.x, d.y, solid_.width, true,
                                    false),
                   out_);
         }
-        const PointI d = end_dir != nullptr ? *end_dir : dirs_.back();
-        AddBody(SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width, false, true),
-                out_);
+        if (!no_end_cap_) {
+          const PointI d = end_dir != nullptr ? *end_dir : dirs_.back();
+          AddBody(
+              SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width, false, true),
+              out_);
+        }
       } else {
-        BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false,
-                         solid_, clip_, out_, work_);
+        StrokeWithCaps(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, solid_,
+                       !no_start_cap_, !no_end_cap_, clip_, out_, work_);
       }
       if (lead_) LeadJoin();
     }
     ClearDash();
+  }
+  // DrawHeld draws the held first dash as any other, leaving the dash being collected as it is.
+  void DrawHeld() {
+    const bool lead = lead_;
+    dash_.swap(held_);
+    dirs_.swap(held_dirs_);
+    lead_ = false;
+    opening_ = false;
+    Flush(held_end_ ? &held_end_dir_ : nullptr);
+    dash_.swap(held_);
+    dirs_.swap(held_dirs_);
+    lead_ = lead;
   }
   // TrailJoin adds the join at corner c of a dash that ends there, having come from p0 with
   // heading d0 and turning onto the segment to p2 with heading d2.
@@ -677,6 +753,7 @@ class DashWalker {
   }
 
   const StrokeStyle& style_;
+  bool closed_ = false;
   StrokeStyle solid_;
   const IRect& clip_;
   PolygonSet* out_;
@@ -689,6 +766,18 @@ class DashWalker {
   StrokeScratch& work_;
   std::vector<PointI>& dash_;
   std::vector<PointI>& dirs_;  // the heading of each segment of dash_
+  std::vector<PointI>& held_;  // a closed figure's first dash, drawn by Finish
+  std::vector<PointI>& held_dirs_;
+  bool held_end_ = false;  // held_ ends square to held_end_dir_
+  PointI held_end_dir_{};
+  bool opening_ = false;  // dash_ began at a closed figure's first point
+  bool no_start_cap_ = false;  // Flush leaves out the caps at these ends
+  bool no_end_cap_ = false;
+  PointI first_to_{};  // the end and heading of the first segment walked
+  PointI first_dir_{};
+  PointI last_from_{};  // the start and heading of the last one
+  PointI last_dir_{};
+  bool walked_ = false;  // a segment has been walked
   bool lead_ = false;  // dash_ began at the end of the segment from lead_from_
   PointI lead_from_{};
   PointI lead_dir_{};
@@ -706,7 +795,7 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
   int first = 0;
   int n = 0;
   PointI prev{};
-  DashWalker walker(style, clip, out, work);
+  DashWalker walker(style, closed, clip, out, work);
   for (int i = 0; i < count; ++i) {
     if (n > 0 && points[i] == prev) continue;
     if (n == 0) {
@@ -724,9 +813,9 @@ void BuildDashedStroke(const PointI* points, int count, bool closed, const Strok
   }
   if (closed && prev != points[first]) walker.Segment(prev, points[first]);
   const bool ends_on = walker.InDash();
-  walker.Finish(closed);
+  if (walker.Finish()) return;
   // A closed figure's first dash starts with the join at the first point, the corner from the
-  // closing segment, when the last dash runs on into it.
+  // closing segment, when the last dash only begins at that point.
   if (!closed || !ends_on || n < 3 || style.dashes[0] <= 0) return;
   const PointI p1 = points[first];
   PointI p2 = p1;

@@ -91,6 +91,8 @@ struct StrokeScratch {
   std::vector<StrokeBody> bodies;
   std::vector<PointI> dash;           // the dash being collected
   std::vector<PointI> dash_headings;
+  std::vector<PointI> opening;        // a closed figure's first dash, held for its last one
+  std::vector<PointI> opening_headings;
   PolygonSet set;                     // the outline pieces of one call
   std::vector<DotOutline> dots;
   std::size_t next_dot = 0;

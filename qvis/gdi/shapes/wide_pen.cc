@@ -346,38 +346,41 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
     return;
   }
   const bool left_outer = cross > 0;
-  // The tip is found from the body's own corners (a one-pixel body cut back has no edge left).
-  const PointFx in_edge0 = left_outer ? in_body.start_left : in_body.start_right;
-  const PointFx in_corner = left_outer ? in_body.end_left : in_body.end_right;
   const PointFx out_corner = left_outer ? out_body.start_left : out_body.start_right;
-  const PointFx out_edge1 = left_outer ? out_body.end_left : out_body.end_right;
-  const PointFx cf = ToFx(c);
-  const double ax = static_cast<double>(in_edge0.x), ay = static_cast<double>(in_edge0.y);
-  const double bx = static_cast<double>(in_corner.x), by = static_cast<double>(in_corner.y);
-  const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
-  const double rx = static_cast<double>(out_edge1.x), ry = static_cast<double>(out_edge1.y);
-  const double ux = bx - ax, uy = by - ay, wx = rx - qx, wy = ry - qy;
-  const double den = ux * wy - uy * wx;
-  bool miter = den != 0;
-  double mx = 0;
-  double my = 0;
-  if (miter) {
-    const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
-    mx = ax + ux * t;
-    my = ay + uy * t;
-    const double hw = static_cast<double>(style.width) / 2.0 * static_cast<double>(kFixOne);
-    const double ratio =
-        std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
-    miter = ratio <= style.miter_limit;
-  }
+  // The tip is where the outer edges meet: the line through the incoming body's outer end
+  // corner along its heading and the one through the outgoing body's outer start corner along
+  // its heading. Corners are whole pixels; the work is in pixels, in double precision.
+  const PointFx in_corner = left_outer ? in_body.end_left : in_body.end_right;
+  const std::int64_t det = std::int64_t{in_heading.x} * out_heading.y -
+                           std::int64_t{in_heading.y} * out_heading.x;
+  const double px = static_cast<double>(in_corner.x / kFixOne);
+  const double py = static_cast<double>(in_corner.y / kFixOne);
+  const double ox = static_cast<double>(out_corner.x / kFixOne);
+  const double oy = static_cast<double>(out_corner.y / kFixOne);
+  const double a = det == 0 ? 0.0
+                            : ((ox - px) * out_heading.y - (oy - py) * out_heading.x) /
+                                  static_cast<double>(det);
+  const double mx = a * in_heading.x + px;
+  const double my = a * in_heading.y + py;
+  // The limit test compares four times the squared distance from the centre to the tip with
+  // limit * limit * width * width worked out in single precision from left to right (the limit
+  // is a float); equal is still a miter. Set one float step of the limit either side of the
+  // threshold, this decides every join as the reference does but exact ties, which its own
+  // last-bit rounding decides differently from place to place (the ratio in double precision,
+  // or only the limit squared in single precision, miss about one join in five there).
+  const double ex = mx - c.x;
+  const double ey = my - c.y;
+  const float limit = static_cast<float>(style.miter_limit);
+  const float width = static_cast<float>(style.width);
+  const float bound = limit * limit * width * width;
+  const bool miter = det != 0 && (ex * ex + ey * ey) * 4 <= static_cast<double>(bound);
   out->Add(left_outer ? right_tri : left_tri, 3);
   if (!miter) {
     out->Add(left_outer ? left_tri : right_tri, 3);
     return;
   }
-  const double one = static_cast<double>(kFixOne);
-  const PointFx tip{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
-                    static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
+  const PointFx tip{static_cast<std::int64_t>(std::floor(mx + 0.5)) * kFixOne,
+                    static_cast<std::int64_t>(std::floor(my + 0.5)) * kFixOne};
   const PointFx quad[4] = {left_outer ? end_left : end_right, tip, out_corner,
                            left_outer ? end_right : end_left};
   AddQuad(quad, out);

@@ -266,12 +266,69 @@ void JoinEnd(const Body& in_body, PointI heading, PointFx* left, PointFx* right)
   *right = PointFx{right->x - bx, right->y - by};
 }
 
+// Side: the sign of the turn from p -> r to p -> t.
+int Side(const PointFx& p, const PointFx& r, const PointFx& t) {
+  const double v = static_cast<double>(r.x - p.x) * static_cast<double>(t.y - p.y) -
+                   static_cast<double>(r.y - p.y) * static_cast<double>(t.x - p.x);
+  return v > 0 ? 1 : (v < 0 ? -1 : 0);
+}
+
+// PointAlong: the point of p -> r at the fraction t, as near as the fixed point comes while
+// staying on that line exactly (p and r are whole pixels).
+PointFx PointAlong(const PointFx& p, const PointFx& r, double t) {
+  const std::int64_t m = static_cast<std::int64_t>(std::llround(t * static_cast<double>(kFixOne)));
+  return PointFx{p.x + (r.x - p.x) / kFixOne * m, p.y + (r.y - p.y) / kFixOne * m};
+}
+
+// AddQuad adds the quadrilateral q (whole-pixel corners) as the platform's polygon region
+// takes it, a crossed one included: that one goes in as its two lobes, so that the union of
+// the set covers both. Each lobe keeps its sides on the quad's own edge lines (a pixel centre
+// on one of them falls the same way as in the quad) and meets the other within a 256th of a
+// pixel of the crossing.
+void AddQuad(const PointFx q[4], PolygonSet* out) {
+  for (int k = 0; k < 2; ++k) {
+    // Edges a -> b and c -> d are opposite sides.
+    const PointFx& a = q[k];
+    const PointFx& b = q[k + 1];
+    const PointFx& c = q[k + 2];
+    const PointFx& d = q[(k + 3) % 4];
+    if (Side(a, b, c) * Side(a, b, d) >= 0 || Side(c, d, a) * Side(c, d, b) >= 0) continue;
+    const double ux = static_cast<double>(b.x - a.x), uy = static_cast<double>(b.y - a.y);
+    const double vx = static_cast<double>(d.x - c.x), vy = static_cast<double>(d.y - c.y);
+    const double den = ux * vy - uy * vx;
+    const double cax = static_cast<double>(c.x - a.x), cay = static_cast<double>(c.y - a.y);
+    const double t = (cax * vy - cay * vx) / den;  // along a -> b
+    const double s = (cax * uy - cay * ux) / den;  // along c -> d
+    const PointFx xa = PointAlong(a, b, t);
+    const PointFx xc = PointAlong(c, d, s);
+    if (xa == xc) {
+      const PointFx lobe_a[3] = {a, xa, d};
+      const PointFx lobe_b[3] = {xa, b, c};
+      out->Add(lobe_a, 3);
+      out->Add(lobe_b, 3);
+    } else {
+      const PointFx lobe_a[4] = {a, xa, xc, d};
+      const PointFx lobe_b[4] = {xa, b, c, xc};
+      out->Add(lobe_a, 4);
+      out->Add(lobe_b, 4);
+    }
+    return;
+  }
+  out->Add(q, 4);
+}
+
 // AddJoin appends the bevel or miter piece at corner c between the body coming in along
 // in_heading and the one going out along out_heading (round joins are dots; the caller adds
-// them). The bevel is cut across the incoming body's end: the two triangles from that end to
+// them). A bevel is cut across the incoming body's end: the two triangles from that end to
 // each start corner of the outgoing body. On the outer side of the turn this is the bevel
 // proper; on the inner side it fills what short or sharply turning segments leave open between
-// the bodies. Which side is outer needs no test: both triangles are always added.
+// the bodies. Which side is outer needs no test for a bevel: both triangles are added.
+// A miter keeps the inner triangle and puts in place of the outer one the quadrilateral from
+// the incoming body's outer end corner over the miter tip to the outgoing body's outer start
+// corner and back along the incoming body's end. Its tip is where the two outer edges meet,
+// found from the bodies' own (whole-pixel) corners and rounded to a whole pixel; in a slight
+// turn that rounding can put the tip behind the bevel's edge, and the quadrilateral then
+// folds over and leaves out pixels the bevel would paint, as the platform's does.
 void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, PointI c,
              PointI out_heading, const StrokeStyle& style, PolygonSet* out) {
   const double d1x = in_heading.x, d1y = in_heading.y;
@@ -283,35 +340,50 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
   JoinEnd(in_body, in_heading, &end_left, &end_right);
   const PointFx left_tri[3] = {end_left, end_right, out_body.start_left};
   const PointFx right_tri[3] = {end_left, end_right, out_body.start_right};
-  out->Add(left_tri, 3);
-  out->Add(right_tri, 3);
-  if (style.join != JoinStyle::kMiter || cross == 0) return;
-  // The miter tip: where the two outer edges meet, each taken through the corner the bevel
-  // uses along its segment's heading. A dash's piece of a segment, placed by whole pixels, may
-  // run a little off that heading, and a piece one pixel long has no edge of its own at all.
-  const PointFx in_cut = cross > 0 ? end_left : end_right;
-  const PointFx in_corner = cross > 0 ? in_body.end_left : in_body.end_right;
-  const PointFx out_corner = cross > 0 ? out_body.start_left : out_body.start_right;
-  const PointFx cf = ToFx(c);
-  const double ax = static_cast<double>(in_corner.x), ay = static_cast<double>(in_corner.y);
-  const double qx = static_cast<double>(out_corner.x), qy = static_cast<double>(out_corner.y);
-  const double ux = d1x, uy = d1y, wx = d2x, wy = d2y;
-  const double den = ux * wy - uy * wx;
-  if (den == 0) return;
-  const double t = ((qx - ax) * wy - (qy - ay) * wx) / den;
-  const double mx = ax + ux * t;
-  const double my = ay + uy * t;
-  const double hw = static_cast<double>(style.width) / 2.0 * static_cast<double>(kFixOne);
-  const double ratio =
-      std::hypot(mx - static_cast<double>(cf.x), my - static_cast<double>(cf.y)) / hw;
-  if (ratio > style.miter_limit) return;
-  const double one = static_cast<double>(kFixOne);
-  const PointFx tip{static_cast<std::int64_t>(std::floor(mx / one + 0.5)) * kFixOne,
-                    static_cast<std::int64_t>(std::floor(my / one + 0.5)) * kFixOne};
-  // The tip piece stands on the bevel's outer edge. Rounding can put the tip of a slight turn
-  // behind that edge; the triangle then still covers the pixels between, as the reference's do.
-  const PointFx piece[3] = {in_cut, tip, out_corner};
-  out->Add(piece, 3);
+  if (style.join != JoinStyle::kMiter || cross == 0) {
+    out->Add(left_tri, 3);
+    out->Add(right_tri, 3);
+    return;
+  }
+  const bool left_outer = cross > 0;
+  const PointFx out_corner = left_outer ? out_body.start_left : out_body.start_right;
+  // The tip is where the outer edges meet: the line through the incoming body's outer end
+  // corner along its heading and the one through the outgoing body's outer start corner along
+  // its heading. Corners are whole pixels; the work is in pixels, in double precision.
+  const PointFx in_corner = left_outer ? in_body.end_left : in_body.end_right;
+  const std::int64_t det = std::int64_t{in_heading.x} * out_heading.y -
+                           std::int64_t{in_heading.y} * out_heading.x;
+  const double px = static_cast<double>(in_corner.x / kFixOne);
+  const double py = static_cast<double>(in_corner.y / kFixOne);
+  const double ox = static_cast<double>(out_corner.x / kFixOne);
+  const double oy = static_cast<double>(out_corner.y / kFixOne);
+  const double a = det == 0 ? 0.0
+                            : ((ox - px) * out_heading.y - (oy - py) * out_heading.x) /
+                                  static_cast<double>(det);
+  const double mx = a * in_heading.x + px;
+  const double my = a * in_heading.y + py;
+  // The limit test compares four times the squared distance from the centre to the tip with
+  // limit * limit * width * width worked out in single precision from left to right (the limit
+  // is a float); equal is still a miter. Set one float step of the limit either side of the
+  // threshold, this decides every join as the reference does but exact ties, which its own
+  // last-bit rounding decides differently from place to place (the ratio in double precision,
+  // or only the limit squared in single precision, miss about one join in five there).
+  const double ex = mx - c.x;
+  const double ey = my - c.y;
+  const float limit = static_cast<float>(style.miter_limit);
+  const float width = static_cast<float>(style.width);
+  const float bound = limit * limit * width * width;
+  const bool miter = det != 0 && (ex * ex + ey * ey) * 4 <= static_cast<double>(bound);
+  out->Add(left_outer ? right_tri : left_tri, 3);
+  if (!miter) {
+    out->Add(left_outer ? left_tri : right_tri, 3);
+    return;
+  }
+  const PointFx tip{static_cast<std::int64_t>(std::floor(mx + 0.5)) * kFixOne,
+                    static_cast<std::int64_t>(std::floor(my + 0.5)) * kFixOne};
+  const PointFx quad[4] = {left_outer ? end_left : end_right, tip, out_corner,
+                           left_outer ? end_right : end_left};
+  AddQuad(quad, out);
 }
 
 }  // namespace

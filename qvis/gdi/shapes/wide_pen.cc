@@ -665,10 +665,9 @@ class DashWalker {
   // Finish draws the dash still open at the end of the polyline; true when a closed figure's
   // corner at its first point is settled here: when the figure is one dash all round (drawn as
   // an open dash, with its caps and no join there), or when its last dash went on into its
-  // first one. The two then meet at the first point as one dash
-  // would turn a corner: no caps there, and the pen's join cut from the bodies of the two whole
-  // segments that meet there (the closing one and the first), not from the dashes' pieces of
-  // them. A last dash that only reaches the first point (none of its length walked on the
+  // first one. The two then meet at the first point as one dash would turn a corner: no caps
+  // there, and the pen's join cut from the bodies of the two whole segments that meet there
+  // (the closing one and the first), not from the dashes' pieces of them. A last dash that only reaches the first point (none of its length walked on the
   // closing segment, so nothing of it before the corner) does not join: it is nothing, and the
   // first dash keeps its start cap and takes the corner's join alone (BuildDashedStroke).
   // Otherwise a dash that would only start at the very end is its caps alone on an open line.

@@ -514,8 +514,14 @@ TEST(TextTest, TextInAnOpenPathBecomesFillableOutlines) {
   // The filled outlines cover the rendered glyphs' pixels (the holes of 'B' and 'o' stay
   // empty) but for a budget of pixels: a path fill takes the pixels whose centres lie inside,
   // the glyph rasteriser also keeps thin parts that no centre falls in. The budget is the count
-  // measured when it was set (101 of the 541 pixels either inks; the design outline, stems off
-  // the pixel grid, missed by 117).
+  // measured when it was set, which depends on the face the platform picks: 101 of the 541
+  // pixels either inks with our font stack (the design outline, stems off the pixel grid,
+  // missed by 117), 107 of 548 with the system's face on Windows.
+#if defined(_WIN32)
+  constexpr int kBudget = 107;
+#else
+  constexpr int kBudget = 101;
+#endif
   std::vector<std::uint32_t> filled = c.Pixels();
   int both = 0, either = 0;
   for (std::size_t i = 0; i < filled.size(); ++i) {
@@ -524,7 +530,7 @@ TEST(TextTest, TextInAnOpenPathBecomesFillableOutlines) {
     either += a || b;
   }
   ASSERT_GT(either, 200);
-  EXPECT_LE(either - both, 101) << "of " << either;
+  EXPECT_LE(either - both, kBudget) << "of " << either;
   DeleteObject(black);
 }
 

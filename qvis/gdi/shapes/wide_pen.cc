@@ -52,7 +52,8 @@ struct Vec {
 constexpr std::int64_t kMaxSteppedDot = 2048;
 
 // A disc polygon for very wide pens: the circle through the dot's outer pixel edges.
-void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out, StrokeScratch& work) {
+void AddBigDisc(PointI c, std::int64_t width, const IRect& clip, PolygonSet* out,
+                StrokeScratch& work) {
   const double r = static_cast<double>(width) / 2.0;
   const double cx = static_cast<double>(c.x) - static_cast<double>(width / 2) + r - 0.5;
   const double cy = static_cast<double>(c.y) - static_cast<double>(width / 2) + r - 0.5;
@@ -351,17 +352,14 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
   // corner along its heading and the one through the outgoing body's outer start corner along
   // its heading. Corners are whole pixels; the work is in pixels, in double precision.
   const PointFx in_corner = left_outer ? in_body.end_left : in_body.end_right;
-  const std::int64_t det = std::int64_t{in_heading.x} * out_heading.y -
-                           std::int64_t{in_heading.y} * out_heading.x;
   const double px = static_cast<double>(in_corner.x / kFixOne);
   const double py = static_cast<double>(in_corner.y / kFixOne);
   const double ox = static_cast<double>(out_corner.x / kFixOne);
   const double oy = static_cast<double>(out_corner.y / kFixOne);
-  const double a = det == 0 ? 0.0
-                            : ((ox - px) * out_heading.y - (oy - py) * out_heading.x) /
-                                  static_cast<double>(det);
-  const double mx = a * in_heading.x + px;
-  const double my = a * in_heading.y + py;
+  // cross is not zero here: the turn is neither straight on nor back.
+  const double a = ((ox - px) * d2y - (oy - py) * d2x) / cross;
+  const double mx = a * d1x + px;
+  const double my = a * d1y + py;
   // The limit test compares four times the squared distance from the centre to the tip with
   // limit * limit * width * width worked out in single precision from left to right (the limit
   // is a float); equal is still a miter. Set one float step of the limit either side of the
@@ -373,7 +371,7 @@ void AddJoin(const Body& in_body, const Body& out_body, PointI in_heading, Point
   const float limit = static_cast<float>(style.miter_limit);
   const float width = static_cast<float>(style.width);
   const float bound = limit * limit * width * width;
-  const bool miter = det != 0 && (ex * ex + ey * ey) * 4 <= static_cast<double>(bound);
+  const bool miter = (ex * ex + ey * ey) * 4 <= static_cast<double>(bound);
   out->Add(left_outer ? right_tri : left_tri, 3);
   if (!miter) {
     out->Add(left_outer ? left_tri : right_tri, 3);
@@ -486,7 +484,9 @@ void DashPatternOf(int pen_style, const std::vector<DWORD>& user, StrokeStyle* s
   int n = 0;
   if (pen_style >= kDash && pen_style <= kDashDotDot) {
     n = kUnitCount[pen_style - kDash];
-    for (int i = 0; i < n; ++i) style->dashes[static_cast<std::size_t>(i)] = kUnits[pen_style - kDash][i] * w;
+    for (int i = 0; i < n; ++i) {
+      style->dashes[static_cast<std::size_t>(i)] = kUnits[pen_style - kDash][i] * w;
+    }
   } else if (pen_style == kUserStyle && !user.empty()) {
     const int m = static_cast<int>(std::min<std::size_t>(user.size(), 16));
     double total = 0;
@@ -667,21 +667,18 @@ class DashWalker {
   // an open dash, with its caps and no join there), or when its last dash went on into its
   // first one. The two then meet at the first point as one dash would turn a corner: no caps
   // there, and the pen's join cut from the bodies of the two whole segments that meet there
-  // (the closing one and the first), not from the dashes' pieces of them. A last dash that only reaches the first point (none of its length walked on the
-  // closing segment, so nothing of it before the corner) does not join: it is nothing, and the
-  // first dash keeps its start cap and takes the corner's join alone (BuildDashedStroke).
-  // Otherwise a dash that would only start at the very end is its caps alone on an open line.
+  // (the closing one and the first), not from the dashes' pieces of them. A last dash that
+  // only reaches the first point (none of its length walked on the closing segment, so nothing
+  // of it before the corner) does not join: it is nothing, and the first dash keeps its start
+  // cap and takes the corner's join alone (BuildDashedStroke). Otherwise a dash that would only
+  // start at the very end is its caps alone on an open line.
   bool Finish() {
     if (!held_.empty()) {
       const PointI corner = held_.front();
       if (on() && dash_.size() > 1 && dash_.back() == corner) {
         // No caps at the corner; its join is cut from the two segments that meet there.
-        no_end_cap_ = true;
-        Flush();
-        no_end_cap_ = false;
-        no_start_cap_ = true;
-        DrawHeld();
-        no_start_cap_ = false;
+        Flush(nullptr, /*start_cap=*/true, /*end_cap=*/false);
+        DrawHeld(/*start_cap=*/false);
         TrailJoin(last_from_, corner, first_to_, last_dir_, first_dir_);
         return true;
       }
@@ -734,8 +731,9 @@ class DashWalker {
     }
   }
   // Flush strokes the collected dash. `end_dir`, when given, is the heading its end cap is
-  // square to (a dash that ends on a piece of no length of the next segment).
-  void Flush(const PointI* end_dir = nullptr) {
+  // square to (a dash that ends on a piece of no length of the next segment); a dash that goes
+  // on into another at one end is drawn without the cap there.
+  void Flush(const PointI* end_dir = nullptr, bool start_cap = true, bool end_cap = true) {
     if (opening_ && dash_.size() > 1) {
       // Held until the end of the walk tells whether the last dash goes on into it.
       held_.assign(dash_.begin(), dash_.end());
@@ -754,13 +752,13 @@ class DashWalker {
         flat.cap = CapStyle::kFlat;
         BuildStrokeAlong(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, flat,
                          clip_, out_, work_);
-        if (!lead_ && !no_start_cap_) {
+        if (!lead_ && start_cap) {
           const PointI d = dirs_.front();
           AddBody(SegmentBodyAlong(dash_.front(), dash_.front(), d.x, d.y, solid_.width, true,
                                    false),
                   out_);
         }
-        if (!no_end_cap_) {
+        if (end_cap) {
           const PointI d = end_dir != nullptr ? *end_dir : dirs_.back();
           AddBody(
               SegmentBodyAlong(dash_.back(), dash_.back(), d.x, d.y, solid_.width, false, true),
@@ -768,20 +766,20 @@ class DashWalker {
         }
       } else {
         StrokeWithCaps(dash_.data(), dirs_.data(), static_cast<int>(dash_.size()), false, solid_,
-                       !no_start_cap_, !no_end_cap_, clip_, out_, work_);
+                       start_cap, end_cap, clip_, out_, work_);
       }
       if (lead_) LeadJoin();
     }
     ClearDash();
   }
   // DrawHeld draws the held first dash as any other, leaving the dash being collected as it is.
-  void DrawHeld() {
+  void DrawHeld(bool start_cap = true) {
     const bool lead = lead_;
     dash_.swap(held_);
     dirs_.swap(held_dirs_);
     lead_ = false;
     opening_ = false;
-    Flush(held_end_ ? &held_end_dir_ : nullptr);
+    Flush(held_end_ ? &held_end_dir_ : nullptr, start_cap, true);
     dash_.swap(held_);
     dirs_.swap(held_dirs_);
     lead_ = lead;
@@ -842,8 +840,6 @@ class DashWalker {
   bool held_end_ = false;  // held_ ends square to held_end_dir_
   PointI held_end_dir_{};
   bool opening_ = false;  // dash_ began at a closed figure's first point
-  bool no_start_cap_ = false;  // Flush leaves out the caps at these ends
-  bool no_end_cap_ = false;
   PointI first_to_{};  // the end and heading of the first segment walked
   PointI first_dir_{};
   PointI last_from_{};  // the start and heading of the last one

@@ -260,7 +260,7 @@ void FontFace::LoadAdvances(unsigned char c) {
   int advance = 0;
   int extent = 0;
   FT_UInt index = FT_Get_Char_Index(impl_->face, AnsiToUnicode(c));
-  if (FT_Load_Glyph(impl_->face, index, FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_MONO) == 0) {
+  if (FT_Load_Glyph(impl_->face, index, Impl::LoadFlags()) == 0) {
     advance = RoundFix(impl_->face->glyph->advance.x);
     extent = static_cast<int>((impl_->face->glyph->linearHoriAdvance + 0x8000) >> 16);
     if (impl_->bold) {  // the emboldened glyph is one pixel wider
